@@ -1,0 +1,72 @@
+// Raw disks, volumes and plain files by handle. Each method is the documented Windows call of the
+// same name, with the arguments that nobody here uses left out; each reports by its result.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// An open disk, volume, file or process. Above 0: open. 0: none. -1: what a failed open gives.
+using Handle = std::intptr_t;
+constexpr Handle kNoHandle = 0;
+constexpr Handle kInvalidHandle = -1;
+
+// Access, sharing, disposition and flags of CreateFileA (winnt.h, winbase.h).
+constexpr std::uint32_t kFileReadAttributes = 0x80;
+constexpr std::uint32_t kGenericReadWrite = 0xC0000000;
+constexpr std::uint32_t kShareNone = 0;
+constexpr std::uint32_t kShareRead = 1;
+constexpr std::uint32_t kShareReadWrite = 3;
+constexpr std::uint32_t kOpenExisting = 3;
+constexpr std::uint32_t kFlagNoBuffering = 0x20000000;
+
+// Control codes of DeviceIoControl (winioctl.h, ntddscsi.h).
+constexpr std::uint32_t kFsctlLockVolume = 0x90018;
+constexpr std::uint32_t kFsctlUnlockVolume = 0x9001C;
+constexpr std::uint32_t kFsctlDismountVolume = 0x90020;
+constexpr std::uint32_t kIoctlDiskUpdateProperties = 0x70140;
+constexpr std::uint32_t kIoctlDiskGetLengthInfo = 0x7405C;
+constexpr std::uint32_t kIoctlStorageGetDeviceNumber = 0x2D1080;
+constexpr std::uint32_t kIoctlStorageQueryProperty = 0x2D1400;
+constexpr std::uint32_t kIoctlScsiPassThrough = 0x4D004;
+
+class Devices {
+ public:
+  virtual ~Devices() = default;
+
+  // Opens a file, "\\.\E:" or "\\.\PhysicalDrive1". Gives an open handle, or -1 on failure.
+  virtual Handle CreateFileA(const std::string& path, std::uint32_t access, std::uint32_t share,
+                             std::uint32_t disposition, std::uint32_t flags) = 0;
+
+  // Moves the file pointer to offset bytes from the start (FILE_BEGIN). False: not moved.
+  virtual bool SetFilePointerEx(Handle handle, std::uint64_t offset) = 0;
+
+  // Transfers bytes at the file pointer, which moves on. True: the call succeeded; transferred is
+  // then the count of bytes moved, which may be less than asked. False: transferred is 0.
+  virtual bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
+                        std::uint32_t& transferred) = 0;
+  virtual bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
+                         std::uint32_t& transferred) = 0;
+
+  // Locks or unlocks a byte range; offset and count each as low and high 32-bit halves.
+  virtual bool LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                        std::uint32_t bytesLow, std::uint32_t bytesHigh) = 0;
+  virtual bool UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                          std::uint32_t bytesLow, std::uint32_t bytesHigh) = 0;
+
+  virtual bool FlushFileBuffers(Handle handle) = 0;
+
+  // The low half of the file's length in bytes; the high half goes into high.
+  virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) = 0;
+
+  // Sends a control code. in and out may be null with size 0; they may be the same buffer.
+  // returned is the count of bytes put into out, 0 after a failure.
+  virtual bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
+                               std::uint32_t inSize, void* out, std::uint32_t outSize,
+                               std::uint32_t& returned) = 0;
+
+  // Closes any handle that this interface or Processes gave. False: it was not open.
+  virtual bool CloseHandle(Handle handle) = 0;
+
+  // The error number of the last call that failed (winerror.h).
+  virtual std::uint32_t GetLastError() = 0;
+};

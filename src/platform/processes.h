@@ -1,0 +1,47 @@
+// Child processes and the shell.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/devices.h"
+
+// Window styles of a started command line (winuser.h, SW_*).
+constexpr int kWindowHidden = 0;
+constexpr int kWindowNormal = 1;
+constexpr int kWindowMinimised = 2;
+
+constexpr std::uint32_t kProcessSynchronize = 0x100000;
+constexpr std::uint32_t kProcessSynchronizeAndQuery = 0x100400;
+constexpr std::uint32_t kInfinite = 0xFFFFFFFF;
+constexpr std::uint32_t kWaitObject0 = 0;
+constexpr std::uint32_t kWaitTimeout = 0x102;
+
+class Processes {
+ public:
+  virtual ~Processes() = default;
+
+  // Statement: starts a command line and gives the child's process identifier. Does not wait.
+  // Throws Fault 53 (no such program) or 5 (any other refusal).
+  virtual std::uint32_t Shell(const std::string& commandLine, int windowStyle) = 0;
+
+  // Gives a handle to the process (closed through Devices::CloseHandle), or 0.
+  virtual Handle OpenProcess(std::uint32_t access, std::uint32_t processId) = 0;
+
+  // Blocks until the process has ended (kWaitObject0) or the time is over (kWaitTimeout).
+  virtual std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) = 0;
+
+  virtual bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) = 0;
+
+  // Ends a child that Shell started, with everything that the child has started.
+  virtual void EndChild(std::uint32_t processId) = 0;
+
+  // Above 32: started. No owner window.
+  virtual std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
+                                      const std::string& parameters, const std::string& folder,
+                                      int showCommand) = 0;
+
+  // Ends this process at once. Does not come back; a double may leave by an exception that is
+  // neither Fault nor std::exception.
+  [[noreturn]] virtual void EndProcess() = 0;
+};

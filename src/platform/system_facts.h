@@ -1,0 +1,48 @@
+// Facts of the system and of the running program.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// The fields of OSVERSIONINFO that the program uses (winnt.h).
+struct VersionInfo {
+  std::uint32_t platformId = 0;
+  std::uint32_t major = 0;
+  std::uint32_t minor = 0;
+};
+
+constexpr std::uint32_t kFormatMessageFromSystem = 0x1000;
+
+class SystemFacts {
+ public:
+  virtual ~SystemFacts() = default;
+
+  // Both give the count of characters put into buffer, without the NUL; 0 on failure.
+  virtual std::uint32_t GetTempPathA(std::uint32_t size, char* buffer) = 0;
+  virtual std::uint32_t GetLongPathNameA(const std::string& shortPath, char* buffer,
+                                         std::uint32_t size) = 0;
+
+  virtual bool GetVersionExA(VersionInfo& version) = 0;
+
+  // root is a volume text and a backslash. Label and file system name end in a NUL. False when
+  // there is no such volume or a buffer is too small.
+  virtual bool GetVolumeInformationA(const std::string& root, char* label, std::uint32_t labelSize,
+                                     std::uint32_t& serial, char* fileSystem,
+                                     std::uint32_t fileSystemSize) = 0;
+
+  // The text of an error number into buffer, ending in a NUL; gives its length, 0 on failure.
+  virtual std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code,
+                                       std::uint32_t language, char* buffer,
+                                       std::uint32_t size) = 0;
+
+  // The value of an environment variable, or the empty text.
+  virtual std::string Environment(const std::string& name) = 0;
+
+  // The folder of the running program without a closing backslash, and its file name without the
+  // extension.
+  virtual std::string ProgramFolder() = 0;
+  virtual std::string ProgramName() = 0;
+
+  // How many drive letters the system has at this moment.
+  virtual int LogicalDriveCount() = 0;
+};

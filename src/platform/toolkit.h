@@ -1,0 +1,145 @@
+// The window toolkit: one window with a fixed set of controls, boxes, the pointer, pending events.
+// Nothing here throws. Places and sizes are in twips (1440 to the inch).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+// The 13 controls, in tab order.
+enum class Control : std::uint8_t {
+  Combo1,
+  Drive1,
+  chkShowAll,
+  cmdRefreshDrive,
+  cmdRestoreTSD,
+  cmdSwitchPtns,
+  cmdHelp,
+  cmdExit,
+  Label2,
+  List1,
+  Label1,
+  Chk_ISO,
+  cmd_rebootPE,
+};
+constexpr std::size_t kControlCount = 13;
+
+enum class ControlKind : std::uint8_t { DropDownList, DriveSelector, CheckBox, Button, Label, ListBox };
+
+struct Rgb {
+  std::uint8_t red, green, blue;
+};
+
+// The design of one control. A null text means none.
+struct ControlDesign {
+  Control id;
+  const char* name;
+  ControlKind kind;
+  int left, top, width, height;  // twips, relative to the client area
+  const char* caption;           // "&" before the accelerator letter
+  const char* toolTip;
+  bool visible;
+  bool ticked;               // check boxes
+  bool sorted;               // lists
+  bool centred;              // labels
+  bool hasIcon;              // buttons: a small icon above the caption
+  const Rgb* textColour;     // null: the system's
+  const Rgb* backColour;     // null: the system's
+  const char* fontName;      // null: the window's font
+  bool bold, italic, underlined;
+};
+
+struct FormDesign {
+  const char* caption;
+  int clientWidth, clientHeight;  // twips
+  const ControlDesign* controls;  // kControlCount of them, in tab order
+};
+
+// What a person can do to the window. Each value is the name of its event routine.
+enum class UserEvent : std::uint8_t {
+  Form_Load,
+  Form_QueryUnload,  // the window's frame, Alt+F4, the end of the session
+  Form_Resize,
+  Combo1_Click,
+  chkShowAll_Click,
+  cmdRefreshDrive_Click,
+  cmdRestoreTSD_Click,
+  cmdSwitchPtns_Click,
+  cmdHelp_Click,
+  cmdExit_Click,
+  Label2_Click,
+  List1_DblClick,  // also Enter on a selected row
+  Label1_DblClick,
+  Chk_ISO_Click,
+  cmd_rebootPE_Click,
+};
+
+enum class Buttons : std::uint8_t { Ok, OkCancel, YesNoCancel };  // the first one is the default
+enum class Icon : std::uint8_t { None, Stop, Exclamation, Information };
+enum class Answer : std::uint8_t { Ok, Cancel, Yes, No };
+
+struct Box {
+  std::string title;
+  std::string text;
+  Buttons buttons = Buttons::Ok;
+  Icon icon = Icon::None;
+};
+
+enum class Pointer : std::uint8_t { Default, Hourglass };
+
+constexpr std::uint32_t kLbSetHorizontalExtent = 0x194;  // winuser.h, LB_SETHORIZONTALEXTENT
+
+class Toolkit {
+ public:
+  virtual ~Toolkit() = default;
+
+  // The window. CreateForm makes it, hidden, and hands user events to handler from then on: from
+  // inside RunEventLoop, DoEvents and nowhere else. A control that the program changes raises none.
+  virtual void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) = 0;
+  virtual void ShowForm() = 0;
+  virtual void UnloadForm() = 0;    // destroys the window; RunEventLoop then returns
+  virtual void RunEventLoop() = 0;  // hands out events until the window is unloaded
+  virtual void SetCaption(const std::string& caption) = 0;
+
+  // The outer size and place of the window and the size of the screen that it is on, in twips.
+  virtual float FormHeight() = 0;
+  virtual float FormWidth() = 0;
+  virtual void SetFormHeight(float twips) = 0;
+  virtual void SetFormWidth(float twips) = 0;
+  virtual void MoveForm(float left, float top) = 0;
+  virtual float ScreenHeight() = 0;
+  virtual float ScreenWidth() = 0;
+  virtual bool IsMinimised() = 0;
+
+  // Controls.
+  virtual void SetVisible(Control control, bool visible) = 0;
+  virtual void SetEnabled(Control control, bool enabled) = 0;
+  virtual bool IsTicked(Control checkBox) = 0;
+  virtual void SetTicked(Control checkBox, bool ticked) = 0;
+
+  // Combo1 and List1. Rows count from 0; both keep their rows sorted. ListIndex is -1 while no row
+  // is selected. ItemText of a row that is not there is the empty text.
+  virtual void ClearItems(Control list) = 0;
+  virtual void AddItem(Control list, const std::string& text) = 0;
+  virtual int ItemCount(Control list) = 0;
+  virtual std::string ItemText(Control list, int row) = 0;
+  virtual int ListIndex(Control list) = 0;
+  virtual void SetListIndex(Control list, int row) = 0;
+
+  // Sends message with wParam and lParam 0 to the control's window.
+  virtual void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) = 0;
+
+  virtual float TwipsPerPixelX() = 0;
+  virtual float TextWidth(const std::string& text) = 0;  // in the window's font, twips
+
+  // Modal, owned by the window once that is there. Escape gives Cancel where there is one.
+  virtual Answer MsgBox(const Box& box) = 0;
+  // A box with a text field, OK and Cancel. Cancel gives the empty text.
+  virtual std::string InputBox(const std::string& prompt, const std::string& title,
+                               const std::string& initial) = 0;
+
+  virtual void MousePointer(Pointer pointer) = 0;
+
+  // Lets all pending events run.
+  virtual void DoEvents() = 0;
+};
