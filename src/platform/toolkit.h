@@ -24,7 +24,14 @@ enum class Control : std::uint8_t {
 };
 constexpr std::size_t kControlCount = 13;
 
-enum class ControlKind : std::uint8_t { DropDownList, DriveSelector, CheckBox, Button, Label, ListBox };
+enum class ControlKind : std::uint8_t {
+  DropDownList,
+  DriveSelector,
+  CheckBox,
+  Button,
+  Label,
+  ListBox
+};
 
 struct Rgb {
   std::uint8_t red, green, blue;
@@ -32,21 +39,21 @@ struct Rgb {
 
 // The design of one control. A null text means none.
 struct ControlDesign {
-  Control id;
-  const char* name;
-  ControlKind kind;
-  int left, top, width, height;  // twips, relative to the client area
-  const char* caption;           // "&" before the accelerator letter
-  const char* toolTip;
-  bool visible;
-  bool ticked;               // check boxes
-  bool sorted;               // lists
-  bool centred;              // labels
-  bool hasIcon;              // buttons: a small icon above the caption
-  const Rgb* textColour;     // null: the system's
-  const Rgb* backColour;     // null: the system's
-  const char* fontName;      // null: the window's font
-  bool bold, italic, underlined;
+  Control id = {};
+  const char* name = nullptr;
+  ControlKind kind = {};
+  int left = 0, top = 0, width = 0, height = 0;  // twips, relative to the client area
+  const char* caption = nullptr;                 // "&" before the accelerator letter
+  const char* toolTip = nullptr;
+  bool visible = false;
+  bool ticked = false;              // check boxes
+  bool sorted = false;              // lists
+  bool centred = false;             // labels
+  bool hasIcon = false;             // buttons: a small icon above the caption
+  const Rgb* textColour = nullptr;  // null: the system's
+  const Rgb* backColour = nullptr;  // null: the system's
+  const char* fontName = nullptr;   // null: the window's font
+  bool bold = false, italic = false, underlined = false;
 };
 
 struct FormDesign {
@@ -79,8 +86,8 @@ enum class Icon : std::uint8_t { None, Stop, Exclamation, Information };
 enum class Answer : std::uint8_t { Ok, Cancel, Yes, No };
 
 struct Box {
-  std::string title;
-  std::string text;
+  std::string title = {};
+  std::string text = {};
   Buttons buttons = Buttons::Ok;
   Icon icon = Icon::None;
 };

@@ -1,0 +1,206 @@
+#include "disk/raw_sector_io.h"
+
+#include <array>
+#include <vector>
+
+#include "disk/file_probe.h"
+#include "disk/sector_buffer.h"
+#include "platform/platform.h"
+#include "shell/events.h"
+#include "shell/failure.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::uint32_t kPauseMilliseconds = 50;
+constexpr std::uint32_t kFileDeviceDisk = 7;  // winioctl.h, FILE_DEVICE_DISK
+constexpr std::size_t kBusTypeOffset = 28;    // STORAGE_DEVICE_DESCRIPTOR.BusType
+constexpr std::uint8_t kBusTypeUsb = 7;       // winioctl.h, BusTypeUsb
+
+// A negative sector becomes an offset that no device has, and the seek to it fails.
+std::uint64_t ByteOffset(std::int64_t sector) {
+  return static_cast<std::uint64_t>(sector) * kSectorSize;
+}
+
+std::uint32_t LowHalf(std::uint64_t value) {
+  return static_cast<std::uint32_t>(value);
+}
+std::uint32_t HighHalf(std::uint64_t value) {
+  return static_cast<std::uint32_t>(value >> 32);
+}
+
+std::uint32_t Number32(const std::uint8_t* bytes) {
+  return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
+         static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+}
+
+// Drive 0 is most likely the one that the system lives on.
+bool UserAllowsDrive0(std::int64_t sector) {
+  const Answer answer = MsgBox({.title = "WARNING: Writing to Drive 0!",
+                                .text = "WARNING: WRITE to Sector " + Decimal(sector) +
+                                        " on DRIVE 0" + kLineEnd + "ARE YOU SURE?",
+                                .buttons = Buttons::OkCancel});
+  if (answer == Answer::Ok) Form1.WRITES_OK = true;
+  return answer == Answer::Ok;
+}
+
+}  // namespace
+
+bool Open_Physical_Disk_hDrive(std::int32_t driveNo) {
+  ErrorMode on(ReportLayout::Module, "Open_Physical_Disk_hDrive");
+  WriteLog("------- Open_Physical_Disk_hDrive Started ----------------");
+  if (hDrive > kNoHandle) MyCloseHandle(hDrive);
+  hDrive = on(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(driveNo), kGenericReadWrite,
+                                    kShareReadWrite, kOpenExisting, 0);
+  });
+  return hDrive > kNoHandle;
+}
+
+bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors) {
+  ErrorMode on(ReportLayout::Module,
+               "DirectReadDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
+  WriteLog("------- DirectReadDrive(" + Decimal(iStartSec) + "," + Decimal(nSectors) +
+           ") Started ----------------");
+  const std::uint64_t offset = ByteOffset(iStartSec);
+  const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
+  if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
+  // A sector of which only a part came would be judged, and could be written back, half pattern.
+  std::uint32_t transferred = 0;
+  return on(false, [&] {
+    return Sys.devices->ReadFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
+           transferred == bytes;
+  });
+}
+
+bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors) {
+  ErrorMode on(ReportLayout::Module,
+               "DirectWriteDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
+  WriteLog("------- DirectWriteDrive(" + Decimal(iStartSec) + "," + Decimal(nSectors) +
+           ") Started ----------------");
+  const std::uint64_t offset = ByteOffset(iStartSec);
+  const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
+  if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
+  on([&] { Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0); });
+  std::uint32_t transferred = 0;
+  const bool written = on(false, [&] {
+    return Sys.devices->WriteFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
+           transferred == bytes;
+  });
+  if (!written) return false;
+  on([&] { Sys.devices->FlushFileBuffers(hDrive); });
+  on([&] { Sys.devices->UnlockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0); });
+  return true;
+}
+
+bool ReadandParseSector(const std::string& volume, std::int64_t SecNo) {
+  ErrorMode on(ReportLayout::ModuleNoBlank, "ReadandParseSector(MYDRIVE, SecNo)");
+  WriteLog("------- ReadandParseSector(" + volume + ", " + Decimal(SecNo) +
+           ") Started ----------------");
+  if (volume.size() < 2) return false;
+  Physical_Drive_no = GetPhysDriveNo(volume);
+  if (Physical_Drive_no > kHighestDrive) return false;
+  on([] { DoEvents(); });
+  SectorBuffer.resize(kSectorSize);
+  for (std::size_t i = 0; i < kSectorSize; ++i) SectorBuffer[i] = static_cast<std::uint8_t>(i % 16);
+  Open_Physical_Disk_hDrive(Physical_Drive_no);  // a failed open shows as a failed read
+  const bool read = DirectReadDrive(SecNo, 1) || DirectReadDrive(SecNo, 1);
+  on([] { Sys.clock->Sleep(kPauseMilliseconds); });
+  on([] { DoEvents(); });
+  MyCloseHandle(hDrive);
+  ParseSectorBuffer();
+  return read;
+}
+
+bool WriteSector(std::int32_t drv, std::int64_t SECTOR) {
+  ErrorMode on(ReportLayout::ModuleNoBlank, "WriteSector(drv, SECTOR)");
+  WriteLog("------- WriteSector(" + Decimal(drv) + ", " + Decimal(SECTOR) +
+           ") Started ----------------");
+  Physical_Drive_no = drv;
+  if (!ShowAllDrives && drv == 0) return false;
+  if (drv > kHighestDrive) return false;
+  const bool onUsb = IsUsbDrive(drv);
+  if (drv == 0 && !onUsb && !Form1.WRITES_OK && !UserAllowsDrive0(SECTOR)) return false;
+  on([] { DoEvents(); });
+  Open_Physical_Disk_hDrive(drv);  // a failed open shows as a failed write
+  const bool written = DirectWriteDrive(SECTOR, 1);
+  MyCloseHandle(hDrive);
+  on([] { Sys.clock->Sleep(kPauseMilliseconds); });
+  on([] { DoEvents(); });
+  return written;
+}
+
+std::uint64_t FileLenA(const std::string& path) {
+  ErrorMode on;
+  if (!FileIsThere(path)) return 0;
+  Handle file = on(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
+  });
+  if (file == kInvalidHandle) return 0;
+  std::uint32_t high = 0;
+  const std::uint32_t low = on(0U, [&] { return Sys.devices->GetFileSize(file, high); });
+  on([&] { Sys.devices->CloseHandle(file); });
+  return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
+void MyCloseHandle(Handle& handle) {
+  ErrorMode on(ReportLayout::Module, "MyCloseHandle");
+  WriteLog("------- MyCloseHandle Started ----------------");
+  if (handle > kNoHandle) on([&] { Sys.devices->CloseHandle(handle); });
+  handle = kNoHandle;
+}
+
+std::int32_t GetPhysDriveNo(const std::string& Sdrive) {
+  ErrorMode on(ReportLayout::ModuleSilent, "GetPhysDriveNo(Sdrive)");
+  std::int32_t number = kNoDrive;
+  const Handle volume = on(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA("\\\\.\\" + Sdrive, 0, kShareReadWrite, kOpenExisting, 0);
+  });
+  if (volume == kInvalidHandle) return number;
+  on([&] {
+    std::array<std::uint8_t, 12> answer{};  // type, number, partition number
+    std::uint32_t returned = 0;
+    if (Sys.devices->DeviceIoControl(volume, kIoctlStorageGetDeviceNumber, nullptr, 0,
+                                     answer.data(), answer.size(), returned) &&
+        Number32(answer.data()) == kFileDeviceDisk) {
+      number = static_cast<std::int32_t>(Number32(answer.data() + 4));
+    }
+  });
+  on([&] { Sys.devices->CloseHandle(volume); });
+  return number;
+}
+
+bool IsUsbDrive(std::int32_t drv) {
+  ErrorMode on;
+  const Handle disk = on(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(drv).substr(0, 2), 0,
+                                    kShareNone, kOpenExisting, 0);
+  });
+  if (disk == kInvalidHandle) return false;
+  std::array<std::uint8_t, 512> descriptor{};
+  on([&] {
+    const std::array<std::uint8_t, 12> query{};  // StorageDeviceProperty, PropertyStandardQuery
+    std::uint32_t returned = 0;
+    Sys.devices->DeviceIoControl(disk, kIoctlStorageQueryProperty, query.data(), query.size(),
+                                 descriptor.data(), descriptor.size(), returned);
+  });
+  on([&] { Sys.devices->CloseHandle(disk); });
+  return descriptor[kBusTypeOffset] == kBusTypeUsb;
+}
+
+void ShowReadFailure(std::int64_t sector) {
+  MsgBox({.title = "SECTOR READ FAILED",
+          .text = "READ SECTOR " + Decimal(sector) + " from DRIVE " + Decimal(Physical_Drive_no) +
+                  " FAILED!",
+          .icon = Icon::Stop});
+}
+
+void ShowWriteFailure(std::int64_t sector) {
+  MsgBox({.title = "SECTOR WRITE FAILED",
+          .text = "WRITE SECTOR " + Decimal(sector) + " to DRIVE " + Decimal(Physical_Drive_no) +
+                  " FAILED!",
+          .icon = Icon::Stop});
+}

@@ -1,0 +1,47 @@
+#include "disk/window_sweep.h"
+
+#include "platform/platform.h"
+#include "shell/failure.h"
+
+int OSVersionCode = 0;
+
+namespace {
+constexpr int kLastSweptVersion = 7;  // Windows XP
+}
+
+void Close_Volume_Windows(const std::string& vol) {
+  if (OSVersionCode <= kLastSweptVersion) Close_Windows_By_Title(vol + "\\");
+}
+
+void Close_Windows_By_Title(const std::string& prefix) {
+  ErrorMode on;
+  if (prefix.empty()) return;
+  WindowHandle window = on(WindowHandle{0}, [] {
+    return Sys.desktop->GetWindow(Sys.desktop->GetDesktopWindow(), kGwChild);
+  });
+  while (window != 0) {
+    if (GetWindowTitle(window).starts_with(prefix) && IsTaskWindow(window)) {
+      on([&] { Sys.desktop->PostMessageA(window, kWmClose); });
+    }
+    window = on(WindowHandle{0}, [&] { return Sys.desktop->GetWindow(window, kGwHwndNext); });
+  }
+}
+
+bool IsTaskWindow(WindowHandle hwnd) {
+  ErrorMode on;
+  return on(false, [&] {
+    return !GetWindowTitle(hwnd).empty() && Sys.desktop->IsWindowVisible(hwnd) &&
+           Sys.desktop->GetWindow(hwnd, kGwOwner) == 0;
+  });
+}
+
+std::string GetWindowTitle(WindowHandle hwnd) {
+  ErrorMode on;
+  return on(std::string(), [&] {
+    const int length = Sys.desktop->GetWindowTextLengthA(hwnd);
+    if (length <= 0) return std::string();
+    std::string buffer(static_cast<std::size_t>(length) + 1, '\0');
+    const int copied = Sys.desktop->GetWindowTextA(hwnd, buffer.data(), length + 1);
+    return buffer.substr(0, copied > 0 ? static_cast<std::size_t>(copied) : 0);
+  });
+}

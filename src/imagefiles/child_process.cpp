@@ -1,0 +1,77 @@
+#include "imagefiles/child_process.h"
+
+#include <algorithm>
+
+#include "platform/platform.h"
+#include "shell/failure.h"
+#include "shell/log_writer.h"
+#include "text/text.h"
+
+ShellFailure LastShellFailure;
+
+namespace {
+
+constexpr std::uint32_t kLongestWait = 60000;  // ms; the tool answers within one
+
+std::int32_t Fail(std::uint32_t number, const std::string& description) {
+  LastShellFailure = {number, description};
+  return 0;
+}
+
+bool HasControlOrQuote(const std::string& path) {
+  return std::any_of(path.begin(), path.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"'; });
+}
+
+}  // namespace
+
+std::int32_t SyncShell(const std::string& commandLine, int windowStyle) {
+  ErrorMode on;
+  WriteLog("SyncShell");
+  LastShellFailure = {};
+  const std::uint32_t child =
+      on(0U, [&] { return Sys.processes->Shell(commandLine, windowStyle); });
+  if (child == 0) return Fail(kShellNotStarted, "Failed to Shell child process");
+  const Handle process =
+      on(kNoHandle, [&] { return Sys.processes->OpenProcess(kProcessSynchronizeAndQuery, child); });
+  if (process == kNoHandle) return Fail(kShellNoHandle, "Failed to open child process");
+  const std::uint32_t waited =
+      on(kWaitTimeout, [&] { return Sys.processes->WaitForSingleObject(process, kLongestWait); });
+  std::uint32_t exitCode = 0;
+  bool known = false;
+  if (waited == kWaitTimeout) {
+    on([&] { Sys.processes->EndChild(child); });
+    Fail(kShellNeverEnded, "Child process did not end");
+  } else {
+    known = on(false, [&] { return Sys.processes->GetExitCodeProcess(process, exitCode); });
+    if (!known) {
+      Fail(kShellNoExitCode,
+           "Failed to retrieve exit code, error " + Decimal(Sys.devices->GetLastError()));
+    }
+  }
+  on([&] { Sys.devices->CloseHandle(process); });
+  return known ? static_cast<std::int32_t>(exitCode) : 0;
+}
+
+void RunCmd(const std::string& CmdPath, int WindowStyle) {
+  ErrorMode on;
+  WriteLog("RunCmd " + CmdPath);
+  on([&] {
+    const std::uint32_t child = Sys.processes->Shell(CmdPath, WindowStyle);
+    const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
+    if (process == kNoHandle) return;
+    on([&] { Sys.processes->WaitForSingleObject(process, kInfinite); });
+    Sys.devices->CloseHandle(process);
+  });
+}
+
+bool InterpreterChangesQuoted(const std::string& path) {
+  // A pair of % names a variable, a pair of ! does where delayed expansion is on.
+  return HasControlOrQuote(path) || std::count(path.begin(), path.end(), '%') > 1 ||
+         std::count(path.begin(), path.end(), '!') > 1;
+}
+
+bool InterpreterChangesBare(const std::string& path) {
+  // The + joins files, and , ; = split arguments as a blank does.
+  return HasControlOrQuote(path) || path.find_first_of("&|<>^%()!+,;=") != std::string::npos;
+}

@@ -1,0 +1,32 @@
+// External commands that are waited for. Neither routine lets window events run meanwhile.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// A failure of SyncShell. Shown to nobody; the source is always "SyncShell".
+struct ShellFailure {
+  std::uint32_t number = 0;  // 0: none
+  std::string description;
+};
+extern ShellFailure LastShellFailure;
+
+constexpr std::uint32_t kShellNoExitCode = 0x8004AA00;
+constexpr std::uint32_t kShellNoHandle = 0x8004AA01;
+constexpr std::uint32_t kShellNotStarted = 0x8004AA02;
+constexpr std::uint32_t kShellNeverEnded = 0x8004AA03;
+
+// Starts a command line and waits for its end, 60 s at most: a child that takes longer is ended,
+// with all that it started. Gives its exit code, or 0 after a failure, which is then recorded.
+std::int32_t SyncShell(const std::string& commandLine, int windowStyle);
+
+// The same without an exit code, without a time limit and without a trace of a failure.
+void RunCmd(const std::string& CmdPath, int WindowStyle);
+
+// True where the command interpreter would act on a character of the path even between quotes, or
+// where the path can't stand between quotes.
+bool InterpreterChangesQuoted(const std::string& path);
+
+// True where the command interpreter would act on a character of the path without quotes, other
+// than splitting it at blanks.
+bool InterpreterChangesBare(const std::string& path);

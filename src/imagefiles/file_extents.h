@@ -1,0 +1,19 @@
+// Where a file begins on the physical disk, how long it is, and whether it lies in one piece. The
+// answer comes from the external tool getFileExtents.exe.
+#pragma once
+
+#include <string>
+
+#include "text/exact_integer.h"
+
+// Full path of the temp copy of getFileExtents.exe; begins with a drive letter and a colon. Set by
+// start-up.
+extern std::string GFE_Path;
+
+// Measures the file. The results are the fields FStart to GFE_File of Form1; FStartSectors is 0
+// when there is no usable one, MoreThanOneExtent tells of a file in pieces. Shows its own boxes.
+void GetFileStart(const std::string& fFILE);
+
+// Value of a hexadecimal text, blanks around it allowed; no check of the digits. An empty text and
+// one of more than 24 digits give 0.
+ExactInteger HexToDec(std::string sHex);

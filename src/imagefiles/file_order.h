@@ -1,0 +1,28 @@
+// Brings one file behind another on the disk. A file can't be placed; it can be copied and the old
+// one deleted, which lets the file system choose a new place.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "text/exact_integer.h"
+
+// Start sector of the file that is moved, by round from 1; 0 where unused.
+using RoundPositions = std::array<ExactInteger, 501>;
+
+// Copies LastFile, then FirstFile once, then LastFile again until LastFile starts behind FirstFile,
+// the places go round in a circle or the rounds run out; tells the outcome in its own boxes. On
+// return the fields of GetFileStart describe the file measured last.
+//
+// A copy takes a file's place only when it is whole: the same length and last-write time, which a
+// copy sets as its last act, and flushed to the device. Until then the original stays.
+void MoveFiles(const std::string& FirstFile, const std::string& LastFile);
+
+// True if File2 starts behind File1; false also where one of them lies in pieces.
+bool ComparePos(const std::string& File1, const std::string& File2);
+
+// True if the place of round 1 comes again in round 3 or later.
+bool RepeatPos(const RoundPositions& Positions);
+
+// True for a file that is neither hidden nor a system file.
+bool FileExists(const std::string& FileName);

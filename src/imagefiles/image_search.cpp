@@ -1,0 +1,152 @@
+#include "imagefiles/image_search.h"
+
+#include <array>
+#include <vector>
+
+#include "disk/drive_discovery.h"
+#include "disk/file_probe.h"
+#include "disk/sector_buffer.h"
+#include "platform/platform.h"
+#include "shell/events.h"
+#include "shell/failure.h"
+#include "shell/log_writer.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::string_view kCompanionMark = " :&: ";
+constexpr std::string_view kFourthMark = " :&X4: ";
+
+std::array<std::string, 4> Volumes() {
+  return {vol1, vol2, vol3, vol4};
+}
+
+// Calls visit with each entry of the search, "." and ".." left out.
+template <class Visit>
+void ForEachEntry(ErrorMode& on, const std::string& pattern, Visit visit) {
+  FindData found;
+  const Handle search =
+      on(kInvalidHandle, [&] { return Sys.files->FindFirstFileA(pattern, found); });
+  if (search == kInvalidHandle) return;
+  do {
+    found.name = found.name.substr(0, found.name.find('\0'));
+    if (found.name != "." && found.name != "..") visit(found.name);
+  } while (on(false, [&] { return Sys.files->FindNextFileA(search, found); }));
+  on([&] { Sys.files->FindClose(search); });
+}
+
+bool IsFolder(ErrorMode& on, const std::string& path, bool ifUnknown) {
+  const std::uint32_t attributes =
+      on(kInvalidAttributes, [&] { return Sys.files->GetFileAttributesA(path); });
+  if (attributes == kInvalidAttributes) return ifUnknown;
+  return (attributes & kAttributeDirectory) != 0;
+}
+
+// The first of the series' paths that is a file on another volume than drive, or empty.
+std::string OnOtherVolume(const std::string& drive, const std::string& behindVolume) {
+  for (const std::string& volume : Volumes()) {
+    if (volume.empty() || volume == drive) continue;
+    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
+  }
+  return "";
+}
+
+std::string CompanionText(const std::string& path, const std::string& stem) {
+  if (stem.empty()) return "";
+  const std::string drive = path.substr(0, 2);
+  for (const std::string& folder : {path.substr(2), std::string("\\_ISO\\"), std::string("\\")}) {
+    const std::string found = OnOtherVolume(drive, folder + stem);
+    if (!found.empty()) return found;
+  }
+  return FileIsThere(path + stem) ? stem : "";
+}
+
+std::string FourthText(const std::string& path, const std::string& fourthName) {
+  if (fourthName.empty()) return "";
+  const std::string drive = path.substr(0, 2);
+  const std::string inImageFolder = "\\_ISO\\" + fourthName;
+  const std::string found = OnOtherVolume(drive, inImageFolder);
+  if (!found.empty()) return found;
+  if (FileIsThere(vol2 + inImageFolder)) return vol2 + inImageFolder;
+  if (FileIsThere(path + fourthName)) return fourthName;
+  if (FileIsThere(drive + inImageFolder)) return inImageFolder;
+  return "";
+}
+
+std::string ImageLine(const std::string& path, const std::string& name) {
+  const std::size_t dot = name.rfind('.');
+  const std::string stem = name.substr(0, dot == std::string::npos ? 0 : dot);
+  const std::string companion = CompanionText(path, stem);
+  GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
+  const std::size_t x4 =
+      dot == std::string::npos ? std::string::npos : FindIgnoringCase(name, "X4", dot);
+  const std::string fourth = x4 == std::string::npos ? "" : FourthText(path, name.substr(x4 + 2));
+  std::string line = path + name;
+  if (!companion.empty()) line.append(kCompanionMark).append(companion);
+  if (!fourth.empty()) line.append(kFourthMark).append(fourth);
+  return line;
+}
+
+bool MayHoldImages(const std::string& path) {
+  return !ContainsIgnoringCase(path, "\\_ISO\\tsd\\") &&
+         !ContainsIgnoringCase(path, "\\_ISO\\docs\\");
+}
+
+bool MayBeEntered(const std::string& folder) {
+  return !ContainsIgnoringCase(folder, "\\_ISO\\tsd") &&
+         !ContainsIgnoringCase(folder, "\\_ISO\\docs") &&
+         !ContainsIgnoringCase(folder, "\\_ISO\\WINDOWS\\installs");
+}
+
+}  // namespace
+
+void ListFiles() {
+  ErrorMode on;
+  WriteLog("ListFiles started");
+  Sys.toolkit->ClearItems(Control::List1);
+  std::string root = MYDRIVE;
+  if (root.size() < 2) return;
+  if (root.back() == ':') root += Sys.toolkit->IsTicked(Control::Chk_ISO) ? "\\_ISO" : "\\";
+  Sys.toolkit->MousePointer(Pointer::Hourglass);
+  DoEvents();
+  std::int32_t files = 0;
+  std::int32_t folders = 0;
+  FindFilesAPI(root, "*.volpak*", files, folders);
+  Sys.toolkit->MousePointer(Pointer::Default);
+}
+
+void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t& FileCount,
+                  std::int32_t& DirCount) {
+  ErrorMode on;
+  WriteLog("FindFilesAPI started: path=" + path + " SearchStr=" + SearchStr +
+           " FileCount=" + Decimal(FileCount) + " DirCount=" + Decimal(DirCount));
+  Sys.toolkit->MousePointer(Pointer::Hourglass);
+  if (!path.ends_with('\\')) path += '\\';
+  std::vector<std::string> folders;
+  ForEachEntry(on, path + "*", [&](const std::string& name) {
+    if (!IsFolder(on, path + name, false)) return;
+    folders.push_back(name);
+    ++DirCount;
+  });
+  ForEachEntry(on, path + SearchStr, [&](const std::string& name) {
+    if (IsFolder(on, path + name, true) || !MayHoldImages(path)) return;
+    ++FileCount;
+    const std::string line = ImageLine(path, name);
+    if (!ContainsIgnoringCase(path, "$RECYCLE.BIN")) Sys.toolkit->AddItem(Control::List1, line);
+  });
+  for (const std::string& name : folders) {
+    std::string folder = path + name;
+    if (!MayBeEntered(folder)) continue;
+    folder += '\\';
+    FindFilesAPI(folder, SearchStr, FileCount, DirCount);
+  }
+  Sys.toolkit->MousePointer(Pointer::Default);
+}
+
+std::string GetList1() {
+  WriteLog("GetList1");
+  const std::string line =
+      Sys.toolkit->ItemText(Control::List1, Sys.toolkit->ListIndex(Control::List1));
+  // A path holds no " :", so the first " :&" ends it.
+  return line.substr(0, line.find(" :&"));
+}

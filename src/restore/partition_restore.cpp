@@ -1,0 +1,115 @@
+#include "restore/partition_restore.h"
+
+#include <optional>
+
+#include "disk/drive_discovery.h"
+#include "disk/file_probe.h"
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "platform/platform.h"
+#include "restore/mbr_writer.h"
+#include "shell/failure.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::int32_t kHighestRestoreDrive = 60;
+
+// True: the volume shows the normal Tesseldyn files, so there is nothing to bring back.
+bool VolumeIsNormal() {
+  if (!FileIsThere(MYDRIVE + "\\_ISO\\tsd\\grub\\tsd.cfg")) return false;
+  MsgBox(
+      {.title = "Drive is not in CSM mode!",
+       .text = "Volume " + MYDRIVE + " already contains Tesseldyn files.\r\nPartition not updated.",
+       .icon = Icon::Information});
+  return true;
+}
+
+void WarnUnlessCsmVolume() {
+  for (const char* file : {"\\menu.lst", "\\boot6", "\\grldr", "\\tsd\\unifont.hex.gz"}) {
+    if (FileIsThere(MYDRIVE + file)) continue;
+    MsgBox({.title = "Check for \\menu.lst,\\boot6,\\grldr,\\tsd\\unifont.hex.gz",
+            .text = "WARNING: Volume " + MYDRIVE +
+                    " does not appear to contain valid Tesseldyn CSM files",
+            .icon = Icon::Information});
+    return;
+  }
+}
+
+// Reads a backup sector. Empty: it could not be read, which a box has told. Else: is it sound?
+std::optional<bool> ReadBackup(std::int64_t sector) {
+  if (!ReadandParseSector(MYDRIVE, sector)) {
+    ShowReadFailure(sector);
+    return std::nullopt;
+  }
+  return IsSoundSavedTable();
+}
+
+// SectorBuffer holds the sound sector.
+void RestoreFromSector(ErrorMode& on) {
+  const Answer answer =
+      MsgBox({.title = "Restore TSD partition table",
+              .text = "Restore Tesseldyn partitions on Drive " + Decimal(Physical_Drive_no) + "?",
+              .buttons = Buttons::OkCancel});
+  if (answer == Answer::Ok) on([] { SWITCH(); });
+}
+
+void ReportOnSector1() {
+  if (!ReadandParseSector(MYDRIVE, 1)) {
+    MsgBox({.title = "No valid backup sectors!",
+            .text = "ERROR: Cannot find a valid backup sector to restore TSD partitions!",
+            .icon = Icon::Exclamation});
+    return;
+  }
+  if (SectorFlags.IsUniform || !SectorFlags.SigOK || !SectorFlags.AnyPtnOK) return;
+  MsgBox({.title = "INFO: An old MBR is present at LBA1.",
+          .text = "INFORMATION: Only the old grub4dos LBA1 backup MBR is present on this "
+                  "drive!\r\nHowever, it may not have valid partitions.",
+          .icon = Icon::Information});
+}
+
+}  // namespace
+
+void cmdRestoreTSD_Click() {
+  ErrorMode on(ReportLayout::MainWindow, "cmdRestoreTSD_Click");
+  WriteLog("---------------- cmdRestoreTSD_Click Started ----------------");
+  if (Sys.toolkit->ItemCount(Control::List1) > 0) return;
+  if (MYDRIVE.size() < 2) return;
+  Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
+  if (Physical_Drive_no < 1 && !ShowAllDrives) return;
+  if (Physical_Drive_no > kHighestRestoreDrive) return;
+  MYDRIVE = GetDriveLetter(Physical_Drive_no);
+  if (VolumeIsNormal()) return;
+  WarnUnlessCsmVolume();
+  std::optional<bool> sound = ReadBackup(30);
+  if (!sound) return;
+  if (!*sound) sound = ReadBackup(60);
+  if (!sound) return;
+  if (*sound) {
+    RestoreFromSector(on);
+    return;
+  }
+  MsgBox({.title = "Invalid backup sectors at LBA30 and LBA60",
+          .text = "ERROR: Cannot find a valid backup sector!",
+          .icon = Icon::Exclamation});
+  if (!Restore_from_MBR_bin_file()) ReportOnSector1();
+}
+
+bool Restore_from_MBR_bin_file() {
+  ErrorMode on;
+  WriteLog("---------------- Restore_from_MBR_bin_file Started ----------------");
+  const std::string path = MYDRIVE + "\\tsd\\MBR.BIN";
+  if (UpperCase(ProbeFile(path)) != "MBR.BIN") return false;
+  // A file shorter than a sector must not be completed from the sector read before it.
+  SectorBuffer.assign(kSectorSize, 0);
+  on([&] { Sys.files->ReadBinaryFile(path, SectorBuffer.data(), SectorBuffer.size()); });
+  ParseSectorBuffer();
+  if (!IsSoundSavedTable()) return false;
+  const Answer answer =
+      MsgBox({.title = "Use MBR.BIN backup?",
+              .text = "OK to use " + path + " to restore original TSD partitions?",
+              .buttons = Buttons::OkCancel});
+  return answer == Answer::Ok && on(false, [] { return SWITCH(); });
+}

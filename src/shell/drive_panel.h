@@ -1,0 +1,29 @@
+// The upper part of the window: which drives are offered, and which one is under work.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/toolkit.h"
+
+extern std::string VolumeLabel;   // of the volume last asked about
+extern std::string VolumeSerial;  // its serial number, "HHHH-LLLL"
+
+// Builds the list of drives anew and selects its first row.
+void Drive1_Change();
+
+// Makes the selected row's drive the one under work; fills List1 and sets the two buttons.
+void Combo1_Click();
+
+// Selects a row of Combo1, which runs Combo1_Click.
+void SelectDriveRow(int row);
+
+void Chk_ISO_Click();
+void chkShowAll_Click();
+void cmdRefreshDrive_Click();
+
+// Label and serial number of a volume (a letter and a colon); both empty when there is none.
+void rgbGetVolume(const std::string& Drive, std::string& label, std::string& serial);
+
+// Sets the width in twips over which the list scrolls.
+void SetHorizontalExtent(Control list, std::int16_t width);

@@ -1,0 +1,49 @@
+#include "shell/failure.h"
+
+#include "platform/platform.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "text/text.h"
+
+void ErrorMode::ReportFault(const Fault& fault) const {
+  std::string text =
+      "Err.Number=" + Decimal(fault.number) + " Err.Description=" + fault.description;
+  switch (layout_) {
+    case ReportLayout::MainWindow:
+      text += " Me.Name=Form1.";
+      break;
+    case ReportLayout::Module:
+    case ReportLayout::ModuleSilent:
+      text += " ";
+      break;
+    case ReportLayout::ModuleNoBlank:
+      break;
+  }
+  text += std::string(label_) + " Erl=" + Decimal(Erl);
+  WriteLog(text);
+  if (layout_ != ReportLayout::ModuleSilent) MsgBox({.text = text});
+}
+
+std::string APIErrorDescription(std::uint32_t code) {
+  ErrorMode on(ReportLayout::Module, "APIErrorDescription");
+  WriteLog("------- APIErrorDescription Started ----------------");
+  std::string buffer(255, ' ');
+  on([&] {
+    Sys.facts->FormatMessageA(kFormatMessageFromSystem, code, 0, buffer.data(),
+                              static_cast<std::uint32_t>(buffer.size()));
+  });
+  return StripNull(buffer);
+}
+
+std::string StripNull(const std::string& text) {
+  WriteLog("------- StripNull (" + text + ") Started ----------------");
+  const std::string trimmed = Trim(text);
+  const std::size_t nul = text.find('\0');
+  if (nul == std::string::npos) return trimmed;
+  return trimmed.substr(0, nul);
+}
+
+std::string StripNulls(std::string OriginalStr) {
+  OriginalStr = Trim(OriginalStr);
+  return OriginalStr.substr(0, OriginalStr.find('\0'));
+}

@@ -1,0 +1,194 @@
+#include "shell/main_window.h"
+
+#include <exception>
+#include <optional>
+
+#include "disk/file_probe.h"
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "imagefiles/file_extents.h"
+#include "platform/platform.h"
+#include "restore/partition_restore.h"
+#include "restore/partition_swap.h"
+#include "shell/drive_panel.h"
+#include "shell/events.h"
+#include "shell/failure.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "shell/product.h"
+#include "shell/startup.h"
+#include "switch/switch_run.h"
+
+MainForm Form1;
+
+namespace {
+
+bool ActionRuns = false;
+std::optional<UserEvent> PendingEnd;  // a close or Exit that arrived during an action
+
+struct EventRoutine {
+  const char* name;
+  void (*run)();
+};
+
+EventRoutine RoutineOf(UserEvent event) {
+  switch (event) {
+    case UserEvent::Form_Load:
+      return {"Form_Load", Form_Load};
+    case UserEvent::Form_QueryUnload:
+      return {"Form_QueryUnload", Form_QueryUnload};
+    case UserEvent::Form_Resize:
+      return {"Form_Resize", Form_Resize};
+    case UserEvent::Combo1_Click:
+      return {"Combo1_Click", Combo1_Click};
+    case UserEvent::chkShowAll_Click:
+      return {"chkShowAll_Click", chkShowAll_Click};
+    case UserEvent::cmdRefreshDrive_Click:
+      return {"cmdRefreshDrive_Click", cmdRefreshDrive_Click};
+    case UserEvent::cmdRestoreTSD_Click:
+      return {"cmdRestoreTSD_Click", cmdRestoreTSD_Click};
+    case UserEvent::cmdSwitchPtns_Click:
+      return {"cmdSwitchPtns_Click", cmdSwitchPtns_Click};
+    case UserEvent::cmdHelp_Click:
+      return {"cmdHelp_Click", cmdHelp_Click};
+    case UserEvent::cmdExit_Click:
+      return {"cmdExit_Click", cmdExit_Click};
+    case UserEvent::Label2_Click:
+      return {"Label2_Click", Label2_Click};
+    case UserEvent::List1_DblClick:
+      return {"List1_DblClick()", List1_DblClick};
+    case UserEvent::Label1_DblClick:
+      return {"Label1_DblClick", Label1_DblClick};
+    case UserEvent::Chk_ISO_Click:
+      return {"Chk_ISO_Click", Chk_ISO_Click};
+    case UserEvent::cmd_rebootPE_Click:
+      return {"cmd_rebootPE_Click", cmd_rebootPE_Click};
+  }
+  return {"", nullptr};
+}
+
+bool EndsProgram(UserEvent event) {
+  return event == UserEvent::cmdExit_Click || event == UserEvent::Form_QueryUnload;
+}
+
+// What reaches the top of an event routine is reported like any other failure.
+void RunRoutine(UserEvent event) {
+  const EventRoutine routine = RoutineOf(event);
+  ErrorMode on(ReportLayout::MainWindow, routine.name);
+  on([&] {
+    try {
+      routine.run();
+    } catch (const std::exception& error) {
+      throw Fault{51, std::string("Internal error: ") + error.what()};
+    }
+  });
+  if (event == UserEvent::Form_QueryUnload) Sys.toolkit->UnloadForm();
+}
+
+// True while one of these lives, also when the process is ended by an exception.
+struct ActionGuard {
+  ActionGuard() { ActionRuns = true; }
+  ~ActionGuard() { ActionRuns = false; }
+  ActionGuard(const ActionGuard&) = delete;
+  ActionGuard& operator=(const ActionGuard&) = delete;
+};
+
+// What a person can change with the mouse or the keyboard while no event routine may run.
+struct Selections {
+  int drive = Sys.toolkit->ListIndex(Control::Combo1);
+  int image = Sys.toolkit->ListIndex(Control::List1);
+  bool showAll = Sys.toolkit->IsTicked(Control::chkShowAll);
+  bool onlyIso = Sys.toolkit->IsTicked(Control::Chk_ISO);
+
+  void PutBack() const {
+    const Selections now;
+    if (now.drive != drive) Sys.toolkit->SetListIndex(Control::Combo1, drive);
+    if (now.image != image) Sys.toolkit->SetListIndex(Control::List1, image);
+    if (now.showAll != showAll) Sys.toolkit->SetTicked(Control::chkShowAll, showAll);
+    if (now.onlyIso != onlyIso) Sys.toolkit->SetTicked(Control::Chk_ISO, onlyIso);
+  }
+};
+
+void DeleteToolCopy() {
+  ErrorMode on;
+  if (!GFE_Path.empty() && FileIsThere(GFE_Path)) on([] { Sys.files->FileDelete(GFE_Path); });
+}
+
+}  // namespace
+
+void OnUserEvent(UserEvent event) {
+  if (event == UserEvent::Form_Resize) {
+    Form_Resize();
+    return;
+  }
+  if (ActionRuns) {
+    if (EndsProgram(event)) PendingEnd = event;
+    return;
+  }
+  if (event == UserEvent::List1_DblClick && Sys.toolkit->ListIndex(Control::List1) < 0) return;
+  {
+    const ActionGuard guard;
+    RunRoutine(event);
+    // Clicks that waited in the queue while the thread was blocked belong to this action's time.
+    if (!EndsProgram(event)) DoEvents();
+  }
+  if (PendingEnd) {
+    const UserEvent end = *PendingEnd;
+    PendingEnd.reset();
+    OnUserEvent(end);
+  }
+}
+
+void DoEvents() {
+  if (!ActionRuns) {
+    Sys.toolkit->DoEvents();
+    return;
+  }
+  const Selections before;
+  Sys.toolkit->DoEvents();
+  before.PutBack();
+}
+
+Answer MsgBox(Box box) {
+  if (box.title.empty()) box.title = PRODUCT_TITLE;
+  return Sys.toolkit->MsgBox(box);
+}
+
+void Form_QueryUnload() {
+  DeleteToolCopy();
+}
+
+void Form_Resize() {
+  if (Form1.FormHeight <= 0 || Sys.toolkit->IsMinimised()) return;
+  Sys.toolkit->SetFormHeight(Form1.FormHeight);
+  Sys.toolkit->SetFormWidth(Form1.FormWidth);
+}
+
+void cmdHelp_Click() {
+  MsgBox({.title = "Rotate_TSD for .volPAK files",
+          .text = "This 32-bit Windows utility can be used to replace the TSD partition with "
+                  "different partitions or switch back to the TSD partition without needing to "
+                  "boot to the TSD menu.\r\n\r\n"
+                  "Double-click on a .volPAK file to replace the TSD partition with the .volPAK "
+                  "partition image. The USB drive will then boot to the CSM Menu instead of the "
+                  "TSD Menu.\r\n\r\n"
+                  "To restore the TSD partition, click on the 'Restore TSD Partitions' button."});
+}
+
+void cmdExit_Click() {
+  ErrorMode on;
+  MyCloseHandle(hDrive);
+  DeleteToolCopy();
+  Sys.processes->EndProcess();
+}
+
+void Label2_Click() {
+  ErrorMode on;
+  on([] { Sys.processes->ShellExecuteA("open", PRODUCT_HOME_URL, "0", "0", 1); });
+}
+
+void ForgetActions() {
+  ActionRuns = false;
+  PendingEnd.reset();
+}

@@ -1,0 +1,44 @@
+#include "shell/program.h"
+
+#include "disk/drive_discovery.h"
+#include "disk/sector_buffer.h"
+#include "disk/volume_lock.h"
+#include "disk/window_sweep.h"
+#include "imagefiles/child_process.h"
+#include "imagefiles/file_extents.h"
+#include "shell/drive_inventory.h"
+#include "shell/drive_panel.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/main_window.h"
+#include "shell/window_design.h"
+
+void RunProgram(const Platform& platform) {
+  Sys = platform;
+  ResetProgram();
+  Sys.toolkit->CreateForm(kFormDesign, OnUserEvent);
+  OnUserEvent(UserEvent::Form_Load);
+  Sys.toolkit->RunEventLoop();
+}
+
+void ResetProgram() {
+  SectorBuffer.clear();
+  SectorFlags = {};
+  for (std::string* text :
+       {&MYDRIVE, &vol1, &vol2, &vol3, &vol4, &ScsiProductText, &ScsiRevisionText, &ScsiVendorField,
+        &MediaKind, &VolumeLabel, &VolumeSerial, &GFE_Path, &TempFolder}) {
+    text->clear();
+  }
+  Physical_Drive_no = 0;
+  hDrive = kNoHandle;
+  lngHandle = kNoHandle;
+  ShowAllDrives = false;
+  DriveBytes = 0;
+  OSVersionCode = 0;
+  Form1 = {};
+  LoggingEnabled = false;
+  LogLineCount = 0;
+  LastShellFailure = {};
+  ForgetHeldVolumes();
+  ForgetActions();
+}

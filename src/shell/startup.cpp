@@ -1,0 +1,174 @@
+#include "shell/startup.h"
+
+#include <algorithm>
+
+#include "disk/file_probe.h"
+#include "disk/sector_buffer.h"
+#include "disk/window_sweep.h"
+#include "imagefiles/child_process.h"
+#include "imagefiles/file_extents.h"
+#include "platform/platform.h"
+#include "shell/drive_panel.h"
+#include "shell/failure.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "shell/product.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::uint32_t kPathBuffer = 255;
+constexpr const char* kToolName = "getFileExtents.exe";
+
+std::string ToolInProgramFolder() {
+  ErrorMode quietly;
+  return quietly(std::string(), [] { return Sys.facts->ProgramFolder(); }) + "\\" + kToolName;
+}
+
+bool ToolIsAt(const std::string& path) {
+  return UpperCase(ProbeFile(path)) == "GETFILEEXTENTS.EXE";
+}
+
+void FindVersion() {
+  VersionInfo version;
+  OSVersionCode = Sys.facts->GetVersionExA(version)
+                      ? VersionCode(version.platformId, version.major, version.minor)
+                      : 0;
+}
+
+void CentreWindow() {
+  Toolkit& window = *Sys.toolkit;
+  Form1.FormHeight = window.FormHeight();
+  Form1.FormWidth = window.FormWidth();
+  window.MoveForm((window.ScreenWidth() - Form1.FormWidth) / 2,
+                  (window.ScreenHeight() - Form1.FormHeight) / 2);
+}
+
+void RequireTool() {
+  if (ToolIsAt(ToolInProgramFolder())) return;
+  MsgBox(
+      {.title = "Missing file!",
+       .text = "Error: getFileExtents.exe helper file not found at " + Sys.facts->ProgramFolder(),
+       .icon = Icon::Stop});
+  Sys.processes->EndProcess();
+}
+
+// As many characters as the call says it gave; none where the buffer was too small.
+std::string Taken(const std::string& buffer, std::uint32_t length) {
+  return length > buffer.size() ? "" : buffer.substr(0, length);
+}
+
+std::string LongTempFolder() {
+  std::string buffer(kPathBuffer, '\0');
+  const std::string path = Taken(buffer, 0) + [&] {
+    const std::uint32_t length = Sys.facts->GetTempPathA(kPathBuffer, buffer.data());
+    return Taken(buffer, length);
+  }();
+  std::string longBuffer(kPathBuffer, ' ');
+  const std::uint32_t length = Sys.facts->GetLongPathNameA(path, longBuffer.data(), kPathBuffer);
+  return Taken(longBuffer, length);
+}
+
+// Falls back to the root of C: where the temp folder won't take the tool.
+void RequireToolCopy(ErrorMode& on) {
+  if (ToolIsAt(GFE_Path)) return;
+  MsgBox({.title = "Copy GFE file to TMP failed",
+          .text = "WARNING: No TMP variable found in Windows environment or cannot copy file to " +
+                  GFE_Path,
+          .icon = Icon::Exclamation});
+  GFE_Path = "C:\\getFileExtents.exe";
+  on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
+  if (!ToolIsAt(GFE_Path)) Sys.processes->EndProcess();
+}
+
+// Windows PE keeps its temp folder on a RAM disk, where no tool can say a place.
+bool TempIsOnPeDrive() {
+  const std::string folder = UpperCase(TempFolder);
+  return Contains(folder, "X:\\") || Contains(folder, "A:\\") || Contains(folder, "B:\\");
+}
+
+void ShowNoRights() {
+  const std::string tail =
+      Form1.GFE_Command + "\r\nfailed to return any values.\r\n\r\n" + Form1.GFE_Text;
+  if (ContainsIgnoringCase(Form1.GFE_Text, "getNextTranslation: Incorrect function")) return;
+  if (Contains(Form1.GFE_Text, "Access is denied")) {
+    MsgBox({.title = "Run as Admin test (Access denied)",
+            .text = "ERROR: Please use 'Run as Administrator'.\r\n\r\n\r\n" + tail,
+            .icon = Icon::Stop});
+    return;
+  }
+  MsgBox({.title = "Run as Admin (GFE size test failed)",
+          .text = "WARNING: Please check you used 'Run as Administrator' and the target file is "
+                  "not on a RAM or Compressed Disk.\r\n"
+                  "Note: You can ignore this warning if using Windows PE or an encrypted "
+                  "drive.\r\n\r\n" +
+                  tail,
+          .icon = Icon::Stop});
+}
+
+// The tool, run on itself, has to say where its own file lies.
+void TestRights() {
+  if (TempIsOnPeDrive()) return;
+  Form1.FStartSectors = 0;
+  GetFileStart(ToolInProgramFolder());
+  if (Form1.FStartSectors == 0) GetFileStart(GFE_Path);
+  if (Form1.FStartSectors == 0) ShowNoRights();
+}
+
+}  // namespace
+
+int VersionCode(unsigned platformId, unsigned major, unsigned minor) {
+  struct Row {
+    unsigned platformId, major;
+    int minor;  // -1: any
+    int code;
+  };
+  static constexpr Row kRows[] = {{1, 4, 0, 1},  {1, 4, 10, 2}, {1, 4, 90, 3}, {2, 3, -1, 4},
+                                  {2, 4, -1, 5}, {2, 5, 0, 6},  {2, 5, 1, 7},  {2, 5, 2, 8},
+                                  {2, 6, 0, 9},  {2, 6, 1, 10}, {2, 6, 2, 11}};
+  const auto* row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& r) {
+    return r.platformId == platformId && r.major == major &&
+           (r.minor < 0 || static_cast<unsigned>(r.minor) == minor);
+  });
+  return row == std::end(kRows) ? 0 : row->code;
+}
+
+void Form_Load() {
+  ErrorMode on(ReportLayout::MainWindow, "Form_Load");
+  WriteLog("---------------- Form_Load Started ----------------");
+  Form1.SettleDelay = 2000;
+  Form1.WRITES_OK = false;
+  on([] { FindVersion(); });
+  CentreWindow();
+  on.Ignore();
+  if (!FileIsThere("X:\\Windows\\system32\\wpeutil.exe")) {
+    Sys.toolkit->SetVisible(Control::cmd_rebootPE, false);
+  }
+  on([] { RequireTool(); });
+  on.Report();
+  Sys.toolkit->SetCaption(PRODUCT_TITLE "  for NTFS TSD drives    v" PRODUCT_VERSION_TEXT
+                                        "  " PRODUCT_NOTICE);
+  TempFolder = on(std::string(), [] { return LongTempFolder(); });
+  GFE_Path = TempFolder + kToolName;
+  Form1.GFE_File = TempFolder + "GFE_Output.txt";
+  on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
+  on.Ignore();
+  RequireToolCopy(on);
+  on.Report();
+  TestRights();
+  SectorBuffer.resize(4097);
+  SectorBuffer[0] = 0;
+  Sys.toolkit->ShowForm();
+  Drive1_Change();
+}
+
+void cmd_rebootPE_Click() {
+  ErrorMode on;
+  WriteLog("cmd_rebootPE_Click");
+  on([] { Sys.processes->Shell("wpeutil reboot", kWindowNormal); });
+  on([] { Sys.processes->ShellExecuteA("open", "wpeutil.exe", "reboot", "", 1); });
+  on([] { Sys.processes->ShellExecuteA("open", "wpeutil reboot", "reboot", "0", 1); });
+  RunCmd("cmd /c wpeutil reboot", kWindowNormal);
+  on([] { Sys.processes->Shell("cmd /c wpeutil reboot", kWindowMinimised); });
+}

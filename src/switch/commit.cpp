@@ -1,0 +1,91 @@
+#include "switch/commit.h"
+
+#include <algorithm>
+
+#include "disk/sector_buffer.h"
+#include "imagefiles/file_extents.h"
+#include "restore/mbr_writer.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "switch/hidden_sectors.h"
+#include "switch/partition_table.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::int64_t kSmallest = 32;  // sectors
+
+// The three entries word the formats differently, to the blank.
+struct FormatTexts {
+  const char* fat32;
+  const char* ntfs;
+};
+constexpr FormatTexts kFormats1{" (FAT32) ", " (NTFS)  "};
+constexpr FormatTexts kFormats3{" (FAT32 )", " (NTFS)  "};
+constexpr FormatTexts kFormats4{" (FAT32)", " (NTFS) "};
+
+std::string BuiltEntry(const char* name, std::uint64_t type, const FormatTexts& formats,
+                       const std::string& start, const std::string& file) {
+  std::string format;
+  if (type == kTypeFat32) format = formats.fat32;
+  if (type == kTypeNtfs) format = formats.ntfs;
+  return std::string(name) + ": Type=" + HexPadded(static_cast<double>(type), 2) + format +
+         " Start=" + HexToDec(start).ToDecimal() + " (0x" + start + ") \r\n" + file + kLineEnd;
+}
+
+std::string OtherEntry(const char* name, const std::string& text) {
+  return std::string(name) + ": " + text + kLineEnd;
+}
+
+// The boot record is worked on in SectorBuffer as well, so the composed sector steps aside.
+void PatchBootRecord(SwitchRun& run) {
+  Sector SavedSector;
+  std::copy_n(SectorBuffer.begin(), kSectorSize, SavedSector.begin());
+  Form1.FStart = run.Start1;
+  Adjust_Hidden(run.ImageFile, run.PTYPE1);
+  std::copy(SavedSector.begin(), SavedSector.end(), SectorBuffer.begin());
+}
+
+}  // namespace
+
+std::string TableReport(const SwitchRun& run) {
+  std::string report = BuiltEntry("PTN1", run.PTYPE1, kFormats1, run.Start1, run.ImageFile);
+  report += kLineEnd + OtherEntry("PTN2", run.Ptn2Text) + kLineEnd;
+  report += run.CompanionName.empty()
+                ? OtherEntry("PTN3", run.Ptn3Text)
+                : BuiltEntry("PTN3", run.PTYPE3, kFormats3, run.Start3, run.CompanionFile);
+  report += kLineEnd;
+  report += run.FourthFile.empty()
+                ? OtherEntry("PTN4", run.Ptn4Text)
+                : BuiltEntry("PTN4", run.PTYPE4, kFormats4, run.Start4, run.FourthFile);
+  return report;
+}
+
+bool StartIsAtLeast(std::int64_t smallest) {
+  if (!(Form1.FStartSectors < smallest)) return true;
+  MsgBox({.title = "Bad FStart", .text = "ERROR: Bad Start sector!", .icon = Icon::Stop});
+  return false;
+}
+
+bool LengthIsAtLeast(std::int64_t smallest) {
+  if (!(Form1.FLengthSectors < smallest)) return true;
+  MsgBox({.title = "Bad FLength", .text = "ERROR: Bad File length!", .icon = Icon::Stop});
+  return false;
+}
+
+void CommitTable(SwitchRun& run) {
+  const std::string Report = TableReport(run);
+  Mark(run, 750);
+  if (!StartIsAtLeast(kSmallest) || !LengthIsAtLeast(kSmallest)) return;
+  Mark(run, 800);
+  const Answer answer = MsgBox(
+      {.title = "Change partition table",
+       .text = Report + "\r\nOK to write new MBR to Drive " + Decimal(Physical_Drive_no) + "?",
+       .buttons = Buttons::OkCancel});
+  if (answer == Answer::Ok) {
+    PatchBootRecord(run);
+    if (!run.on(false, [] { return SWITCH(); })) return;
+  }
+  WriteLog("List1_DblClick END");
+}

@@ -1,0 +1,16 @@
+// The last phase of a switch: shows the new table, asks, patches the image's boot record, writes
+// LBA 0.
+#pragma once
+
+#include "switch/switch_run.h"
+
+// SectorBuffer holds the composed sector.
+void CommitTable(SwitchRun& run);
+
+// What the last question shows of the new table.
+std::string TableReport(const SwitchRun& run);
+
+// The checks on the file measured last, against the smallest start or length in sectors. False:
+// it can't become a partition, which a box has told.
+bool StartIsAtLeast(std::int64_t smallest);
+bool LengthIsAtLeast(std::int64_t smallest);

@@ -1,0 +1,67 @@
+#include "switch/hidden_sectors.h"
+
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "disk/volume_lock.h"
+#include "platform/platform.h"
+#include "restore/mbr_writer.h"
+#include "shell/events.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "switch/partition_table.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::size_t kHiddenSectors = 28;
+
+void ShowFailure(const std::string& text) {
+  MsgBox({.title = "Error in Adjusting Hidden Sectors in PBR", .text = text, .icon = Icon::Stop});
+}
+
+// Writes the patched boot record with the volumes held, and lets the system settle.
+bool WriteBootRecord(std::int64_t sector) {
+  DisMount_All_VolumesX(Physical_Drive_no);
+  Lock_Unlock_All_Volumes(Physical_Drive_no, "LOCK");
+  DoEvents();
+  const bool written = WriteSector(Physical_Drive_no, sector);
+  Lock_Unlock_All_Volumes(Physical_Drive_no, "UNLOCK");
+  MyCloseHandle(hDrive);
+  Sys.toolkit->MousePointer(Pointer::Hourglass);
+  DoEvents();
+  Settle();
+  Sys.toolkit->MousePointer(Pointer::Default);
+  DoEvents();
+  return written;
+}
+
+}  // namespace
+
+void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE) {
+  const std::string type = std::to_string(PTYPE);
+  WriteLog("Adjust_Hidden: FTSTART=" + Form1.FStart + " " + MyFile + " PTYPE=" + type);
+  const auto SecNo = static_cast<std::int64_t>(HexPrefixValue(Form1.FStart));
+  Get_start_length_bytes();
+  if (!Open_Physical_Disk_hDrive(Physical_Drive_no)) {
+    ShowFailure("DISK " + Decimal(Physical_Drive_no) + " OPEN ERROR");
+    return;
+  }
+  if (!DirectReadDrive(SecNo, 1)) {
+    ShowFailure("DISK READ ERROR");
+    return;
+  }
+  if (PTYPE != kTypeFat32Chs && PTYPE != kTypeFat32 && PTYPE != kTypeNtfs) {
+    ShowFailure("UNKNOWN PARTITION TYPE " + type);
+    return;
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    SectorBuffer[kHiddenSectors + i] =
+        static_cast<std::uint8_t>(HexPrefixValue(Form1.StartBytes[i]));
+  }
+  if (!WriteBootRecord(SecNo)) {
+    MsgBox({.title = "Error Adjusting Hidden Sectors in PBR",
+            .text = "WRITE ERROR TO SECTOR " + Decimal(SecNo),
+            .icon = Icon::Stop});
+  }
+}

@@ -1,0 +1,173 @@
+#include "switch/image_selection.h"
+
+#include <array>
+
+#include "disk/drive_discovery.h"
+#include "disk/file_probe.h"
+#include "disk/sector_buffer.h"
+#include "imagefiles/file_extents.h"
+#include "imagefiles/file_order.h"
+#include "imagefiles/image_search.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::size_t kHexDigitsOf32Bits = 8;
+
+bool Stop(const std::string& title, const std::string& text) {
+  MsgBox({.title = title, .text = text, .icon = Icon::Exclamation});
+  return false;
+}
+
+bool StopInvalid(const std::string& file) {
+  return Stop("File invalid", "ERROR: File " + file +
+                                  " is too small, not accessible/contiguous or not an NTFS drive!");
+}
+
+// Position from 1 of a search result, 0 for none.
+std::size_t Position(std::size_t found) {
+  return found == std::string::npos ? 0 : found + 1;
+}
+
+std::array<std::string, 4> Volumes() {
+  return {vol1, vol2, vol3, vol4};
+}
+
+// The first of the paths on another volume than the image's that is a file, or empty.
+std::string FindOnOtherVolume(const SwitchRun& run, const std::string& behindVolume) {
+  for (const std::string& volume : Volumes()) {
+    if (volume.empty() || volume == run.ImageDrive) continue;
+    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
+  }
+  return "";
+}
+
+void FindCompanion(SwitchRun& run) {
+  if (!run.ImageBase.empty()) {
+    for (const std::string& folder :
+         {run.ImageFolder, std::string("\\_ISO\\"), std::string("\\")}) {
+      if (run.CompanionFile.empty()) {
+        run.CompanionFile = FindOnOtherVolume(run, folder + run.ImageBase);
+      }
+    }
+  }
+  if (run.CompanionFile.empty() && FileIsThere(run.ImageStem)) run.CompanionFile = run.ImageStem;
+  if (!run.CompanionFile.empty()) run.CompanionName = ProbeFile(run.CompanionFile);
+}
+
+void FindFourth(SwitchRun& run) {
+  const std::string inImageFolder = "\\_ISO\\" + run.FourthName;
+  run.FourthFile = FindOnOtherVolume(run, inImageFolder);
+  for (const std::string& path : {run.ImageDir + run.FourthName, run.ImageDrive + inImageFolder}) {
+    if (run.FourthFile.empty() && FileIsThere(path)) run.FourthFile = path;
+  }
+}
+
+enum class Order { Right, Accepted, Stopped };
+
+// Asks about a file that lies below one that must come before it, and repairs if the user agrees.
+Order CheckOrder(const std::string& later, const std::string& laterStart,
+                 const std::string& earlier, const std::string& earlierStart) {
+  if (!(HexToDec(laterStart) < HexToDec(earlierStart))) return Order::Right;
+  const Answer answer = MsgBox({.title = "Run MOVE_VOLPAK? (fix bad file order)",
+                                .text = "WARNING: File " + later +
+                                        " is in wrong order for UEFI booting.\r\n\r\n"
+                                        "Re-order files? (it may take some time - PLEASE WAIT!)",
+                                .buttons = Buttons::YesNoCancel});
+  if (answer == Answer::Cancel) return Order::Stopped;
+  if (answer == Answer::Yes) MoveFiles(earlier, later);
+  if (Form1.FStartSectors == 0) {
+    Stop("File invalid", "ERROR: File " + later + " file is before " + earlier + " on the disk!");
+    return Order::Stopped;
+  }
+  return Form1.MoreThanOneExtent ? Order::Stopped : Order::Accepted;
+}
+
+bool MeasureImage(SwitchRun& run) {
+  GetFileStart(run.ImageFile);
+  run.FStart1 = Form1.FStart;
+  if (Form1.FStartSectors == 0) return StopInvalid(run.ImageFile);
+  if (Form1.FStart.size() > kHexDigitsOf32Bits) {
+    return Stop("File beyond 2TB", "ERROR: File is beyond 2TB on disk!");
+  }
+  if (Form1.FLength.size() > kHexDigitsOf32Bits) {
+    return Stop("File too large", "ERROR: File is larger than 2TB!");
+  }
+  return true;
+}
+
+// The companion or the fourth file; what is told of it is the same.
+bool MeasureFurther(const std::string& file) {
+  GetFileStart(file);
+  if (Form1.FLength.size() > kHexDigitsOf32Bits) {
+    return Stop("File too large", "ERROR: File " + file + " is larger than 2TB!");
+  }
+  return Form1.FStartSectors == 0 ? StopInvalid(file) : true;
+}
+
+bool LiesWithin2TB(const std::string& file, const std::string& start) {
+  if (start.size() <= kHexDigitsOf32Bits) return true;
+  return Stop("File beyond 2TB", "ERROR: File " + file + " is beyond 2TB on disk!");
+}
+
+bool TakeCompanion(SwitchRun& run) {
+  if (!MeasureFurther(run.CompanionFile)) return false;
+  run.FStart2 = Form1.FStart;
+  const Order order = CheckOrder(run.CompanionFile, run.FStart2, run.ImageFile, run.FStart1);
+  if (order == Order::Stopped) return false;
+  if (order == Order::Accepted) run.FStart2 = Form1.FStart;
+  return LiesWithin2TB(run.CompanionFile, run.FStart2);
+}
+
+bool TakeFourth(SwitchRun& run) {
+  if (!MeasureFurther(run.FourthFile)) return false;
+  if (CheckOrder(run.FourthFile, Form1.FStart, run.ImageFile, run.FStart1) == Order::Stopped) {
+    return false;
+  }
+  if (!run.FStart2.empty() &&
+      CheckOrder(run.FourthFile, Form1.FStart, run.CompanionFile, run.FStart2) == Order::Stopped) {
+    return false;
+  }
+  return LiesWithin2TB(run.FourthFile, Form1.FStart);
+}
+
+}  // namespace
+
+void TakeNameApart(SwitchRun& run) {
+  const std::string& file = run.ImageFile;
+  run.ImageDrive = file.substr(0, 2);
+  run.ExtPos = Position(file.rfind('.'));
+  const std::size_t ext = run.ExtPos == 0 ? file.size() : run.ExtPos - 1;
+  const std::size_t name = file.rfind('\\') == std::string::npos ? 0 : file.rfind('\\') + 1;
+  run.ImageStem = file.substr(0, ext);
+  run.ImageBase = ext > name ? file.substr(name, ext - name) : "";
+  run.ImageDir = file.substr(0, name);
+  run.ImageFolder = run.ImageDir.size() > 2 ? run.ImageDir.substr(2) : "";
+  run.ImageExt = UpperCase(file.substr(ext));
+  run.Mark23Pos = Position(file.find("23", ext));
+  run.FStart2.clear();
+}
+
+bool SelectFiles(SwitchRun& run) {
+  Mark(run, 300);
+  run.ImageFile = GetList1();
+  if (!MeasureImage(run)) return false;
+  Mark(run, 400);
+  TakeNameApart(run);
+  FindCompanion(run);
+  Mark(run, 410);
+  if (!run.CompanionName.empty() && !TakeCompanion(run)) return false;
+  Mark(run, 500);
+  if (run.ExtPos != 0) {
+    run.MarkX4Pos = Position(FindIgnoringCase(run.ImageFile, "X4", run.ExtPos - 1));
+  }
+  GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
+  if (run.MarkX4Pos == 0) return true;
+  run.FourthName = run.ImageFile.substr(run.MarkX4Pos + 1);
+  if (run.FourthName.empty()) return true;
+  FindFourth(run);
+  return run.FourthFile.empty() || TakeFourth(run);
+}

@@ -1,0 +1,159 @@
+#include "switch/partition_table.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "imagefiles/file_extents.h"
+#include "platform/platform.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "shell/message_box.h"
+#include "switch/commit.h"
+#include "text/text.h"
+
+namespace {
+
+void ClearEntry(std::size_t entry) {
+  std::fill_n(SectorBuffer.begin() + static_cast<std::ptrdiff_t>(entry), kEntrySize,
+              std::uint8_t{0});
+}
+
+bool IsPlainName(const SwitchRun& run) {
+  return run.ImageExt == ".VOLPAK" || run.ImageExt == ".VOLPAKAUTO";
+}
+
+bool HasMark2(const SwitchRun& run) {
+  return run.ExtPos != 0 && run.ImageFile.find('2', run.ExtPos - 1) != std::string::npos;
+}
+
+// Which of entries 2 and 3 stay, and how the report calls them.
+void KeepOrClearMiddleEntries(SwitchRun& run) {
+  run.Ptn4Text = "-";
+  run.Ptn2Text = "(keep)";
+  run.Ptn3Text = "(keep)";
+  if (run.Mark23Pos != 0) return;
+  run.Ptn3Text = "-";
+  ClearEntry(kEntry3);
+  if (run.FourthFile.empty() && run.CompanionName.empty() && SectorFlags.Ptn2Is21 &&
+      IsPlainName(run)) {
+    run.Ptn2Text = "keep (small ptn 0x21)";
+  } else if (!run.FourthFile.empty() || !HasMark2(run)) {
+    ClearEntry(kEntry2);
+    run.Ptn2Text = "-";
+  }
+}
+
+// Measures the file anew, since an order repair may have moved it, and builds its entry. False: it
+// can't be measured any more; what FStart holds then is another file's place.
+bool BuildEntry(std::size_t entry, const std::string& file, const std::string& position,
+                std::string& start, std::uint64_t& type) {
+  GetFileStart(file);
+  if (!StartIsAtLeast(1) || !LengthIsAtLeast(1)) return false;
+  start = Form1.FStart;
+  Get_start_length_bytes();
+  type = Get_Format_Type(file);
+  if (type == 0) type = Ask_User_What_Type(type, position);
+  Patch_PTN_Table(entry, Form1.StartBytes, Form1.LengthBytes, type);
+  return true;
+}
+
+// A text of hexadecimal digits as bytes, lowest first, two digits each.
+void SplitIntoBytes(std::string text, std::array<std::string, 4>& bytes) {
+  bytes.fill("00");
+  for (std::string& byte : bytes) {
+    if (text.empty()) return;
+    const std::size_t cut = text.size() > 2 ? text.size() - 2 : 0;
+    byte = text.substr(cut);
+    text.resize(cut);
+  }
+}
+
+}  // namespace
+
+bool ComposeTable(SwitchRun& run) {
+  Mark(run, 600);
+  if (!ReadandParseSector(MYDRIVE, 0)) {
+    ShowReadFailure(0);
+    return false;
+  }
+  ClearEntry(kEntry1);
+  ClearEntry(kEntry4);
+  Mark(run, 620);
+  KeepOrClearMiddleEntries(run);
+  Mark(run, 630);
+  if (!BuildEntry(kEntry1, run.ImageFile, "1st", run.Start1, run.PTYPE1)) return false;
+  if (!run.CompanionName.empty() &&
+      !BuildEntry(kEntry3, run.CompanionFile, "2nd", run.Start3, run.PTYPE3)) {
+    return false;
+  }
+  Mark(run, 640);
+  if (!run.FourthFile.empty() &&
+      !BuildEntry(kEntry4, run.FourthFile, "4th", run.Start4, run.PTYPE4)) {
+    return false;
+  }
+  Mark(run, 650);
+  std::copy_n(SectorBuffer.begin() + kEntry1 + kEntryStart, 4,
+              SectorBuffer.begin() + kDiskSignature);
+  if (LoggingEnabled) Show_Ptns();
+  Mark(run, 700);
+  return true;
+}
+
+std::uint8_t Get_Format_Type(const std::string& fname) {
+  ErrorMode on(ReportLayout::MainWindow, "Get_Format_Type(fname)");
+  WriteLog("---------------- Get_Format_Type(" + fname + ") Started ----------------");
+  Sector first{};
+  on([&] { Sys.files->ReadBinaryFile(fname, first.data(), first.size()); });
+  std::uint8_t type = 0;
+  if (std::memcmp(first.data() + 3, "NTFS", 4) == 0) type = kTypeNtfs;
+  if (std::memcmp(first.data() + 82, "FAT32", 5) == 0) type = kTypeFat32;
+  return type;
+}
+
+std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos) {
+  WriteLog("Ask_User_What_Type(" + Decimal(static_cast<std::int64_t>(typ)) + "," + pos + ")");
+  std::string answer =
+      Sys.toolkit->InputBox("Set partition type for the " + pos +
+                                " image file:\r\n\r\nExamples\r\n========\r\n\r\n"
+                                "0x83 = linux ext (*Default)\r\n0x82 = linux swap space\r\n"
+                                "0xAF = HFS for Mac OS X\r\n0x0C = FAT32\r\n"
+                                "0x07 = NTFS or exFAT\r\n0x00 = none (Cancel)",
+                            "Set partition type (hex)", "0x83");
+  if (answer.empty()) answer = "0x00";
+  answer = UpperCase(answer);
+  if (answer.starts_with("0X")) answer.erase(0, 2);
+  if (answer.starts_with("OX")) answer.erase(0, 2);
+  const std::uint64_t type = HexPrefixValue(answer);
+  WriteLog(std::to_string(type) + " chosen by user");
+  return type;
+}
+
+void Get_start_length_bytes() {
+  WriteLog("Get_start_length_bytes started");
+  SplitIntoBytes(Form1.FStart, Form1.StartBytes);
+  SplitIntoBytes(Form1.FLength, Form1.LengthBytes);
+}
+
+void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& StartBytes,
+                     const std::array<std::string, 4>& LengthBytes, std::uint64_t PType) {
+  WriteLog("Patch_PTN_Table");
+  std::uint8_t* entry = SectorBuffer.data() + EntryOffset;
+  entry[0] = EntryOffset == kEntry1 ? 0x80 : 0x00;
+  // Where cylinder, head and sector can't say the place, these three bytes say so.
+  for (const std::size_t chs : {1U, 5U}) {
+    entry[chs] = 0xFE;
+    entry[chs + 1] = 0xFF;
+    entry[chs + 2] = 0xFF;
+  }
+  if (PType <= 0xFF) entry[kEntryType] = static_cast<std::uint8_t>(PType);
+  for (std::size_t i = 0; i < 4; ++i) {
+    entry[kEntryStart + i] = static_cast<std::uint8_t>(HexPrefixValue(StartBytes[i]));
+    entry[kEntryStart + 4 + i] = static_cast<std::uint8_t>(HexPrefixValue(LengthBytes[i]));
+  }
+}
+
+void Show_Ptns() {
+  WriteLog("Show_Ptns");
+}

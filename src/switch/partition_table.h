@@ -1,0 +1,33 @@
+// Composes the new MBR in SectorBuffer from a fresh copy of LBA 0. Nothing is written here; all
+// bytes but the table and the disk signature stay as they are on the drive.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "switch/switch_run.h"
+
+constexpr std::uint8_t kTypeNtfs = 0x07;
+constexpr std::uint8_t kTypeFat32Chs = 0x0B;
+constexpr std::uint8_t kTypeFat32 = 0x0C;
+
+// False: the run stops, and the user has been told.
+bool ComposeTable(SwitchRun& run);
+
+// The partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0 (unknown).
+std::uint8_t Get_Format_Type(const std::string& fname);
+
+// Asks for the type of the "1st", "2nd" or "4th" file, hexadecimal with or without 0x; 0 for
+// Cancel and for anything that isn't a number. May be above 0xFF.
+std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos);
+
+// Fills StartBytes and LengthBytes of Form1 from FStart and FLength.
+void Get_start_length_bytes();
+
+// Writes one built entry into SectorBuffer at EntryOffset. The four texts are hexadecimal bytes,
+// lowest first. A PType above 0xFF leaves the type byte as it is.
+void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& StartBytes,
+                     const std::array<std::string, 4>& LengthBytes, std::uint64_t PType);
+
+void Show_Ptns();

@@ -1,0 +1,56 @@
+// The switch: makes an image file partition 1 of its own stick. One run goes through the phases of
+// this room in order and stops for good at the first check that fails.
+//
+// Disk writes of a whole run, in order: LBA 60, LBA 30 (copies of LBA 0), the image's first sector
+// (4 bytes of it), LBA 0.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "shell/failure.h"
+
+constexpr std::int64_t kBackupSector1 = 30;
+constexpr std::int64_t kBackupSector2 = 60;
+
+// Working state of one run. Positions in ImageFile count from 1; 0 means not there.
+struct SwitchRun {
+  ErrorMode on{ReportLayout::MainWindow, "List1_DblClick()"};
+
+  // The checks of LBA 0 and of the backup sectors.
+  bool MbrRejected = false;
+  bool Lba30Usable = false;
+  bool Lba60Usable = false;
+  bool SavedTableFound = false;  // LBA 30 or 60 holds a sound saved table
+
+  // The three files, full paths; empty where a role isn't filled.
+  std::string ImageFile;      // table entry 1
+  std::string CompanionFile;  // table entry 3
+  std::string FourthFile;     // table entry 4
+  std::string CompanionName;  // bare name; empty: no companion
+  std::string FourthName;     // the text behind "X4"
+  std::string FStart1;        // FStart of the image
+  std::string FStart2;        // FStart of the companion, or empty
+
+  // Parts of ImageFile.
+  std::string ImageDrive;   // first two characters
+  std::size_t ExtPos = 0;   // of the last "."
+  std::string ImageStem;    // before ExtPos
+  std::string ImageBase;    // between the last backslash and the last "."
+  std::string ImageDir;     // up to and including the last backslash
+  std::string ImageFolder;  // ImageDir without its first two characters
+  std::string ImageExt;     // from ExtPos on, upper case
+  std::size_t Mark23Pos = 0;
+  std::size_t MarkX4Pos = 0;
+
+  // The new table.
+  std::uint64_t PTYPE1 = 0, PTYPE3 = 0, PTYPE4 = 0;
+  std::string Start1, Start3, Start4;        // FStart as measured for entries 1, 3, 4
+  std::string Ptn2Text, Ptn3Text, Ptn4Text;  // how the report calls an entry that isn't built
+};
+
+// The event of a double-click on a line of List1: the whole run.
+void List1_DblClick();
+
+// Writes the log mark "List1_DblClick " + mark.
+void Mark(SwitchRun& run, int mark);

@@ -1,0 +1,35 @@
+// Single-byte text: the few operations that the program needs. Letters are those of ASCII; bytes
+// above 0x7F pass unchanged, so text of any code page survives.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+constexpr const char* kLineEnd = "\r\n";
+
+std::string UpperCase(std::string_view text);
+
+// Without the blanks (only blanks) at both ends.
+std::string Trim(std::string_view text);
+
+// Position of what in text at or behind from, counted from 0; npos if it isn't there.
+std::size_t FindIgnoringCase(std::string_view text, std::string_view what, std::size_t from = 0);
+bool ContainsIgnoringCase(std::string_view text, std::string_view what);
+
+bool Contains(std::string_view text, std::string_view what);
+
+std::string Decimal(std::int64_t value);
+
+// "True" or "False".
+std::string BooleanText(bool value);
+
+// The number that a hexadecimal text begins with; 0 if it begins with none, the largest number if
+// it doesn't fit into 64 bits.
+std::uint64_t HexPrefixValue(std::string_view text);
+
+// Upper-case hexadecimal digits without leading zeros; 0 gives "0". A fraction is dropped.
+std::string HexDigits(double value);
+
+// The digits of value behind width zeros, cut to the last width characters.
+std::string HexPadded(double value, std::int16_t width);
