@@ -1,0 +1,161 @@
+// Texts and numbers: hexadecimal both ways, exact integers, paddings, commas, the tool's text.
+#include "text/text.h"
+
+#include <gtest/gtest.h>
+
+#include "imagefiles/child_process.h"
+#include "imagefiles/extents_text.h"
+#include "imagefiles/file_extents.h"
+#include "shell/drive_inventory.h"
+#include "shell/failure.h"
+#include "shell/startup.h"
+#include "switch/image_selection.h"
+#include "text/exact_integer.h"
+
+namespace {
+
+TEST(Text, HexDigitsAndPadding) {
+  EXPECT_EQ(HexDigits(0), "0");
+  EXPECT_EQ(HexDigits(4294967295.0), "FFFFFFFF");
+  EXPECT_EQ(HexDigits(9007199254740991.0), "1FFFFFFFFFFFFF");
+  EXPECT_EQ(HexPadded(12, 2), "0C");
+  EXPECT_EQ(HexPadded(0x183, 2), "83") << "leading digits are lost";
+  EXPECT_EQ(HexPadded(0xAF, 4), "00AF");
+}
+
+TEST(Text, HexPrefixValue) {
+  const struct {
+    const char* text;
+    std::uint64_t value;
+  } cases[] = {{"83", 131}, {"af", 175}, {"", 0},     {"G1", 0},
+               {"1G", 1},   {" 1", 0},   {"0x83", 0}, {"FFFFFFFFFFFFFFFFFF", UINT64_MAX}};
+  for (const auto& c : cases) EXPECT_EQ(HexPrefixValue(c.text), c.value) << c.text;
+}
+
+TEST(Text, HexToDecIsExact) {
+  const struct {
+    const char* text;
+    const char* decimal;
+  } cases[] = {{" 1f800 ", "129024"},
+               {"", "0"},
+               {"FFFFFFFF", "4294967295"},
+               {"FFFFFFFFFFFFFFFF", "18446744073709551615"},
+               {"FFFFFFFFFFFFFFFFFFFFFFFF", "79228162514264337593543950335"},
+               {"1000000000000000000000000", "0"},  // 25 digits don't fit
+               {"G", "16"},                         // no check of the digits
+               {"/", "-1"},
+               {"1/", "15"},
+               {"//", "-17"}};
+  for (const auto& c : cases) EXPECT_EQ(HexToDec(c.text).ToDecimal(), c.decimal) << c.text;
+}
+
+TEST(Text, ExactIntegersCompare) {
+  EXPECT_LT(HexToDec("/"), ExactInteger(0));
+  EXPECT_LT(HexToDec("FFFFFFFFFFFFFFFF"), HexToDec("10000000000000000"));
+  EXPECT_GT(HexToDec("80000000"), HexToDec("7FFFFFFF"));
+  EXPECT_FALSE(HexToDec("0020") < ExactInteger(32));
+}
+
+TEST(Text, PadTextAndCommas) {
+  EXPECT_EQ(PadText("abc", " ", 5, true), "abc  ");
+  EXPECT_EQ(PadText("abc", "*-", 5, false), "**abc");
+  EXPECT_EQ(PadText("abcdef", " ", 3, true), "abc");
+  EXPECT_EQ(PadText("abcdef", " ", 3, false), "def");
+  EXPECT_EQ(FormatCommas(7.99, "0"), "7");
+  EXPECT_EQ(FormatCommas(999, "0"), "999");
+  EXPECT_EQ(FormatCommas(2000, "0"), "2,000");
+  EXPECT_EQ(FormatCommas(8003197440.0, "0"), "8,003,197,440");
+  EXPECT_EQ(FormatCommas("  1234567.9", "0"), "1,234,567");
+}
+
+TEST(Text, NulEndsAText) {
+  EXPECT_EQ(StripNull(" ab "), "ab");
+  EXPECT_EQ(StripNull(""), "");
+  EXPECT_EQ(StripNull(std::string("\0ab", 3)), "");
+  EXPECT_EQ(StripNull(std::string("ab\0cd", 5)), "ab");
+  EXPECT_EQ(StripNulls(std::string("  ab\0cd ", 8)), "ab");
+  EXPECT_EQ(StripNulls(std::string("\0", 1)), "");
+  EXPECT_EQ(StripNulls(" x "), "x");
+}
+
+TEST(Text, WindowsVersions) {
+  const struct {
+    unsigned platform, major, minor;
+    int code;
+  } cases[] = {{1, 4, 0, 1},  {1, 4, 10, 2}, {1, 4, 90, 3}, {2, 3, 51, 4}, {2, 4, 0, 5},
+               {2, 5, 0, 6},  {2, 5, 1, 7},  {2, 5, 2, 8},  {2, 6, 0, 9},  {2, 6, 1, 10},
+               {2, 6, 2, 11}, {2, 10, 0, 0}, {1, 4, 1, 0},  {0, 0, 0, 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(VersionCode(c.platform, c.major, c.minor), c.code)
+        << c.platform << " " << c.major << "." << c.minor;
+  }
+}
+
+TEST(Text, ExtentsLines) {
+  EXPECT_EQ(ExtentsText({}), "");
+  EXPECT_EQ(ExtentsText({{0, 0x1F800, 0x2000}}), "File offset 0 LBA: 1F800 Sectors: 2000\r\n");
+  EXPECT_EQ(ExtentsText({{0, 100, 8}, {4096, 108, 8}}), "File offset 0 LBA: 64 Sectors: 10\r\n")
+      << "neighbours are one extent";
+  EXPECT_EQ(ExtentsText({{0, 100, 8}, {4096, 200, 8}}),
+            "File offset 0 LBA: 64 Sectors: 8\r\nFile offset 1000 LBA: C8 Sectors: 8\r\n");
+  EXPECT_EQ(MergeExtents({{0, 100, 8}, {8192, 108, 8}}).size(), 2U) << "a hole between them";
+}
+
+TEST(Text, NamesThatTheInterpreterWouldChange) {
+  const struct {
+    const char* path;
+    bool quoted, bare;
+  } cases[] = {
+      {"E:\\_ISO\\a.volPAK", false, false},
+      {"E:\\a b.volPAK", false, false},
+      {"E:\\\xC3\x9C.volPAK", false, false},
+      {"E:\\100%.volPAK", false, true},
+      {"E:\\%OS%.volPAK", true, true},
+      {"E:\\a!b!.volPAK", true, true},
+      {"E:\\a\".volPAK", true, true},
+      {"E:\\a\n.volPAK", true, true},
+      {"E:\\a&b.volPAK", false, true},
+      {"E:\\a|b", false, true},
+      {"E:\\a^b", false, true},
+      {"E:\\a(b)", false, true},
+      {"E:\\a+b", false, true},
+      {"E:\\a,b", false, true},
+      {"E:\\a;b", false, true},
+      {"E:\\a=b", false, true},
+      {"E:\\a<b", false, true},
+      {"E:\\a>b", false, true},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(InterpreterChangesQuoted(c.path), c.quoted) << c.path;
+    EXPECT_EQ(InterpreterChangesBare(c.path), c.bare) << c.path;
+  }
+}
+
+TEST(Text, ImageNamesTakenApart) {
+  const struct {
+    const char* file;
+    const char *stem, *base, *dir, *folder, *ext;
+    std::size_t mark23;
+  } cases[] = {
+      {"E:\\_ISO\\WIN\\A.volPAK", "E:\\_ISO\\WIN\\A", "A", "E:\\_ISO\\WIN\\", "\\_ISO\\WIN\\",
+       ".VOLPAK", 0},
+      {"E:\\A23.volPAK23", "E:\\A23", "A23", "E:\\", "\\", ".VOLPAK23", 14},
+      {"E:\\a.volPAK.txt", "E:\\a.volPAK", "a.volPAK", "E:\\", "\\", ".TXT", 0},
+      {"E:\\.volPAK", "E:\\", "", "E:\\", "\\", ".VOLPAK", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    SwitchRun run;
+    run.ImageFile = c.file;
+    TakeNameApart(run);
+    EXPECT_EQ(run.ImageDrive, "E:");
+    EXPECT_EQ(run.ImageStem, c.stem);
+    EXPECT_EQ(run.ImageBase, c.base);
+    EXPECT_EQ(run.ImageDir, c.dir);
+    EXPECT_EQ(run.ImageFolder, c.folder);
+    EXPECT_EQ(run.ImageExt, c.ext);
+    EXPECT_EQ(run.Mark23Pos, c.mark23);
+  }
+}
+
+}  // namespace
