@@ -1,0 +1,179 @@
+// How the controls are made, sized and given their fonts.
+#include "platform/win32/dpi.h"
+#include "platform/win32/form_window.h"
+#include "platform/win32/resource_ids.h"
+
+namespace {
+
+constexpr int kFirstControlId = 100;  // clear of IDOK and IDCANCEL
+constexpr int kDropDownRows = 12;
+
+// The outline font with the measures of the bitmap font "MS Sans Serif", which exists in the sizes
+// of a 96 dpi screen only.
+constexpr const char* kWindowFont = "Microsoft Sans Serif";
+constexpr const char* kBitmapFont = "MS Sans Serif";
+
+struct WindowKind {
+  const char* className;
+  DWORD style;
+  DWORD extendedStyle;
+};
+
+WindowKind KindOf(const ControlDesign& design) {
+  switch (design.kind) {
+    case ControlKind::DropDownList:
+      // Drawn by the owner: a themed drop-down list ignores its background colour.
+      return {WC_COMBOBOXA,
+              WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED | CBS_HASSTRINGS |
+                  (design.sorted ? CBS_SORT : 0ul),
+              0};
+    case ControlKind::CheckBox:
+      return {WC_BUTTONA, WS_TABSTOP | BS_AUTOCHECKBOX | BS_MULTILINE, 0};
+    case ControlKind::Button:
+      return {WC_BUTTONA, WS_TABSTOP | BS_PUSHBUTTON | BS_MULTILINE, 0};
+    case ControlKind::Label:
+      return {WC_STATICA, SS_NOTIFY | SS_NOPREFIX | (design.centred ? DWORD{SS_CENTER} : 0ul), 0};
+    case ControlKind::ListBox:
+      return {WC_LISTBOXA,
+              WS_TABSTOP | WS_HSCROLL | WS_VSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT |
+                  (design.sorted ? LBS_SORT : 0ul),
+              WS_EX_CLIENTEDGE};
+    case ControlKind::DriveSelector:
+      break;
+  }
+  return {};
+}
+
+HFONT MakeFont(const char* name, bool bold, bool italic, bool underlined, int dpi) {
+  const bool bitmap = name == nullptr || ::lstrcmpiA(name, kBitmapFont) == 0;
+  const int height = -::MulDiv(825, dpi, 7200);  // 8.25 points
+  return ::CreateFontA(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, italic, underlined, FALSE,
+                       DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
+                       DEFAULT_PITCH, bitmap ? kWindowFont : name);
+}
+
+void Replace(HFONT& font, HFONT by) {
+  if (font != nullptr) ::DeleteObject(font);
+  font = by;
+}
+
+}  // namespace
+
+void FormWindow::MakeControl(const ControlDesign& design) {
+  const WindowKind kind = KindOf(design);
+  if (kind.className == nullptr) return;
+  Part& part = parts_[Index(design.id)];
+  const auto id = static_cast<INT_PTR>(kFirstControlId + Index(design.id));
+  part.window = ::CreateWindowExA(
+      kind.extendedStyle, kind.className, design.caption != nullptr ? design.caption : "",
+      WS_CHILD | (design.visible ? WS_VISIBLE : 0ul) | kind.style, 0, 0, 0, 0, frame_,
+      reinterpret_cast<HMENU>(id), ::GetModuleHandleA(nullptr), nullptr);
+  if (design.backColour != nullptr) {
+    const Rgb& back = *design.backColour;
+    part.back = ::CreateSolidBrush(RGB(back.red, back.green, back.blue));
+  }
+  if (design.ticked) ::SendMessageA(part.window, BM_SETCHECK, BST_CHECKED, 0);
+  if (design.toolTip != nullptr) AddToolTip(part.window, design.toolTip);
+}
+
+void FormWindow::AddToolTip(HWND control, const char* text) {
+  if (tips_ == nullptr) {
+    tips_ = ::CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0,
+                              0, 0, 0, frame_, nullptr, ::GetModuleHandleA(nullptr), nullptr);
+  }
+  TTTOOLINFOA tool{};
+  tool.cbSize = sizeof tool;
+  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.hwnd = frame_;
+  tool.uId = reinterpret_cast<UINT_PTR>(control);
+  tool.lpszText = const_cast<char*>(text);
+  ::SendMessageA(tips_, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void FormWindow::LayOut() {
+  Replace(font_, MakeFont(nullptr, false, false, false, dpi_));
+  for (std::size_t i = 0; i < kControlCount; ++i) LayOutControl(design_->controls[i]);
+  SetClientSize(PixelsOf(design_->clientWidth, dpi_), PixelsOf(design_->clientHeight, dpi_));
+}
+
+void FormWindow::LayOutControl(const ControlDesign& design) {
+  Part& part = parts_[Index(design.id)];
+  if (part.window == nullptr) return;
+  const bool own = design.fontName != nullptr || design.bold || design.italic || design.underlined;
+  Replace(part.font,
+          own ? MakeFont(design.fontName, design.bold, design.italic, design.underlined, dpi_)
+              : nullptr);
+  const HFONT font = own ? part.font : font_;
+  ::SendMessageA(part.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+
+  const int left = PixelsOf(design.left, dpi_);
+  const int top = PixelsOf(design.top, dpi_);
+  const int width = PixelsOf(design.left + design.width, dpi_) - left;
+  int height = PixelsOf(design.top + design.height, dpi_) - top;
+  if (design.kind == ControlKind::DropDownList) {
+    // The window's height is that of the opened list; the closed field follows its row's height.
+    const int row = TextPixels("").cy + ScaledPixels(2, dpi_);
+    ::SendMessageA(part.window, CB_SETITEMHEIGHT, 0, row);
+    RECT field;
+    ::SetWindowPos(part.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+    ::GetWindowRect(part.window, &field);
+    const auto inner = ::SendMessageA(part.window, CB_GETITEMHEIGHT, static_cast<WPARAM>(-1), 0);
+    ::SendMessageA(part.window, CB_SETITEMHEIGHT, static_cast<WPARAM>(-1),
+                   inner + height - (field.bottom - field.top));
+    height += kDropDownRows * row;
+  }
+  ::SetWindowPos(part.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  if (design.hasIcon) SetButtonIcon(part);
+}
+
+void FormWindow::SetButtonIcon(Part& part) {
+  const int size = ScaledPixels(16, dpi_);
+  const auto icon =
+      static_cast<HICON>(::LoadImageA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(ICON_RESTORE),
+                                      IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
+  if (icon == nullptr) return;
+  const HIMAGELIST old = part.icon;
+  part.icon = ::ImageList_Create(size, size, ILC_COLOR32 | ILC_MASK, 1, 0);
+  ::ImageList_ReplaceIcon(part.icon, -1, icon);
+  ::DestroyIcon(icon);
+  const int gap = ScaledPixels(4, dpi_);
+  BUTTON_IMAGELIST image{part.icon, {gap, 0, 0, 0}, BUTTON_IMAGELIST_ALIGN_LEFT};
+  ::SendMessageA(part.window, BCM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(&image));
+  if (old != nullptr) ::ImageList_Destroy(old);
+}
+
+void FormWindow::SetClientSize(int width, int height) {
+  // Measured, not computed: how thick a frame is depends on the density in ways that changed
+  // between the versions of Windows.
+  RECT outer, client;
+  ::GetWindowRect(frame_, &outer);
+  ::GetClientRect(frame_, &client);
+  ::SetWindowPos(frame_, nullptr, 0, 0, width + outer.right - outer.left - client.right,
+                 height + outer.bottom - outer.top - client.bottom,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void FormWindow::ChangeDpi(int dpi, const RECT& place) {
+  const Quiet quiet(*this);
+  dpi_ = dpi;
+  ::SetWindowPos(frame_, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+  LayOut();
+  ::InvalidateRect(frame_, nullptr, TRUE);
+}
+
+float FormWindow::OuterTwips(bool vertical) const {
+  RECT client{};
+  ::GetClientRect(frame_, &client);
+  const float inner = TwipsOf(vertical ? client.bottom : client.right, dpi_);
+  return inner + static_cast<float>(vertical ? frameTwips_.cy : frameTwips_.cx);
+}
+
+void FormWindow::SetOuterTwips(bool vertical, float twips) {
+  RECT client{};
+  ::GetClientRect(frame_, &client);
+  const auto frame = static_cast<float>(vertical ? frameTwips_.cy : frameTwips_.cx);
+  const int pixels = PixelsOf(twips - frame, dpi_);
+  (vertical ? client.bottom : client.right) = pixels;
+  SetClientSize(client.right, client.bottom);
+}

@@ -1,0 +1,204 @@
+#include "platform/win32/form_window.h"
+
+#include "platform/win32/dpi.h"
+#include "platform/win32/resource_ids.h"
+
+FormWindow TheForm;
+
+namespace {
+
+constexpr const char* kClassName = "Rotate_TSD_Form";
+constexpr DWORD kStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
+
+HICON ProgramIcon(int widthMetric, int heightMetric) {
+  return static_cast<HICON>(
+      ::LoadImageA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(ICON_PROGRAM), IMAGE_ICON,
+                   ::GetSystemMetrics(widthMetric), ::GetSystemMetrics(heightMetric), LR_SHARED));
+}
+
+// What of a control is an event, and which.
+struct Notification {
+  Control control;
+  WORD code;
+  UserEvent event;
+};
+
+constexpr Notification kNotifications[] = {
+    {Control::Combo1, CBN_SELCHANGE, UserEvent::Combo1_Click},
+    {Control::chkShowAll, BN_CLICKED, UserEvent::chkShowAll_Click},
+    {Control::cmdRefreshDrive, BN_CLICKED, UserEvent::cmdRefreshDrive_Click},
+    {Control::cmdRestoreTSD, BN_CLICKED, UserEvent::cmdRestoreTSD_Click},
+    {Control::cmdSwitchPtns, BN_CLICKED, UserEvent::cmdSwitchPtns_Click},
+    {Control::cmdHelp, BN_CLICKED, UserEvent::cmdHelp_Click},
+    {Control::cmdExit, BN_CLICKED, UserEvent::cmdExit_Click},
+    {Control::Label2, STN_CLICKED, UserEvent::Label2_Click},
+    {Control::List1, LBN_DBLCLK, UserEvent::List1_DblClick},
+    {Control::Label1, STN_DBLCLK, UserEvent::Label1_DblClick},
+    {Control::Chk_ISO, BN_CLICKED, UserEvent::Chk_ISO_Click},
+    {Control::cmd_rebootPE, BN_CLICKED, UserEvent::cmd_rebootPE_Click},
+};
+
+constexpr UINT kWmDpiChanged = 0x02E0;  // winuser.h, Windows 8.1 and later
+
+}  // namespace
+
+void FormWindow::Create(const FormDesign& design, void (*handler)(UserEvent)) {
+  const Quiet quiet(*this);
+  INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
+  ::InitCommonControlsEx(&classes);
+
+  WNDCLASSEXA windowClass{};
+  windowClass.cbSize = sizeof windowClass;
+  windowClass.lpfnWndProc = Procedure;
+  windowClass.hInstance = ::GetModuleHandleA(nullptr);
+  windowClass.hIcon = ProgramIcon(SM_CXICON, SM_CYICON);
+  windowClass.hIconSm = ProgramIcon(SM_CXSMICON, SM_CYSMICON);
+  windowClass.hCursor = ::LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
+  windowClass.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
+  windowClass.lpszClassName = kClassName;
+  ::RegisterClassExA(&windowClass);
+
+  design_ = &design;
+  handler_ = handler;
+  frame_ = ::CreateWindowExA(0, kClassName, design.caption, kStyle, 0, 0, 0, 0, nullptr, nullptr,
+                             windowClass.hInstance, nullptr);
+  dpi_ = DpiOfWindow(frame_);
+  for (std::size_t i = 0; i < kControlCount; ++i) MakeControl(design.controls[i]);
+  LayOut();
+
+  RECT outer, client;
+  ::GetWindowRect(frame_, &outer);
+  ::GetClientRect(frame_, &client);
+  frameTwips_.cx = PixelsOf(TwipsOf(outer.right - outer.left - client.right, dpi_), 1440);
+  frameTwips_.cy = PixelsOf(TwipsOf(outer.bottom - outer.top - client.bottom, dpi_), 1440);
+}
+
+void FormWindow::Destroy() {
+  if (frame_ != nullptr) ::DestroyWindow(frame_);
+}
+
+void FormWindow::HandOut(MSG& message) {
+  const HWND list = Of(Control::List1);
+  if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN && list != nullptr &&
+      message.hwnd == list) {
+    if (::SendMessageA(list, LB_GETCURSEL, 0, 0) != LB_ERR) Raise(UserEvent::List1_DblClick);
+    return;
+  }
+  if (frame_ != nullptr && ::IsDialogMessageA(frame_, &message)) return;
+  ::TranslateMessage(&message);
+  ::DispatchMessageA(&message);
+}
+
+void FormWindow::HandOutLateClose() {
+  if (!closeWaits_ || modal_ != 0) return;
+  closeWaits_ = false;
+  Raise(UserEvent::Form_QueryUnload);
+}
+
+void FormWindow::Raise(UserEvent event) {
+  if (quiet_ != 0 || handler_ == nullptr) return;
+  if (modal_ == 0) {
+    handler_(event);
+  } else if (event == UserEvent::Form_QueryUnload) {
+    closeWaits_ = true;
+  }
+}
+
+LRESULT CALLBACK FormWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (window == TheForm.frame_) return TheForm.Handle(message, wParam, lParam);
+  return ::DefWindowProcA(window, message, wParam, lParam);
+}
+
+LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  const HWND frame = frame_;
+  switch (message) {
+    case WM_COMMAND:
+      Command(wParam, reinterpret_cast<HWND>(lParam));
+      return 0;
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORLISTBOX:
+    case WM_CTLCOLOREDIT:
+      return Colour(message, wParam, reinterpret_cast<HWND>(lParam));
+    case WM_DRAWITEM:
+      DrawRow(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+      return TRUE;
+    case WM_SETCURSOR:
+      if (LOWORD(lParam) == HTCLIENT && ShowPointer(reinterpret_cast<HWND>(wParam))) return TRUE;
+      break;
+    case WM_ACTIVATE:
+      if (LOWORD(wParam) == WA_INACTIVE) lastFocus_ = ::GetFocus();
+      break;
+    case WM_SETFOCUS:
+      ::SetFocus(lastFocus_);
+      KeepFocus();
+      return 0;
+    case WM_SIZE:
+      Raise(UserEvent::Form_Resize);
+      return 0;
+    case WM_CLOSE:
+      Raise(UserEvent::Form_QueryUnload);
+      return 0;
+    case WM_ENDSESSION:
+      // The process ends when this returns, so an open box can't delay it.
+      if (wParam != 0 && handler_ != nullptr) handler_(UserEvent::Form_QueryUnload);
+      return 0;
+    case kWmDpiChanged:
+      ChangeDpi(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+      return 0;
+    case WM_NCDESTROY:
+      Forget();
+      break;
+    default:
+      break;
+  }
+  return ::DefWindowProcA(frame, message, wParam, lParam);
+}
+
+void FormWindow::Command(WPARAM wParam, HWND from) {
+  if (from == nullptr) return;
+  for (const Notification& known : kNotifications) {
+    if (Of(known.control) == from && known.code == HIWORD(wParam)) {
+      Raise(known.event);
+      return;
+    }
+  }
+}
+
+void FormWindow::KeepFocus() {
+  const HWND focus = ::GetFocus();
+  if (focus != nullptr && focus != frame_ && ::IsWindowEnabled(focus) && ::IsWindowVisible(focus)) {
+    return;
+  }
+  ::SetFocus(::GetNextDlgTabItem(frame_, nullptr, FALSE));
+}
+
+void FormWindow::SetVisible(Control control, bool visible) {
+  const HWND window = Of(control);
+  if (window == nullptr) return;
+  const bool focused = ::GetFocus() == window;
+  ::ShowWindow(window, visible ? SW_SHOW : SW_HIDE);
+  if (focused) KeepFocus();
+}
+
+void FormWindow::SetEnabled(Control control, bool enabled) {
+  const HWND window = Of(control);
+  if (window == nullptr) return;
+  const bool focused = ::GetFocus() == window;
+  ::EnableWindow(window, enabled);
+  if (focused) KeepFocus();
+}
+
+void FormWindow::Forget() {
+  for (Part& part : parts_) {
+    if (part.font != nullptr) ::DeleteObject(part.font);
+    if (part.back != nullptr) ::DeleteObject(part.back);
+    if (part.icon != nullptr) ::ImageList_Destroy(part.icon);
+    part = {};
+  }
+  if (font_ != nullptr) ::DeleteObject(font_);
+  // A Quiet or Modal that still lives counts down on its own.
+  const int quiet = quiet_, modal = modal_;
+  *this = {};
+  quiet_ = quiet;
+  modal_ = modal;
+}

@@ -1,0 +1,110 @@
+// Form1 as a window: made from its design, laid out for the screen's density, and translating what
+// a person does into user events.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "platform/toolkit.h"
+#include "platform/win32/win32_headers.h"
+// Needs win32_headers.h before it.
+#include <commctrl.h>
+
+class FormWindow {
+ public:
+  void Create(const FormDesign& design, void (*handler)(UserEvent));
+  void Destroy();
+
+  [[nodiscard]] bool IsOpen() const { return frame_ != nullptr; }
+  [[nodiscard]] HWND Frame() const { return frame_; }
+  [[nodiscard]] HWND Of(Control control) const { return parts_[Index(control)].window; }
+  [[nodiscard]] static bool IsDropDown(Control control) { return control == Control::Combo1; }
+  [[nodiscard]] int Dpi() const { return dpi_; }
+  [[nodiscard]] HFONT Font() const { return font_; }
+  // The size of a text in the window's font; an empty text has the height of a line.
+  [[nodiscard]] SIZE TextPixels(const std::string& text) const;
+
+  // The window's outer size in twips. It is the client area plus the frame as it was at creation,
+  // so that a size taken once still fits the controls on a screen with another density.
+  [[nodiscard]] float OuterTwips(bool vertical) const;
+  void SetOuterTwips(bool vertical, float twips);
+
+  void SetBusy(bool busy);
+  // Hides or disables a control; the focus moves on if it stood there.
+  void SetVisible(Control control, bool visible);
+  void SetEnabled(Control control, bool enabled);
+
+  // Hands out one message of the queue, with the keys of a dialog.
+  void HandOut(MSG& message);
+  // Hands out a close that arrived while a box was open.
+  void HandOutLateClose();
+
+  // While one lives, nothing that happens to the window raises an event.
+  class Quiet {
+   public:
+    explicit Quiet(FormWindow& form) : form_(form) { ++form_.quiet_; }
+    ~Quiet() { --form_.quiet_; }
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+   private:
+    FormWindow& form_;
+  };
+
+  // While one lives, a box is open: a close waits for it, anything else is dropped.
+  class Modal {
+   public:
+    explicit Modal(FormWindow& form) : form_(form) { ++form_.modal_; }
+    ~Modal() { --form_.modal_; }
+    Modal(const Modal&) = delete;
+    Modal& operator=(const Modal&) = delete;
+
+   private:
+    FormWindow& form_;
+  };
+
+ private:
+  struct Part {
+    HWND window = nullptr;  // null: not made yet, or a control without a window
+    HFONT font = nullptr;   // null: the window's font
+    HBRUSH back = nullptr;  // null: the system's
+    HIMAGELIST icon = nullptr;
+  };
+
+  static std::size_t Index(Control control) { return static_cast<std::size_t>(control); }
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
+  void Command(WPARAM wParam, HWND from);
+  LRESULT Colour(UINT message, WPARAM wParam, HWND control);
+  void DrawRow(const DRAWITEMSTRUCT& item);
+  bool ShowPointer(HWND under) const;
+  void Raise(UserEvent event);
+  void KeepFocus();
+
+  void MakeControl(const ControlDesign& design);
+  void AddToolTip(HWND control, const char* text);
+  void LayOut();
+  void LayOutControl(const ControlDesign& design);
+  void SetButtonIcon(Part& part);
+  void SetClientSize(int width, int height);
+  void ChangeDpi(int dpi, const RECT& place);
+  void Forget();
+  [[nodiscard]] const ControlDesign* DesignOf(HWND control) const;
+
+  const FormDesign* design_ = nullptr;
+  void (*handler_)(UserEvent) = nullptr;
+  HWND frame_ = nullptr;
+  HWND tips_ = nullptr;
+  HWND lastFocus_ = nullptr;
+  HFONT font_ = nullptr;
+  std::array<Part, kControlCount> parts_{};
+  int dpi_ = 96;
+  SIZE frameTwips_{};  // outer minus client size, as it was at creation
+  int quiet_ = 0;
+  int modal_ = 0;
+  bool busy_ = false;
+  bool closeWaits_ = false;
+};
+
+// The one window.
+extern FormWindow TheForm;

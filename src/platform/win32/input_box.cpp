@@ -1,0 +1,142 @@
+#include "platform/win32/input_box.h"
+
+#include "platform/win32/dpi.h"
+#include "platform/win32/win32_headers.h"
+
+namespace {
+
+constexpr int kFieldId = 100;
+
+// An empty dialog; its controls are made when it opens, because their sizes follow from the text.
+struct EmptyDialog {
+  DLGTEMPLATE head;
+  WORD menu, windowClass, title;
+};
+
+struct InputBox {
+  const InputBoxText& text;
+  HFONT font;
+  int dpi;
+  std::string answer;
+
+  [[nodiscard]] int Scaled(int pixels) const { return ScaledPixels(pixels, dpi); }
+};
+
+// The size of the prompt with its own line breaks, broken further at a comfortable width.
+SIZE MeasurePrompt(HWND dialog, const InputBox& box) {
+  const HDC screen = ::GetDC(dialog);
+  const HGDIOBJ before = ::SelectObject(screen, box.font);
+  RECT area{0, 0, box.Scaled(400), 0};
+  ::DrawTextA(screen, box.text.prompt.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+  ::SelectObject(screen, before);
+  ::ReleaseDC(dialog, screen);
+  return {area.right, area.bottom};
+}
+
+struct PartOfBox {
+  const char* className;
+  const char* text;
+  DWORD style, extendedStyle;
+  int id;
+  RECT place;  // left, top, width, height
+};
+
+HWND Add(HWND dialog, const InputBox& box, const PartOfBox& part) {
+  const HWND window = ::CreateWindowExA(
+      part.extendedStyle, part.className, part.text, WS_CHILD | WS_VISIBLE | part.style,
+      part.place.left, part.place.top, part.place.right, part.place.bottom, dialog,
+      reinterpret_cast<HMENU>(static_cast<INT_PTR>(part.id)), ::GetModuleHandleA(nullptr), nullptr);
+  ::SendMessageA(window, WM_SETFONT, reinterpret_cast<WPARAM>(box.font), TRUE);
+  return window;
+}
+
+void Centre(HWND dialog, HWND over, int width, int height) {
+  RECT client{0, 0, width, height};
+  const auto style = static_cast<DWORD>(::GetWindowLongA(dialog, GWL_STYLE));
+  ::AdjustWindowRectEx(&client, style, FALSE, 0);
+  RECT around;
+  ::GetWindowRect(over != nullptr ? over : ::GetDesktopWindow(), &around);
+  const int outerWidth = client.right - client.left;
+  const int outerHeight = client.bottom - client.top;
+  ::SetWindowPos(dialog, nullptr, (around.left + around.right - outerWidth) / 2,
+                 (around.top + around.bottom - outerHeight) / 2, outerWidth, outerHeight,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void Fill(HWND dialog, const InputBox& box) {
+  const SIZE prompt = MeasurePrompt(dialog, box);
+  const int margin = box.Scaled(11), buttonWidth = box.Scaled(75), buttonHeight = box.Scaled(23);
+  const int fieldHeight = box.Scaled(21);
+  const int width = prompt.cx > box.Scaled(280) ? prompt.cx : box.Scaled(280);
+  const int fieldTop = margin + prompt.cy + margin;
+  const int buttonTop = fieldTop + fieldHeight + margin;
+  const int cancelLeft = margin + width - buttonWidth;
+  const int okLeft = cancelLeft - buttonWidth - box.Scaled(7);
+
+  Add(dialog, box,
+      {"STATIC",
+       box.text.prompt.c_str(),
+       SS_LEFT | SS_NOPREFIX,
+       0,
+       -1,
+       {margin, margin, width, prompt.cy}});
+  const HWND field = Add(dialog, box,
+                         {"EDIT",
+                          box.text.initial.c_str(),
+                          WS_TABSTOP | ES_AUTOHSCROLL,
+                          WS_EX_CLIENTEDGE,
+                          kFieldId,
+                          {margin, fieldTop, width, fieldHeight}});
+  Add(dialog, box,
+      {"BUTTON",
+       "OK",
+       WS_TABSTOP | BS_DEFPUSHBUTTON,
+       0,
+       IDOK,
+       {okLeft, buttonTop, buttonWidth, buttonHeight}});
+  Add(dialog, box,
+      {"BUTTON",
+       "Cancel",
+       WS_TABSTOP | BS_PUSHBUTTON,
+       0,
+       IDCANCEL,
+       {cancelLeft, buttonTop, buttonWidth, buttonHeight}});
+  ::SetWindowTextA(dialog, box.text.title.c_str());
+  Centre(dialog, ::GetWindow(dialog, GW_OWNER), width + 2 * margin,
+         buttonTop + buttonHeight + margin);
+  ::SendMessageA(field, EM_SETSEL, 0, -1);
+  ::SetFocus(field);
+}
+
+INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_INITDIALOG) {
+    ::SetWindowLongPtrA(dialog, GWLP_USERDATA, lParam);
+    Fill(dialog, *reinterpret_cast<InputBox*>(lParam));
+    return FALSE;  // the focus is set
+  }
+  if (message != WM_COMMAND) return FALSE;
+  const WORD id = LOWORD(wParam);
+  if (id != IDOK && id != IDCANCEL) return FALSE;
+  auto& box = *reinterpret_cast<InputBox*>(::GetWindowLongPtrA(dialog, GWLP_USERDATA));
+  if (id == IDOK) {
+    const HWND field = ::GetDlgItem(dialog, kFieldId);
+    box.answer.resize(static_cast<std::size_t>(::GetWindowTextLengthA(field)) + 1);
+    const int size = static_cast<int>(box.answer.size());
+    const int count = ::GetWindowTextA(field, box.answer.data(), size);
+    box.answer.resize(static_cast<std::size_t>(count));
+  }
+  ::EndDialog(dialog, id);
+  return TRUE;
+}
+
+}  // namespace
+
+std::string AskForText(const InputBoxText& text, HWND owner, HFONT font, int dpi) {
+  EmptyDialog empty{};
+  empty.head.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
+  if (owner == nullptr) empty.head.style |= DS_SETFOREGROUND;
+  InputBox box{text, font, dpi, ""};
+  ::DialogBoxIndirectParamA(::GetModuleHandleA(nullptr), &empty.head, owner, Procedure,
+                            reinterpret_cast<LPARAM>(&box));
+  return box.answer;
+}

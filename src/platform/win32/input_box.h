@@ -1,0 +1,13 @@
+// A box that asks for one line of text.
+#pragma once
+
+#include <string>
+
+#include "platform/win32/win32_headers.h"
+
+struct InputBoxText {
+  std::string prompt, title, initial;
+};
+
+// Modal; owner may be null. Gives the text of the field, or the empty text after Cancel.
+std::string AskForText(const InputBoxText& text, HWND owner, HFONT font, int dpi);

@@ -1,0 +1,80 @@
+#include "platform/win32/win32_headers.h"
+#include "platform/win32/win32_platform.h"
+
+namespace {
+
+HANDLE Native(Handle handle) {
+  return reinterpret_cast<HANDLE>(handle);
+}
+
+class RealDevices final : public Devices {
+ public:
+  Handle CreateFileA(const std::string& path, std::uint32_t access, std::uint32_t share,
+                     std::uint32_t disposition, std::uint32_t flags) override {
+    return reinterpret_cast<Handle>(
+        ::CreateFileA(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
+  }
+
+  bool SetFilePointerEx(Handle handle, std::uint64_t offset) override {
+    LARGE_INTEGER distance;
+    distance.QuadPart = static_cast<LONGLONG>(offset);
+    return ::SetFilePointerEx(Native(handle), distance, nullptr, FILE_BEGIN) != FALSE;
+  }
+
+  bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
+                std::uint32_t& transferred) override {
+    DWORD count = 0;
+    const bool ok = ::ReadFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
+    transferred = ok ? count : 0;
+    return ok;
+  }
+
+  bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
+                 std::uint32_t& transferred) override {
+    DWORD count = 0;
+    const bool ok = ::WriteFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
+    transferred = ok ? count : 0;
+    return ok;
+  }
+
+  bool LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                std::uint32_t bytesLow, std::uint32_t bytesHigh) override {
+    return ::LockFile(Native(handle), offsetLow, offsetHigh, bytesLow, bytesHigh) != FALSE;
+  }
+
+  bool UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                  std::uint32_t bytesLow, std::uint32_t bytesHigh) override {
+    return ::UnlockFile(Native(handle), offsetLow, offsetHigh, bytesLow, bytesHigh) != FALSE;
+  }
+
+  bool FlushFileBuffers(Handle handle) override {
+    return ::FlushFileBuffers(Native(handle)) != FALSE;
+  }
+
+  std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) override {
+    DWORD highHalf = 0;
+    const DWORD low = ::GetFileSize(Native(handle), &highHalf);
+    high = highHalf;
+    return low;
+  }
+
+  bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in, std::uint32_t inSize,
+                       void* out, std::uint32_t outSize, std::uint32_t& returned) override {
+    DWORD count = 0;
+    const bool ok = ::DeviceIoControl(Native(handle), code, const_cast<void*>(in), inSize, out,
+                                      outSize, &count, nullptr) != FALSE;
+    returned = ok ? count : 0;
+    return ok;
+  }
+
+  bool CloseHandle(Handle handle) override { return ::CloseHandle(Native(handle)) != FALSE; }
+
+  std::uint32_t GetLastError() override { return ::GetLastError(); }
+};
+
+}  // namespace
+
+Devices* Win32Devices() {
+  static RealDevices devices;
+  return &devices;
+}

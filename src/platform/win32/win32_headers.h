@@ -1,0 +1,26 @@
+// windows.h, the small way. Only the files of this folder include it.
+#pragma once
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+
+#include <windows.h>
+// Needs windows.h before it.
+#include <shellapi.h>
+
+#include "platform/fault.h"
+
+// The fault that belongs to a system error number of a failed statement.
+Fault FaultOfSystemError(DWORD error);
+
+// Gives a system function that the oldest Windows lacks, or null there.
+template <class Function>
+Function LookUp(const char* library, const char* name) {
+  const HMODULE module = ::GetModuleHandleA(library);
+  if (module == nullptr) return nullptr;
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}

@@ -1,0 +1,19 @@
+// The platform made of real Windows calls. Every method is the call that it is named after.
+#pragma once
+
+#include "platform/platform.h"
+
+// The one implementation of each interface; they live as long as the process.
+Devices* Win32Devices();
+Files* Win32Files();
+Processes* Win32Processes();
+SystemFacts* Win32SystemFacts();
+Desktop* Win32Desktop();
+Toolkit* Win32Toolkit();
+Clock* Win32Clock();
+
+Platform Win32Platform();
+
+// Makes the process fit to work on a stick: no system boxes for empty readers, no library from the
+// current folder, and a current folder that keeps no stick busy. Once, before anything else.
+void PrepareProcess();

@@ -1,0 +1,100 @@
+#include <vector>
+
+#include "platform/win32/win32_headers.h"
+#include "platform/win32/win32_platform.h"
+
+namespace {
+
+// The child started last. Its handles stay open until the next one, so that its identifier can't
+// pass to a stranger, and a child that has ended already can still be opened.
+struct Child {
+  std::uint32_t id = 0;
+  HANDLE process = nullptr;
+  HANDLE job = nullptr;  // null where the system refused one
+
+  void Close() {
+    if (process != nullptr) ::CloseHandle(process);
+    if (job != nullptr) ::CloseHandle(job);
+    *this = {};
+  }
+};
+
+// Puts the suspended process into a job of its own. Windows before 8 refuses that to a program that
+// runs inside a job itself; the child then stands alone.
+HANDLE JobOf(HANDLE process) {
+  const HANDLE job = ::CreateJobObjectA(nullptr, nullptr);
+  if (job == nullptr || ::AssignProcessToJobObject(job, process)) return job;
+  ::CloseHandle(job);
+  return nullptr;
+}
+
+std::string SystemFolder() {
+  char folder[MAX_PATH] = "";
+  return ::GetSystemDirectoryA(folder, MAX_PATH) != 0 ? folder : "";
+}
+
+class RealProcesses final : public Processes {
+ public:
+  std::uint32_t Shell(const std::string& commandLine, int windowStyle) override {
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = static_cast<WORD>(windowStyle);
+    // The call may write into the command line.
+    std::vector<char> line(commandLine.c_str(), commandLine.c_str() + commandLine.size() + 1);
+    const std::string folder = SystemFolder();
+    PROCESS_INFORMATION made;
+    if (!::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+                          folder.empty() ? nullptr : folder.c_str(), &startup, &made)) {
+      const DWORD error = ::GetLastError();
+      const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+      throw MakeFault(missing ? kFileNotFound : kInvalidCall);
+    }
+    child_.Close();
+    child_ = {made.dwProcessId, made.hProcess, JobOf(made.hProcess)};
+    ::ResumeThread(made.hThread);
+    ::CloseHandle(made.hThread);
+    return child_.id;
+  }
+
+  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override {
+    return reinterpret_cast<Handle>(::OpenProcess(access, FALSE, processId));
+  }
+
+  std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override {
+    return ::WaitForSingleObject(reinterpret_cast<HANDLE>(process), milliseconds);
+  }
+
+  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override {
+    DWORD code = 0;
+    if (!::GetExitCodeProcess(reinterpret_cast<HANDLE>(process), &code)) return false;
+    exitCode = code;
+    return true;
+  }
+
+  void EndChild(std::uint32_t processId) override {
+    if (processId != child_.id || child_.process == nullptr) return;
+    if (child_.job == nullptr || !::TerminateJobObject(child_.job, 1)) {
+      ::TerminateProcess(child_.process, 1);
+    }
+  }
+
+  std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
+                              const std::string& parameters, const std::string& folder,
+                              int showCommand) override {
+    return reinterpret_cast<std::intptr_t>(::ShellExecuteA(
+        nullptr, verb.c_str(), file.c_str(), parameters.c_str(), folder.c_str(), showCommand));
+  }
+
+  [[noreturn]] void EndProcess() override { ::ExitProcess(0); }
+
+ private:
+  Child child_;
+};
+
+}  // namespace
+
+Processes* Win32Processes() {
+  static RealProcesses processes;
+  return &processes;
+}

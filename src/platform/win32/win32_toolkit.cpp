@@ -1,0 +1,206 @@
+#include "platform/win32/dpi.h"
+#include "platform/win32/form_window.h"
+#include "platform/win32/input_box.h"
+#include "platform/win32/win32_headers.h"
+#include "platform/win32/win32_platform.h"
+
+namespace {
+
+// The messages of the two kinds of list, which differ in name only.
+struct ListMessages {
+  UINT clear, add, count, text, textLength, selection, select;
+};
+
+const ListMessages& MessagesOf(Control list) {
+  static constexpr ListMessages kCombo{CB_RESETCONTENT, CB_ADDSTRING, CB_GETCOUNT, CB_GETLBTEXT,
+                                       CB_GETLBTEXTLEN, CB_GETCURSEL, CB_SETCURSEL};
+  static constexpr ListMessages kList{LB_RESETCONTENT, LB_ADDSTRING, LB_GETCOUNT, LB_GETTEXT,
+                                      LB_GETTEXTLEN,   LB_GETCURSEL, LB_SETCURSEL};
+  return FormWindow::IsDropDown(list) ? kCombo : kList;
+}
+
+// The handle that boxes are owned by; none before the window is on the screen.
+HWND Owner() {
+  return TheForm.IsOpen() && ::IsWindowVisible(TheForm.Frame()) ? TheForm.Frame() : nullptr;
+}
+
+UINT StyleOf(const Box& box) {
+  UINT style = Owner() == nullptr ? MB_SETFOREGROUND : 0u;
+  switch (box.buttons) {
+    case Buttons::Ok:
+      style |= MB_OK;
+      break;
+    case Buttons::OkCancel:
+      style |= MB_OKCANCEL;
+      break;
+    case Buttons::YesNoCancel:
+      style |= MB_YESNOCANCEL;
+      break;
+  }
+  switch (box.icon) {
+    case Icon::None:
+      return style;
+    case Icon::Stop:
+      return style | MB_ICONHAND;
+    case Icon::Exclamation:
+      return style | MB_ICONEXCLAMATION;
+    case Icon::Information:
+      return style | MB_ICONINFORMATION;
+  }
+  return style;
+}
+
+SIZE ScreenPixels() {
+  MONITORINFO info{};
+  info.cbSize = sizeof info;
+  ::GetMonitorInfoA(::MonitorFromWindow(TheForm.Frame(), MONITOR_DEFAULTTOPRIMARY), &info);
+  return {info.rcMonitor.right - info.rcMonitor.left, info.rcMonitor.bottom - info.rcMonitor.top};
+}
+
+class RealToolkit final : public Toolkit {
+ public:
+  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) override {
+    TheForm.Create(design, handler);
+  }
+
+  void ShowForm() override {
+    const FormWindow::Quiet quiet(TheForm);
+    ::ShowWindow(TheForm.Frame(), SW_SHOWNORMAL);
+    ::SetForegroundWindow(TheForm.Frame());
+    ::UpdateWindow(TheForm.Frame());
+  }
+
+  void UnloadForm() override { TheForm.Destroy(); }
+
+  void RunEventLoop() override {
+    MSG message;
+    while (TheForm.IsOpen() && ::GetMessageA(&message, nullptr, 0, 0) > 0) {
+      TheForm.HandOut(message);
+      TheForm.HandOutLateClose();
+    }
+  }
+
+  void SetCaption(const std::string& caption) override {
+    ::SetWindowTextA(TheForm.Frame(), caption.c_str());
+  }
+
+  float FormHeight() override { return TheForm.OuterTwips(true); }
+  float FormWidth() override { return TheForm.OuterTwips(false); }
+
+  void SetFormHeight(float twips) override {
+    const FormWindow::Quiet quiet(TheForm);
+    TheForm.SetOuterTwips(true, twips);
+  }
+
+  void SetFormWidth(float twips) override {
+    const FormWindow::Quiet quiet(TheForm);
+    TheForm.SetOuterTwips(false, twips);
+  }
+
+  void MoveForm(float left, float top) override {
+    const FormWindow::Quiet quiet(TheForm);
+    ::SetWindowPos(TheForm.Frame(), nullptr, PixelsOf(left, TheForm.Dpi()),
+                   PixelsOf(top, TheForm.Dpi()), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+
+  float ScreenHeight() override { return TwipsOf(ScreenPixels().cy, TheForm.Dpi()); }
+  float ScreenWidth() override { return TwipsOf(ScreenPixels().cx, TheForm.Dpi()); }
+  bool IsMinimised() override { return ::IsIconic(TheForm.Frame()) != FALSE; }
+
+  void SetVisible(Control control, bool visible) override { TheForm.SetVisible(control, visible); }
+  void SetEnabled(Control control, bool enabled) override { TheForm.SetEnabled(control, enabled); }
+
+  bool IsTicked(Control checkBox) override {
+    return Send(checkBox, BM_GETCHECK, 0, 0) == BST_CHECKED;
+  }
+
+  void SetTicked(Control checkBox, bool ticked) override {
+    Send(checkBox, BM_SETCHECK, ticked ? BST_CHECKED : BST_UNCHECKED, 0);
+  }
+
+  void ClearItems(Control list) override { Send(list, MessagesOf(list).clear, 0, 0); }
+
+  void AddItem(Control list, const std::string& text) override {
+    Send(list, MessagesOf(list).add, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  }
+
+  int ItemCount(Control list) override {
+    return static_cast<int>(Send(list, MessagesOf(list).count, 0, 0));
+  }
+
+  std::string ItemText(Control list, int row) override {
+    const ListMessages& messages = MessagesOf(list);
+    const auto index = static_cast<WPARAM>(row);
+    const LRESULT length = Send(list, messages.textLength, index, 0);
+    if (length <= 0) return "";
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    const LRESULT count = Send(list, messages.text, index, reinterpret_cast<LPARAM>(text.data()));
+    text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return text;
+  }
+
+  int ListIndex(Control list) override {
+    return static_cast<int>(Send(list, MessagesOf(list).selection, 0, 0));
+  }
+
+  void SetListIndex(Control list, int row) override {
+    Send(list, MessagesOf(list).select, static_cast<WPARAM>(row), 0);
+  }
+
+  void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) override {
+    Send(control, message, static_cast<WPARAM>(wParam), 0);
+  }
+
+  float TwipsPerPixelX() override { return TwipsOf(1, TheForm.Dpi()); }
+
+  float TextWidth(const std::string& text) override {
+    return TwipsOf(TheForm.TextPixels(text).cx, TheForm.Dpi());
+  }
+
+  Answer MsgBox(const Box& box) override {
+    const FormWindow::Modal modal(TheForm);
+    switch (::MessageBoxA(Owner(), box.text.c_str(), box.title.c_str(), StyleOf(box))) {
+      case IDYES:
+        return Answer::Yes;
+      case IDNO:
+        return Answer::No;
+      case IDCANCEL:
+        return box.buttons == Buttons::Ok ? Answer::Ok : Answer::Cancel;
+      default:
+        return Answer::Ok;
+    }
+  }
+
+  std::string InputBox(const std::string& prompt, const std::string& title,
+                       const std::string& initial) override {
+    const FormWindow::Modal modal(TheForm);
+    return AskForText({prompt, title, initial}, Owner(), TheForm.Font(), TheForm.Dpi());
+  }
+
+  void MousePointer(Pointer pointer) override { TheForm.SetBusy(pointer == Pointer::Hourglass); }
+
+  void DoEvents() override {
+    MSG message;
+    while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+      if (message.message == WM_QUIT) {
+        ::PostQuitMessage(static_cast<int>(message.wParam));
+        break;
+      }
+      TheForm.HandOut(message);
+    }
+    TheForm.HandOutLateClose();
+  }
+
+ private:
+  static LRESULT Send(Control control, UINT message, WPARAM wParam, LPARAM lParam) {
+    const FormWindow::Quiet quiet(TheForm);
+    return ::SendMessageA(TheForm.Of(control), message, wParam, lParam);
+  }
+};
+
+}  // namespace
+
+Toolkit* Win32Toolkit() {
+  static RealToolkit toolkit;
+  return &toolkit;
+}
