@@ -1,0 +1,299 @@
+// The robot user: works another process's window by messages, as a person would, and says what it
+// sees. One command a line on standard input, one line of JSON a command on standard output.
+//   state              the window, its controls and the boxes that are open
+//   pick N             choose row N of the drop-down list
+//   doubleclick N      double-click row N of the list box
+//   click CAPTION      click the button or check box (its caption without the "&")
+//   answer CAPTION     click a button of the topmost box
+//   type TEXT          put TEXT into the topmost box's text field
+//   focus              bring the window to the front
+//   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
+//   idle MS            wait until the window answers at once, five times running
+// Everything that may open a box is posted, not sent, so the robot never hangs with the program.
+#include <windows.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string Utf8(const wchar_t* wide) {
+  std::string text(4096, '\0');
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), 4096, nullptr, nullptr);
+  text.resize(bytes > 0 ? static_cast<std::size_t>(bytes - 1) : 0);
+  return text;
+}
+
+std::wstring Wide(const std::string& text) {
+  std::wstring wide(text.size() + 1, L'\0');
+  const int count =
+      MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), static_cast<int>(wide.size()));
+  wide.resize(count > 0 ? static_cast<std::size_t>(count - 1) : 0);
+  return wide;
+}
+
+std::string Json(const std::string& text) {
+  std::string json = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') json += '\\';
+    if (static_cast<unsigned char>(c) >= ' ') {
+      json += c;
+    } else {
+      char escape[8];
+      snprintf(escape, sizeof escape, "\\u%04x", c);
+      json += escape;
+    }
+  }
+  return json + "\"";
+}
+
+// A message that a hung program cannot hold the robot with.
+LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+  DWORD_PTR result = 0;
+  return SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, 20000, &result) != 0
+             ? static_cast<LRESULT>(result)
+             : -1;
+}
+
+std::string Text(HWND window) {
+  std::vector<wchar_t> text(8192, L'\0');
+  Send(window, WM_GETTEXT, text.size() - 1, reinterpret_cast<LPARAM>(text.data()));
+  return Utf8(text.data());
+}
+
+std::string Class(HWND window) {
+  char name[64] = "";
+  GetClassNameA(window, name, sizeof name);
+  return name;
+}
+
+std::string Plain(std::string caption) {
+  std::erase(caption, '&');
+  return caption;
+}
+
+std::string Rows(HWND list, UINT count, UINT length, UINT get) {
+  std::string json = "[";
+  const LRESULT rows = Send(list, count);
+  for (LRESULT row = 0; row < rows; ++row) {
+    const LRESULT characters = Send(list, length, static_cast<WPARAM>(row));
+    std::vector<wchar_t> text(static_cast<std::size_t>(characters > 0 ? characters : 0) + 2, L'\0');
+    Send(list, get, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
+    json += (row == 0 ? "" : ",") + Json(Utf8(text.data()));
+  }
+  return json + "]";
+}
+
+struct Found {
+  std::vector<HWND> windows;  // top level, front to back
+  HWND main = nullptr;        // the one with the drop-down list
+  std::vector<HWND> boxes;
+};
+
+std::vector<HWND> Children(HWND window) {
+  std::vector<HWND> children;
+  EnumChildWindows(
+      window,
+      [](HWND child, LPARAM list) -> BOOL {
+        reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&children));
+  return children;
+}
+
+// Of the topmost windows on the desktop: the program's window and its boxes, an input box included.
+Found Look() {
+  Found found;
+  EnumWindows(
+      [](HWND window, LPARAM list) -> BOOL {
+        if (IsWindowVisible(window)) {
+          reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+        }
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&found.windows));
+  for (HWND window : found.windows) {
+    bool hasCombo = false;
+    bool hasButton = false;
+    for (HWND child : Children(window)) {
+      hasCombo = hasCombo || Class(child) == "ComboBox";
+      hasButton = hasButton || Class(child) == "Button";
+    }
+    if (hasCombo && Class(window) != "#32770") {
+      found.main = window;
+    } else if (Class(window) == "#32770" || hasButton) {
+      found.boxes.push_back(window);
+    }
+  }
+  return found;
+}
+
+std::string Control(HWND child) {
+  const std::string kind = Class(child);
+  const LONG style = GetWindowLongA(child, GWL_STYLE);
+  std::string json = "{\"class\":" + Json(kind) + ",\"text\":" + Json(Plain(Text(child)));
+  json += ",\"enabled\":" + std::string(IsWindowEnabled(child) ? "true" : "false");
+  json += ",\"visible\":" + std::string((style & WS_VISIBLE) != 0 ? "true" : "false");
+  if (kind == "Button") {
+    json += ",\"ticked\":" + std::string(Send(child, BM_GETCHECK) == 1 ? "true" : "false");
+    json += ",\"default\":" +
+            std::string((Send(child, WM_GETDLGCODE) & DLGC_DEFPUSHBUTTON) != 0 ? "true" : "false");
+  }
+  if (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON) {
+    json += ",\"icon\":true";
+  }
+  return json + "}";
+}
+
+std::string Window(HWND window) {
+  std::string json = "{\"title\":" + Json(Text(window)) + ",\"controls\":[";
+  for (HWND child : Children(window)) {
+    if (json.back() == '}') json += ",";
+    json += Control(child);
+  }
+  return json + "]}";
+}
+
+HWND Child(HWND window, const std::string& kind, const std::string& caption = "") {
+  for (HWND child : Children(window)) {
+    if (Class(child) == kind && (caption.empty() || Plain(Text(child)) == caption)) return child;
+  }
+  return nullptr;
+}
+
+std::string FocusText(HWND window) {
+  GUITHREADINFO info = {};
+  info.cbSize = sizeof info;
+  const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+  if (!GetGUIThreadInfo(thread, &info) || info.hwndFocus == nullptr) return "";
+  const std::string kind = Class(info.hwndFocus);
+  return kind == "Button" ? Plain(Text(info.hwndFocus)) : kind;
+}
+
+std::string State() {
+  const Found found = Look();
+  std::string json = "{\"main\":";
+  if (found.main == nullptr) {
+    json += "null";
+  } else {
+    HWND combo = Child(found.main, "ComboBox");
+    HWND list = Child(found.main, "ListBox");
+    json += Window(found.main);
+    json += ",\"drives\":" + Rows(combo, CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT);
+    json += ",\"drive\":" + std::to_string(static_cast<int>(Send(combo, CB_GETCURSEL)));
+    json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT);
+    json += ",\"image\":" + std::to_string(static_cast<int>(Send(list, LB_GETCURSEL)));
+    json += ",\"focus\":" + Json(FocusText(found.main));
+    json += ",\"blocked\":" + std::string(IsWindowEnabled(found.main) ? "false" : "true");
+  }
+  json += ",\"boxes\":[";
+  for (HWND box : found.boxes) {
+    if (json.back() == '}') json += ",";
+    json += Window(box);
+  }
+  return json + "]}";
+}
+
+bool Pick(HWND main, WPARAM row) {
+  HWND combo = Child(main, "ComboBox");
+  Send(combo, CB_SETCURSEL, row);
+  const auto id = static_cast<WORD>(GetDlgCtrlID(combo));
+  return PostMessageW(main, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE),
+                      reinterpret_cast<LPARAM>(combo)) != 0;
+}
+
+bool DoubleClick(HWND main, WPARAM row) {
+  HWND list = Child(main, "ListBox");
+  RECT place = {};
+  if (Send(list, LB_GETITEMRECT, row, reinterpret_cast<LPARAM>(&place)) < 0) return false;
+  const LPARAM at = MAKELPARAM(place.left + 8, (place.top + place.bottom) / 2);
+  for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+    PostMessageW(list, message, message == WM_LBUTTONUP ? 0 : MK_LBUTTON, at);
+  }
+  return true;
+}
+
+bool Click(HWND window, const std::string& caption) {
+  HWND button = window == nullptr ? nullptr : Child(window, "Button", caption);
+  return button != nullptr && IsWindowEnabled(button) && PostMessageW(button, BM_CLICK, 0, 0) != 0;
+}
+
+bool Type(const Found& found, const std::string& text) {
+  HWND field = found.boxes.empty() ? nullptr : Child(found.boxes.front(), "Edit");
+  if (field == nullptr) return false;
+  Send(field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+  return true;
+}
+
+void Press(BYTE key, bool down) {
+  keybd_event(key, 0, down ? 0 : KEYEVENTF_KEYUP, 0);
+}
+
+bool Keys(std::istringstream& words) {
+  for (std::string word; words >> word;) {
+    const std::size_t plus = word.find('+');
+    const auto first = static_cast<BYTE>(atoi(word.c_str()));
+    Press(first, true);
+    if (plus != std::string::npos) {
+      const auto second = static_cast<BYTE>(atoi(word.c_str() + plus + 1));
+      Press(second, true);
+      Press(second, false);
+    }
+    Press(first, false);
+    Sleep(60);
+  }
+  return true;
+}
+
+bool Idle(HWND main, DWORD limit) {
+  const DWORD start = GetTickCount();
+  for (int prompt = 0; prompt < 5;) {
+    if (GetTickCount() - start > limit) return false;
+    DWORD_PTR result;
+    const DWORD asked = GetTickCount();
+    const bool answered = SendMessageTimeoutW(main, WM_NULL, 0, 0, SMTO_NORMAL, 1000, &result) != 0;
+    prompt = answered && GetTickCount() - asked < 30 ? prompt + 1 : 0;
+    Sleep(60);
+  }
+  return true;
+}
+
+bool Focus(HWND window) {
+  return window != nullptr && SetForegroundWindow(window) != 0;
+}
+
+bool Do(const std::string& verb, std::istringstream& words) {
+  const Found found = Look();
+  if (verb == "keys") return Keys(words);
+  if (verb == "focus") return Focus(found.boxes.empty() ? found.main : found.boxes.front());
+  std::string rest;
+  std::getline(words >> std::ws, rest);
+  if (verb == "type") return Type(found, rest);
+  if (verb == "answer") return !found.boxes.empty() && Click(found.boxes.front(), rest);
+  if (found.main == nullptr) return false;
+  const auto number = static_cast<unsigned>(atoi(rest.c_str()));
+  if (verb == "pick") return Pick(found.main, number);
+  if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "click") return Click(found.main, rest);
+  return verb == "idle" && Idle(found.main, number);
+}
+
+}  // namespace
+
+int main() {
+  for (std::string line; std::getline(std::cin, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::istringstream words(line);
+    std::string verb;
+    words >> verb;
+    const std::string answer = verb == "state" ? State() : Do(verb, words) ? "true" : "false";
+    fputs((answer + "\n").c_str(), stdout);
+    fflush(stdout);
+  }
+  return 0;
+}

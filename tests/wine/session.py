@@ -1,0 +1,192 @@
+"""A run of the shipped executable in a real window: prefix, display, virtual stick, robot user."""
+
+import json
+import os
+import shutil
+import subprocess
+import time
+
+import stick
+from virtual_usb import VirtualUsb
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.realpath(os.path.join(HERE, "..", ".."))
+RIG = os.path.join(ROOT, "build", "rig")
+BIN = os.path.join(RIG, "bin")
+STICK = os.path.join(RIG, "stick.img")
+WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
+             if os.path.exists(path)), "wine64")
+SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
+
+
+def prepare(force_stick=False):
+    """Builds the rig's Windows side, the pristine prefix and the demo stick, where not there yet."""
+    os.makedirs(RIG, exist_ok=True)
+    stick.run(os.path.join(HERE, "build.sh"), BIN)
+    pristine = os.path.join(RIG, "prefix")
+    if not os.path.exists(os.path.join(pristine, "system.reg")):
+        shutil.rmtree(pristine, ignore_errors=True)
+        environment = wine_environment(pristine)
+        subprocess.run([WINE, "wineboot", "-i"], env=environment, check=True, capture_output=True)
+        subprocess.run([SERVER, "-w"], env=environment, check=True)
+    parts = [os.path.join(HERE, name) for name in ("make_stick.py", "stick.py")]
+    parts += [os.path.join(ROOT, "tests", "boot", name)
+              for name in ("mbr.asm", "volume.asm", "say.inc", "efi_hello.c")]
+    stale = not os.path.exists(STICK) or any(
+        os.path.getmtime(part) > os.path.getmtime(STICK) for part in parts)
+    if stale or force_stick:
+        stick.run(os.path.join(HERE, "make_stick.py"), STICK)
+
+
+def wine_environment(prefix, **more):
+    return dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all", LC_ALL="C.UTF-8",
+                WINEDLLOVERRIDES="mscoree,mshtml=", **more)
+
+
+class Robot:
+    """The robot user. Waits look until the thing is there, and fail with what there was instead."""
+
+    def __init__(self, environment):
+        self.process = subprocess.Popen(
+            [WINE, os.path.join(BIN, "robot.exe")], env=environment, text=True, encoding="utf-8",
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+
+    def ask(self, command):
+        self.process.stdin.write(command + "\n")
+        self.process.stdin.flush()
+        return json.loads(self.process.stdout.readline())
+
+    def do(self, command):
+        if self.ask(command) is not True:
+            raise AssertionError(f"the robot could not {command!r}; it saw {self.seen()}")
+
+    def state(self):
+        return self.ask("state")
+
+    def seen(self):
+        state = self.state()
+        boxes = [box["title"] + ": " + box_text(box) for box in state["boxes"]]
+        return {"boxes": boxes, "drives": state.get("drives"), "images": state.get("images")}
+
+    def wait(self, what, condition, seconds=25):
+        """The first state that meets the condition."""
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            state = self.state()
+            if condition(state):
+                return state
+            time.sleep(0.1)
+        raise AssertionError(f"waited for {what}; the robot saw {self.seen()}")
+
+    def wait_ready(self, seconds=25):
+        """The window stands, no box is open and the program is at rest."""
+        self.wait("the window", lambda state: state["main"] and not state["boxes"], seconds)
+        self.do(f"idle {seconds * 1000}")
+        return self.wait("no box", lambda state: not state["boxes"])
+
+    def expect_box(self, title, seconds=25):
+        state = self.wait(f"the box {title!r}", lambda now: now["boxes"], seconds)
+        box = state["boxes"][0]
+        if box["title"] != title:
+            raise AssertionError(f"expected the box {title!r}, got {self.seen()}")
+        return box
+
+    def answer(self, caption):
+        before = self.state()["boxes"][0]
+        self.do(f"answer {caption}")
+        self.wait(f"{before['title']!r} to close", lambda now: before not in now["boxes"])
+
+    def box(self, title, answer, seconds=25):
+        """Reads a box and answers it."""
+        box = self.expect_box(title, seconds)
+        self.answer(answer)
+        return box
+
+    def doubleclick(self, text):
+        images = self.state()["images"]
+        rows = [row for row, image in enumerate(images) if text in image]
+        if len(rows) != 1:
+            raise AssertionError(f"no single row with {text!r} in {images}")
+        self.do(f"doubleclick {rows[0]}")
+
+
+def box_text(box):
+    """The words of a box."""
+    return "\n".join(part["text"] for part in box["controls"]
+                     if part["class"] == "Static" and "icon" not in part)
+
+
+def control(state, text):
+    """A control of the window by its caption."""
+    return next(part for part in state["main"]["controls"] if part["text"] == text)
+
+
+class Session:
+    """with Session(folder, stick image) as session: the program runs and the robot looks at it.
+    Everything that was started ends with the block, whatever happened in it."""
+
+    def __init__(self, folder, image, program=None):
+        self.folder, self.image = folder, image
+        self.program = program or os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe")
+        self.children = []
+        self.usb = None
+
+    def __enter__(self):
+        try:
+            self.start()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def start(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        os.makedirs(self.folder)
+        prefix = os.path.join(self.folder, "prefix")
+        stick.run("cp", "-al", os.path.join(RIG, "prefix"), prefix)
+        place = os.path.join(prefix, "drive_c", "rotate")
+        os.makedirs(place)
+        shutil.copy(self.program, os.path.join(place, "Rotate_TSD.exe"))
+        shutil.copy(os.path.join(BIN, "getFileExtents.exe"), place)
+        os.remove(os.path.join(prefix, "dosdevices", "z:"))
+        os.symlink("/", os.path.join(prefix, "dosdevices", "z:"))
+        self.usb = VirtualUsb(self.image, os.path.join(prefix, "dosdevices"),
+                              os.path.join(self.folder, "volumes"),
+                              os.path.join(self.folder, "journal.txt"))
+        self.environment = wine_environment(prefix, DISPLAY=self.display(),
+                                            ROTATE_RIG_PORT=str(self.usb.port))
+        self.robot = Robot(self.environment)
+        self.children.append(self.robot.process)
+        self.launched = subprocess.Popen(
+            [WINE, os.path.join(BIN, "launcher.exe"), windows_path(os.path.join(BIN, "virtual_usb.dll")),
+             "C:\\rotate\\Rotate_TSD.exe"], env=self.environment, cwd=place,
+            stdin=subprocess.DEVNULL)
+        self.children.append(self.launched)
+
+    def display(self):
+        ready, told = os.pipe()
+        server = subprocess.Popen(["Xvfb", "-displayfd", str(told), "-screen", "0", "1024x768x24",
+                                   "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
+        self.children.append(server)
+        os.close(told)
+        with os.fdopen(ready) as pipe:
+            return ":" + pipe.readline().strip()
+
+    def picture(self, path):
+        subprocess.run(["import", "-window", "root", path], env=self.environment, check=True,
+                       capture_output=True)
+
+    def __exit__(self, *failure):
+        if getattr(self, "environment", None):
+            subprocess.run([SERVER, "-k"], env=self.environment, capture_output=True)
+            subprocess.run([SERVER, "-w"], env=self.environment, capture_output=True)
+        for child in reversed(self.children):
+            child.terminate()
+            child.wait()
+        if self.usb:
+            self.usb.close()
+        shutil.rmtree(os.path.join(self.folder, "prefix"), ignore_errors=True)
+
+
+def windows_path(path):
+    return "Z:" + path.replace("/", "\\")

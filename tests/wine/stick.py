@@ -1,0 +1,141 @@
+"""Disk images on the native side: tables, loop devices, mounts, places of files."""
+
+import atexit
+import fcntl
+import os
+import struct
+import subprocess
+
+SECTOR = 512
+FIBMAP, FIGETBSZ = 1, 2
+NTFS_TYPES = (0x07,)
+FAT_TYPES = (0x01, 0x04, 0x06, 0x0B, 0x0C, 0x0E)
+
+_loops = []
+_mounts = []
+
+
+def run(*command, **options):
+    """Runs a command, gives its output; a failure raises with what the command said."""
+    environment = dict(os.environ, LC_ALL="C.UTF-8", MTOOLS_SKIP_CHECK="1")
+    done = subprocess.run(command, capture_output=True, text=True, env=environment, **options)
+    if done.returncode != 0:
+        raise RuntimeError(f"{' '.join(map(str, command))}: {done.stderr.strip()}{done.stdout.strip()}")
+    return done.stdout
+
+
+def attach(image, start=0, sectors=None):
+    """A loop device over part of an image."""
+    size = [] if sectors is None else ["--sizelimit", str(sectors * SECTOR)]
+    device = run("losetup", "--find", "--show", "--offset", str(start * SECTOR), *size, image).strip()
+    _loops.append(device)
+    return device
+
+
+def detach(device):
+    if device in _loops:
+        _loops.remove(device)
+        run("losetup", "--detach", device)
+
+
+def mount_ntfs(device, folder):
+    os.makedirs(folder, exist_ok=True)
+    run("ntfs-3g", device, folder)
+    _mounts.append(folder)
+
+
+def unmount(folder):
+    """Unmounts for good, also where a file is still open: a dismount ends every handle."""
+    if folder in _mounts:
+        _mounts.remove(folder)
+        try:
+            run("umount", folder)
+        except RuntimeError:
+            run("umount", "--lazy", folder)
+
+
+@atexit.register
+def release_all():
+    """Nothing of ours stays attached, whatever happened."""
+    for folder in list(_mounts):
+        unmount(folder)
+    for device in list(_loops):
+        detach(device)
+
+
+class Ntfs:
+    """with Ntfs(image, start, sectors, folder): the volume's files lie in folder."""
+
+    def __init__(self, image, folder, start=0, sectors=None):
+        self.image, self.folder, self.start, self.sectors = image, folder, start, sectors
+
+    def __enter__(self):
+        self.device = attach(self.image, self.start, self.sectors)
+        mount_ntfs(self.device, self.folder)
+        return self.folder
+
+    def __exit__(self, *failure):
+        unmount(self.folder)
+        detach(self.device)
+
+
+def file_runs(path, volume_start):
+    """The file's pieces as (byte offset, LBA of the disk, sectors), asked of the file system."""
+    runs = []
+    with open(path, "rb") as file:
+        os.fsync(file.fileno())
+        block = struct.unpack("i", fcntl.ioctl(file, FIGETBSZ, struct.pack("i", 0)))[0]
+        for index in range((os.path.getsize(path) + block - 1) // block):
+            place = struct.unpack("i", fcntl.ioctl(file, FIBMAP, struct.pack("i", index)))[0]
+            if place == 0:
+                return []
+            lba = volume_start + place * block // SECTOR
+            if runs and runs[-1][1] + runs[-1][2] == lba:
+                runs[-1][2] += block // SECTOR
+            else:
+                runs.append([index * block, lba, block // SECTOR])
+    return [tuple(piece) for piece in runs]
+
+
+def read(image, lba, count=1):
+    with open(image, "rb") as file:
+        file.seek(lba * SECTOR)
+        return file.read(count * SECTOR)
+
+
+def write(image, lba, data):
+    with open(image, "r+b") as file:
+        file.seek(lba * SECTOR)
+        file.write(data)
+
+
+def entry(kind, start, sectors, active=False):
+    """A table entry; the cylinder fields say "see the sector numbers", as the program writes them."""
+    return struct.pack("<B3sB3sII", 0x80 if active else 0, b"\xfe\xff\xff", kind, b"\xfe\xff\xff",
+                       start, sectors)
+
+
+def table(sector):
+    """The four entries of an MBR as (type, start, sectors, active)."""
+    entries = []
+    for at in range(446, 510, 16):
+        flag, _, kind, _, start, sectors = struct.unpack("<B3sB3sII", sector[at:at + 16])
+        entries.append((kind, start, sectors, flag == 0x80))
+    return entries
+
+
+def sfdisk(image):
+    """The table as sfdisk reads it: {entry number: (type, start, sectors, active)}."""
+    found = {}
+    for line in run("sfdisk", "--dump", image).splitlines():
+        name, colon, fields = line.partition(" : ")
+        if colon:
+            facts = dict(part.strip().partition("=")[::2] for part in fields.split(","))
+            number = int(name[len(image):])
+            found[number] = (int(facts["type"], 16), int(facts["start"]), int(facts["size"]),
+                             "bootable" in facts)
+    return found
+
+
+def copy(source, target):
+    run("cp", "--sparse=always", source, target)

@@ -1,0 +1,315 @@
+// The virtual stick inside the program's process. The launcher loads this library before the
+// program's first statement. It tells the supervisor (virtual_usb.py) of each operation on a disk
+// or a volume before it happens, and does what the answer says:
+//   "pass"         let Wine do it
+//   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
+//   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
+// Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to the image file.
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "supervisor_line.h"
+
+namespace {
+
+struct Device {
+  unsigned id;
+  unsigned long long position;
+};
+
+std::map<HANDLE, Device> devices;
+CRITICAL_SECTION lock;
+SOCKET line = INVALID_SOCKET;
+unsigned lastId = 0;
+
+// One question, one answer. Without a supervisor the process ends: never a write that nobody saw.
+std::string Ask(const std::string& question) {
+  EnterCriticalSection(&lock);
+  if (line == INVALID_SOCKET) line = ConnectToSupervisor();
+  const std::string answer = AskSupervisor(line, question);
+  if (answer.empty()) ExitProcess(98);
+  LeaveCriticalSection(&lock);
+  return answer;
+}
+
+std::string Number(unsigned long long value) {
+  char text[24];
+  snprintf(text, sizeof text, " %llu", value);
+  return text;
+}
+
+Device* Find(HANDLE handle) {
+  const auto found = devices.find(handle);
+  return found == devices.end() ? nullptr : &found->second;
+}
+
+// Acts on an answer. False: pass. True: status and output hold the result.
+bool Settled(const std::string& answer, NTSTATUS& status, IO_STATUS_BLOCK* io, void* out,
+             ULONG outSize) {
+  if (answer == "pass") return false;
+  ULONG filled = 0;
+  if (answer.rfind("fail ", 0) == 0) {
+    status = static_cast<NTSTATUS>(strtoul(answer.c_str() + 5, nullptr, 16));
+  } else {
+    status = 0;
+    for (std::size_t at = 5; at + 1 < answer.size() && filled < outSize; at += 2) {
+      static_cast<unsigned char*>(out)[filled++] =
+          static_cast<unsigned char>(strtoul(answer.substr(at, 2).c_str(), nullptr, 16));
+    }
+  }
+  if (io != nullptr) {
+    io->Status = status;
+    io->Information = filled;
+  }
+  return true;
+}
+
+std::string Utf8(const UNICODE_STRING& name) {
+  char text[2048];
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, name.Buffer, name.Length / 2, text, sizeof text,
+                                        nullptr, nullptr);
+  return std::string(text, static_cast<std::size_t>(bytes));
+}
+
+// The originals, each a copy of Wine's system call stub.
+using CreateCall = NTSTATUS(WINAPI*)(HANDLE*, ACCESS_MASK, OBJECT_ATTRIBUTES*, IO_STATUS_BLOCK*,
+                                     LARGE_INTEGER*, ULONG, ULONG, ULONG, ULONG, void*, ULONG);
+using OpenCall = NTSTATUS(WINAPI*)(HANDLE*, ACCESS_MASK, OBJECT_ATTRIBUTES*, IO_STATUS_BLOCK*,
+                                   ULONG, ULONG);
+using TransferCall = NTSTATUS(WINAPI*)(HANDLE, HANDLE, void*, void*, IO_STATUS_BLOCK*, void*, ULONG,
+                                       LARGE_INTEGER*, ULONG*);
+using ControlCall = NTSTATUS(WINAPI*)(HANDLE, HANDLE, void*, void*, IO_STATUS_BLOCK*, ULONG, void*,
+                                      ULONG, void*, ULONG);
+using InformationCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*, void*, ULONG, int);
+using FlushCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*);
+using CloseCall = NTSTATUS(WINAPI*)(HANDLE);
+
+CreateCall create;
+OpenCall open;
+TransferCall read, write;
+ControlCall deviceControl, fileSystemControl;
+InformationCall setInformation, queryVolume;
+FlushCall flush;
+CloseCall closeHandle;
+
+// Every open by name goes through here: "open ID NAME" for a device, with "unopened ID" behind it
+// where that failed; "touch PATH" for files.
+template <class Call>
+NTSTATUS Open(HANDLE* handle, const OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLOCK* io,
+              const Call& call) {
+  std::string name;
+  if (attributes != nullptr && attributes->ObjectName != nullptr) {
+    name = Utf8(*attributes->ObjectName);
+  }
+  if (name.rfind("\\??\\", 0) != 0) return call();
+  name.erase(0, 4);
+  const bool disk = _strnicmp(name.c_str(), "PhysicalDrive", 13) == 0;
+  const bool letter = name.size() >= 2 && name[1] == ':';
+  if (!disk && !letter) return call();
+  const bool device = disk || name.size() == 2;
+  const unsigned id = ++lastId;
+  NTSTATUS status;
+  if (Settled(Ask((device ? "open" + Number(id) + " " : std::string("touch ")) + name), status, io,
+              nullptr, 0)) {
+    return status;
+  }
+  status = call();
+  if (status >= 0 && device) {
+    EnterCriticalSection(&lock);
+    devices[*handle] = {id, 0};
+    LeaveCriticalSection(&lock);
+  } else if (device) {
+    Ask("unopened" + Number(id));
+  }
+  return status;
+}
+
+NTSTATUS WINAPI Create(HANDLE* handle, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes,
+                       IO_STATUS_BLOCK* io, LARGE_INTEGER* size, ULONG kind, ULONG share,
+                       ULONG disposition, ULONG options, void* ea, ULONG eaSize) {
+  return Open(handle, attributes, io, [&] {
+    return create(handle, access, attributes, io, size, kind, share, disposition, options, ea,
+                  eaSize);
+  });
+}
+
+NTSTATUS WINAPI OpenExisting(HANDLE* handle, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes,
+                             IO_STATUS_BLOCK* io, ULONG share, ULONG options) {
+  return Open(handle, attributes, io,
+              [&] { return open(handle, access, attributes, io, share, options); });
+}
+
+NTSTATUS Transfer(const char* what, TransferCall call, HANDLE handle, HANDLE event, void* apc,
+                  void* context, IO_STATUS_BLOCK* io, void* data, ULONG bytes,
+                  LARGE_INTEGER* offset, ULONG* key) {
+  Device* device = Find(handle);
+  if (device == nullptr) {
+    return call(handle, event, apc, context, io, data, bytes, offset, key);
+  }
+  if (offset != nullptr && offset->QuadPart >= 0) {
+    device->position = static_cast<unsigned long long>(offset->QuadPart);
+  }
+  NTSTATUS status;
+  if (Settled(Ask(what + Number(device->id) + Number(device->position) + Number(bytes)), status, io,
+              nullptr, 0)) {
+    return status;
+  }
+  status = call(handle, event, apc, context, io, data, bytes, offset, key);
+  if (status >= 0) device->position += io->Information;
+  return status;
+}
+
+NTSTATUS WINAPI Read(HANDLE handle, HANDLE event, void* apc, void* context, IO_STATUS_BLOCK* io,
+                     void* data, ULONG bytes, LARGE_INTEGER* offset, ULONG* key) {
+  return Transfer("read", read, handle, event, apc, context, io, data, bytes, offset, key);
+}
+
+NTSTATUS WINAPI Write(HANDLE handle, HANDLE event, void* apc, void* context, IO_STATUS_BLOCK* io,
+                      void* data, ULONG bytes, LARGE_INTEGER* offset, ULONG* key) {
+  return Transfer("write", write, handle, event, apc, context, io, data, bytes, offset, key);
+}
+
+NTSTATUS Control(ControlCall call, HANDLE handle, HANDLE event, void* apc, void* context,
+                 IO_STATUS_BLOCK* io, ULONG code, void* in, ULONG inSize, void* out,
+                 ULONG outSize) {
+  const Device* device = Find(handle);
+  if (device != nullptr) {
+    char text[16];
+    snprintf(text, sizeof text, " %lX ", code);
+    std::string question = "control" + Number(device->id) + text;
+    for (ULONG at = 0; at < inSize && at < 64; ++at) {
+      snprintf(text, sizeof text, "%02X", static_cast<unsigned char*>(in)[at]);
+      question += text;
+    }
+    NTSTATUS status;
+    if (Settled(Ask(question), status, io, out, outSize)) return status;
+  }
+  return call(handle, event, apc, context, io, code, in, inSize, out, outSize);
+}
+
+NTSTATUS WINAPI DeviceControl(HANDLE handle, HANDLE event, void* apc, void* context,
+                              IO_STATUS_BLOCK* io, ULONG code, void* in, ULONG inSize, void* out,
+                              ULONG outSize) {
+  return Control(deviceControl, handle, event, apc, context, io, code, in, inSize, out, outSize);
+}
+
+NTSTATUS WINAPI FileSystemControl(HANDLE handle, HANDLE event, void* apc, void* context,
+                                  IO_STATUS_BLOCK* io, ULONG code, void* in, ULONG inSize,
+                                  void* out, ULONG outSize) {
+  return Control(fileSystemControl, handle, event, apc, context, io, code, in, inSize, out,
+                 outSize);
+}
+
+NTSTATUS WINAPI SetInformation(HANDLE handle, IO_STATUS_BLOCK* io, void* data, ULONG size,
+                               int kind) {
+  constexpr int kFilePosition = 14;
+  Device* device = Find(handle);
+  if (device != nullptr && kind == kFilePosition) {
+    memcpy(&device->position, data, sizeof device->position);
+    NTSTATUS status;
+    if (Settled(Ask("seek" + Number(device->id) + Number(device->position)), status, io, nullptr,
+                0)) {
+      return status;
+    }
+  }
+  return setInformation(handle, io, data, size, kind);
+}
+
+NTSTATUS WINAPI QueryVolume(HANDLE handle, IO_STATUS_BLOCK* io, void* data, ULONG size, int kind) {
+  const Device* device = Find(handle);
+  NTSTATUS status;
+  if (device != nullptr &&
+      Settled(Ask("volume" + Number(device->id) + Number(static_cast<unsigned>(kind))), status, io,
+              data, size)) {
+    return status;
+  }
+  return queryVolume(handle, io, data, size, kind);
+}
+
+NTSTATUS WINAPI Flush(HANDLE handle, IO_STATUS_BLOCK* io) {
+  const Device* device = Find(handle);
+  NTSTATUS status;
+  if (device != nullptr && Settled(Ask("flush" + Number(device->id)), status, io, nullptr, 0)) {
+    return status;
+  }
+  return flush(handle, io);
+}
+
+NTSTATUS WINAPI Close(HANDLE handle) {
+  Device* device = Find(handle);
+  if (device != nullptr) {
+    const Device closing = *device;
+    EnterCriticalSection(&lock);
+    devices.erase(handle);
+    LeaveCriticalSection(&lock);
+    Ask("close" + Number(closing.id));
+  }
+  return closeHandle(handle);
+}
+
+constexpr std::size_t kJump = 12;
+
+void PutJump(unsigned char* place, const void* target) {
+  const unsigned char jump[kJump] = {0x48, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xE0};
+  DWORD before;
+  VirtualProtect(place, kJump, PAGE_EXECUTE_READWRITE, &before);
+  memcpy(place, jump, kJump);  // mov rax, target; jmp rax
+  memcpy(place + 2, &target, sizeof target);
+  VirtualProtect(place, kJump, before, &before);
+}
+
+// Copies the stub of a system call to memory of ours and puts a jump to hook in its place.
+template <class Call>
+void Patch(const char* name, Call& original, Call hook) {
+  constexpr std::size_t kStub = 32;
+  auto* stub = reinterpret_cast<unsigned char*>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), name)));
+  const unsigned char begin[] = {0x4C, 0x8B, 0xD1, 0xB8};  // mov r10, rcx; mov eax, number
+  if (stub == nullptr || memcmp(stub, begin, sizeof begin) != 0) ExitProcess(96);
+  void* copy = VirtualAlloc(nullptr, kStub, MEM_COMMIT | MEM_RESERVE, PAGE_EXECUTE_READWRITE);
+  memcpy(copy, stub, kStub);
+  memcpy(&original, &copy, sizeof original);
+  PutJump(stub, reinterpret_cast<void*>(hook));
+}
+
+// Message boxes of every kind end in this call. Its icon cannot be read from another process, so it
+// is told here; the call has no stub to copy, so its own bytes come back for as long as it runs.
+unsigned char* messageBox;
+unsigned char messageBoxBytes[kJump];
+
+int WINAPI MessageBoxTold(const MSGBOXPARAMSW* box) {
+  DWORD before;
+  VirtualProtect(messageBox, kJump, PAGE_EXECUTE_READWRITE, &before);
+  memcpy(messageBox, messageBoxBytes, kJump);
+  const std::wstring title = HIWORD(box->lpszCaption) == 0 ? L"" : box->lpszCaption;
+  UNICODE_STRING name = {static_cast<USHORT>(title.size() * 2), 0,
+                         const_cast<wchar_t*>(title.c_str())};
+  Ask("box" + Number(box->dwStyle) + " " + Utf8(name));
+  const int answer = MessageBoxIndirectW(box);
+  PutJump(messageBox, reinterpret_cast<void*>(MessageBoxTold));
+  return answer;
+}
+
+}  // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+  if (reason != DLL_PROCESS_ATTACH) return TRUE;
+  InitializeCriticalSection(&lock);
+  Patch("NtCreateFile", create, Create);
+  Patch("NtOpenFile", open, OpenExisting);
+  Patch("NtReadFile", read, Read);
+  Patch("NtWriteFile", write, Write);
+  Patch("NtDeviceIoControlFile", deviceControl, DeviceControl);
+  Patch("NtFsControlFile", fileSystemControl, FileSystemControl);
+  Patch("NtSetInformationFile", setInformation, SetInformation);
+  Patch("NtQueryVolumeInformationFile", queryVolume, QueryVolume);
+  Patch("NtFlushBuffersFile", flush, Flush);
+  Patch("NtClose", closeHandle, Close);
+  messageBox = reinterpret_cast<unsigned char*>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleA("user32.dll"), "MessageBoxIndirectW")));
+  memcpy(messageBoxBytes, messageBox, kJump);
+  PutJump(messageBox, reinterpret_cast<void*>(MessageBoxTold));
+  return TRUE;
+}

@@ -1,0 +1,336 @@
+"""The virtual USB stick as the system sees it: which letters its table gives, what is mounted,
+locked, dismounted; what each control code answers; a journal of every operation in its order.
+
+It answers the library in the program's process (virtual_usb.cpp) and the stand-in for the extents
+tool. A volume is mounted by the first access to its files, unmounted by a dismount, and mounted
+afresh by the next access, so that raw writes and the file system's cache never go apart. The letters
+follow the table only when it is read anew. As on Windows, a raw write inside a volume is refused
+while that volume is mounted and not locked.
+"""
+
+import os
+import shutil
+import socketserver
+import struct
+import threading
+
+import stick
+
+DISK = "PhysicalDrive1"
+LETTERS = "EFGHIJ"
+OK, NOT_FOUND, NO_PATH, DENIED = "done ", "fail C0000034", "fail C000003A", "fail C0000022"
+INVALID, WRONG_REVISION, NOT_RECOGNISED = "fail C0000010", "fail C0000059", "fail C000014F"
+CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "renew",
+         "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number"}
+ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"}
+
+
+class Volume:
+    """One volume that has a letter."""
+
+    def __init__(self, image, letter, number, entry, links, folder):
+        self.image, self.letter, self.number = image, letter, number
+        self.kind, self.start, self.sectors, _ = entry
+        self.links, self.folder = links, folder
+        self.mounted = False
+        self.locked_by = None
+        self.device = stick.attach(image, self.start, self.sectors)
+        os.makedirs(folder, exist_ok=True)
+        os.symlink(folder, self.link(":"))
+        os.symlink(self.device, self.link("::"))
+
+    def link(self, colons):
+        return os.path.join(self.links, self.letter.lower() + colons)
+
+    def mount(self):
+        if self.mounted:
+            return True
+        try:
+            if self.kind in stick.NTFS_TYPES:
+                stick.mount_ntfs(self.device, self.folder)
+            else:  # no FAT in every kernel: a copy of its files, to be read only
+                stick.run("mcopy", "-s", "-n", "-i", self.device, "::", self.folder)
+        except RuntimeError as failure:
+            if self.kind in stick.NTFS_TYPES or "no match" not in str(failure).lower():
+                return False
+        self.mounted = True
+        return True
+
+    def dismount(self):
+        if self.mounted and self.kind in stick.NTFS_TYPES:
+            stick.unmount(self.folder)
+        elif self.mounted:
+            shutil.rmtree(self.folder)
+            os.makedirs(self.folder)
+        self.mounted = False
+
+    def remove(self):
+        self.dismount()
+        os.remove(self.link(":"))
+        os.remove(self.link("::"))
+        stick.detach(self.device)
+
+    def facts(self):
+        """Label, serial number and file system's name, read from the volume itself."""
+        label = stick.run("blkid", "-p", "-o", "value", "-s", "LABEL", self.device).strip()
+        record = stick.read(self.image, self.start)
+        ntfs = record[3:7] == b"NTFS"
+        at = 72 if ntfs else 67 if record[82:87] == b"FAT32" else 39
+        return label, record[at:at + 4], "NTFS" if ntfs else "FAT"
+
+
+class VirtualUsb:
+    """Serves until close(). A story may set fault to a function of a journal line: what it returns,
+    such as "fail C0000185", is answered instead."""
+
+    def __init__(self, image, links, mounts, journal_path):
+        self.image, self.links, self.mounts = image, links, mounts
+        self.sectors = os.path.getsize(image) // stick.SECTOR
+        self.journal, self.journal_file = [], open(journal_path, "w", encoding="utf-8")
+        self.fault = lambda line: None
+        self.names = {}     # open handles of the program: number to device
+        self.volumes = {}   # letter to Volume
+        self.letter_of = {}  # start sector to the letter that a volume had: it gets it again
+        self.mutex = threading.Lock()
+        os.symlink(image, os.path.join(links, DISK.lower()))
+        self.renew()
+        self.server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), self.handler())
+        self.server.daemon_threads = True
+        self.port = self.server.server_address[1]
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def handler(self):
+        usb = self
+
+        class Handler(socketserver.StreamRequestHandler):
+            def handle(self):
+                for line in self.rfile:
+                    with usb.mutex:
+                        try:
+                            answer = usb.answer(line.decode("utf-8").rstrip("\r\n"))
+                        except Exception as failure:  # said in the journal, which every story reads
+                            usb.note(f"rig-failure {line!r} {failure!r}")
+                            answer = INVALID
+                    self.wfile.write((answer + "\n").encode("utf-8"))
+
+        return Handler
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+        with self.mutex:
+            for volume in self.volumes.values():
+                volume.remove()
+            self.volumes.clear()
+            self.journal_file.close()
+
+    def dismount_all(self):
+        """For a look at the image from outside."""
+        with self.mutex:
+            for volume in self.volumes.values():
+                volume.dismount()
+
+    def note(self, line):
+        self.journal.append(line)
+        self.journal_file.write(line + "\n")
+        self.journal_file.flush()
+
+    # The table.
+
+    def renew(self):
+        """Reads the table anew. A volume that is still there keeps its letter."""
+        entries = stick.table(stick.read(self.image, 0))
+        wanted = {(kind, start, sectors): number for number, (kind, start, sectors, _)
+                  in enumerate(entries, 1) if kind in stick.NTFS_TYPES + stick.FAT_TYPES}
+        for letter, volume in list(self.volumes.items()):
+            key = (volume.kind, volume.start, volume.sectors)
+            if key in wanted:
+                volume.number = wanted.pop(key)
+            else:
+                volume.remove()
+                del self.volumes[letter]
+        known_first = sorted(wanted.items(), key=lambda item: item[0][1] not in self.letter_of)
+        for (kind, start, sectors), number in known_first:
+            free = [letter for letter in LETTERS if letter not in self.volumes]
+            letter = self.letter_of.get(start)
+            letter = letter if letter in free else free[0]
+            self.letter_of[start] = letter
+            self.volumes[letter] = Volume(self.image, letter, number, (kind, start, sectors, False),
+                                          self.links, os.path.join(self.mounts, letter))
+
+    # The answers.
+
+    def answer(self, line):
+        verb, _, rest = line.partition(" ")
+        return getattr(self, "do_" + verb)(*rest.split(" ", self.WORDS.get(verb, 0)))
+
+    WORDS = {"open": 1, "read": 2, "write": 2, "control": 2, "seek": 1, "volume": 1, "box": 1}
+
+    def logged(self, line, otherwise="pass"):
+        self.note(line)
+        return self.fault(line) or otherwise
+
+    def do_open(self, number, name):
+        if len(name) == 2 and name[0].upper() not in self.volumes:
+            return "pass" if name[0].upper() in "CZ" else NOT_FOUND
+        self.names[number] = name.upper() if len(name) == 2 else name
+        return self.logged(f"open {self.names[number]}")
+
+    def do_unopened(self, number):
+        if number in self.names:
+            self.note(f"failed {self.names.pop(number)}")
+        return "pass"
+
+    def do_close(self, number):
+        name = self.names.pop(number, None)
+        if name is not None:
+            for volume in self.volumes.values():
+                if volume.locked_by == number:
+                    volume.locked_by = None
+            self.note(f"close {name}")
+        return "pass"
+
+    def do_touch(self, path):
+        """An access to files: mounts the volume unless somebody holds it locked."""
+        letter = path[0].upper()
+        if letter in "CZ":
+            return "pass"
+        volume = self.volumes.get(letter)
+        if volume is None:
+            return NO_PATH
+        if volume.locked_by is not None:
+            return DENIED
+        return "pass" if volume.mount() else NOT_RECOGNISED
+
+    def do_volume(self, number, kind):
+        """FileFsVolumeInformation (1) and FileFsAttributeInformation (5) of a volume."""
+        volume = self.volumes.get(self.names.get(number, "?")[0])
+        if volume is None:
+            return "pass"
+        label, serial, system = volume.facts()
+        if kind == "1":
+            text = label.encode("utf-16-le")
+            return OK + (struct.pack("<Q4sIB", 0, serial, len(text), 0) + b"\0" + text).hex()
+        if kind == "5":
+            text = system.encode("utf-16-le")
+            return OK + (struct.pack("<III", 6, 255, len(text)) + text).hex()
+        return "pass"
+
+    def do_seek(self, number, offset):
+        return self.logged(f"seek {self.names.get(number)} {int(offset) // stick.SECTOR}")
+
+    def do_read(self, number, offset, count):
+        return self.logged(f"read {self.names.get(number)} {self.sector_range(offset, count)}")
+
+    def do_write(self, number, offset, count):
+        line = f"write {self.names.get(number)} {self.sector_range(offset, count)}"
+        for volume in self.volumes.values():
+            inside = volume.start <= int(offset) // stick.SECTOR < volume.start + volume.sectors
+            if inside and volume.mounted and volume.locked_by is None:
+                return self.logged(line + " refused", DENIED)
+        return self.logged(line)
+
+    @staticmethod
+    def sector_range(offset, count):
+        if int(offset) % stick.SECTOR or int(count) != stick.SECTOR:
+            return f"offset={offset} bytes={count}"
+        return str(int(offset) // stick.SECTOR)
+
+    def do_flush(self, number):
+        return self.logged(f"flush {self.names.get(number)}")
+
+    def do_control(self, number, code, data):
+        name = self.names.get(number)
+        if name is None:
+            return "pass"
+        what = CODES.get(code, code)
+        injected = self.logged(f"{what} {name}", "")
+        if injected:
+            return injected
+        volume = self.volumes.get(name[0]) if len(name) == 2 else None
+        if volume is None and name != DISK:
+            return "pass"
+        return getattr(self, "control_" + what, lambda *_: INVALID)(number, volume, data)
+
+    def control_lock(self, number, volume, _):
+        if volume is None:
+            return INVALID
+        if volume.locked_by not in (None, number):
+            return DENIED
+        volume.locked_by = number
+        return OK
+
+    def control_unlock(self, number, volume, _):
+        if volume is None or volume.locked_by != number:
+            return "fail C000002A"  # STATUS_NOT_LOCKED
+        volume.locked_by = None
+        return OK
+
+    def control_dismount(self, _, volume, __):
+        if volume is None:
+            return INVALID
+        volume.dismount()
+        return OK
+
+    def control_renew(self, _, volume, __):
+        if volume is not None:
+            return INVALID
+        self.renew()
+        return OK
+
+    def control_length(self, _, volume, __):
+        sectors = self.sectors if volume is None else volume.sectors
+        return OK + struct.pack("<Q", sectors * stick.SECTOR).hex()
+
+    def control_number(self, _, volume, __):
+        return OK + struct.pack("<III", 7, 1, 0 if volume is None else volume.number).hex()
+
+    def control_property(self, _, __, ___):
+        # STORAGE_DEVICE_DESCRIPTOR: removable, on bus 7, which is USB.
+        return OK + struct.pack("<IIBBBBIIIIII", 40, 40, 0, 0, 1, 0, 0, 0, 0, 0, 7, 0).hex()
+
+    def control_scsi(self, _, __, data):
+        """SCSI_PASS_THROUGH in its 64-bit layout, the only one that Windows takes from a 64-bit
+        process: command at 36, place of the data at 24."""
+        header = bytes.fromhex(data)
+        if len(header) < 56 or header[:2] != b"\x38\0":
+            return WRONG_REVISION
+        place = struct.unpack_from("<Q", header, 24)[0]
+        reply = {0x25: struct.pack(">II", self.sectors - 1, stick.SECTOR),
+                 0x12: bytes([0, 0x80, 4, 2, 31, 0, 0, 0]) + b"TSDDEMO " + b"Virtual Stick   1.00"}
+        if header[36] not in reply:
+            return "fail C0000185"  # STATUS_IO_DEVICE_ERROR
+        return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
+
+    def do_box(self, style, title):
+        """Message boxes stand in the journal too, so that a story sees what came in front of what."""
+        self.note(f"box {ICONS[int(style) >> 4 & 15]} {title}")
+        return "pass"
+
+    def do_extents(self, path):
+        """The place of a file, from the mounted file system at this moment."""
+        letter = path[:1].upper()
+        volume = self.volumes.get(letter)
+        if volume is not None and (volume.locked_by is not None or not volume.mount()):
+            return "words Access is denied."
+        link = os.path.join(self.links, letter.lower() + ":")
+        native = os.path.join(os.path.realpath(link), path[3:].replace("\\", "/"))
+        start = volume.start if volume is not None else host_start(native)
+        try:
+            runs = stick.file_runs(native, start)
+        except OSError as failure:
+            return f"words getNextTranslation: Incorrect function. {failure.strerror}"
+        if not runs:
+            return "words getNextTranslation: Incorrect function."
+        return "extents " + " ".join(f"{offset} {lba} {count}" for offset, lba, count in runs)
+
+
+def host_start(path):
+    """First sector of the partition that a file of this machine lies on."""
+    try:
+        number = os.stat(path).st_dev
+        with open(f"/sys/dev/block/{os.major(number)}:{os.minor(number)}/start",
+                  encoding="ascii") as file:
+            return int(file.read())
+    except OSError:
+        return 0
