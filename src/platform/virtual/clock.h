@@ -1,0 +1,27 @@
+// A clock that moves only when somebody sleeps or waits for a child.
+//
+// Does not model: time zones (UTC is local time), leap seconds.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/clock.h"
+#include "platform/virtual/journal.h"
+
+class VirtualClock : public Clock {
+ public:
+  explicit VirtualClock(Journal& journal) : journal_(journal) {}
+
+  void Sleep(std::uint32_t milliseconds) override;
+  DateTime Now() override;
+
+  void Advance(std::uint64_t milliseconds) { elapsed_ += milliseconds; }
+  std::uint64_t Elapsed() const { return elapsed_; }  // milliseconds since the start
+  std::uint64_t FileTime() const;                     // now, as 100 ns since 1601
+
+  DateTime start{2026, 1, 15, 10, 0, 0, 0};
+
+ private:
+  Journal& journal_;
+  std::uint64_t elapsed_ = 0;
+};

@@ -1,0 +1,113 @@
+// The interpreter's copy command, with its rules for arguments, and the files that children touch.
+#include <utility>
+
+#include "platform/files.h"
+#include "platform/virtual/processes.h"
+#include "text/text.h"
+
+namespace {
+
+std::vector<std::string> SplitAtPlus(const std::string& argument) {
+  std::vector<std::string> sources(1);
+  for (const char c : argument) {
+    if (c == '+') {
+      sources.emplace_back();
+    } else {
+      sources.back() += c;
+    }
+  }
+  return sources;
+}
+
+bool IsFolder(const VirtualFile& file) {
+  return (file.attributes & kAttributeDirectory) != 0;
+}
+
+// The copy command passes hidden and system files over.
+bool IsCopied(const VirtualFile& file) {
+  return (file.attributes & (kAttributeHidden | kAttributeSystem | kAttributeDirectory)) == 0;
+}
+
+}  // namespace
+
+VirtualFile* VirtualProcesses::File(const std::string& path) {
+  if (path.empty()) return nullptr;
+  const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
+  VirtualVolume* volume = machine_.VolumeAt(split.letter);
+  if (volume == nullptr || !machine_.Mount(*volume)) return nullptr;
+  return volume->Find(split.rest);
+}
+
+VirtualFile* VirtualProcesses::Create(const std::string& path, const std::string& text) {
+  const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
+  VirtualVolume* volume = machine_.VolumeAt(split.letter);
+  if (volume == nullptr || !machine_.Mount(*volume) || volume->full) return nullptr;
+  if (!volume->FolderExists(ParentOf(split.rest))) return nullptr;
+  if (VirtualFile* old = volume->Find(split.rest); old != nullptr && IsFolder(*old)) return nullptr;
+  VirtualFile& file = volume->AddText(split.rest, text);
+  file.lastWriteTime = machine_.clock.FileTime();
+  return &file;
+}
+
+void VirtualProcesses::NoteExecuted(const std::string& what) {
+  JournalEntry entry;
+  entry.op = Op::Executed;
+  entry.subject = what;
+  machine_.journal.Add(entry);
+}
+
+std::uint32_t VirtualProcesses::RunCopy(const std::string& arguments, Child& child) {
+  bool overwrite = false;
+  std::vector<std::string> paths;
+  for (const std::string& argument : BuiltInArguments(arguments)) {
+    if (!argument.starts_with("/")) {
+      paths.push_back(argument);
+    } else if (UpperCase(argument) == "/Y") {
+      overwrite = true;
+    }
+  }
+  if (paths.empty() || paths.size() > 2) return 1;  // "The syntax of the command is incorrect."
+  const std::vector<std::string> sources = SplitAtPlus(paths[0]);
+  std::string target = paths.size() == 2 ? paths[1] : machine_.currentFolder;
+  const VirtualFile* old = File(target);
+  if ((old != nullptr && IsFolder(*old)) || paths.size() == 1) {
+    target += "\\" + NameOf(sources[0]);
+    old = File(target);
+  }
+  if (File(sources[0]) == nullptr || !IsCopied(*File(sources[0]))) return 1;
+  if (old == File(sources[0])) return 1;  // "The file cannot be copied onto itself."
+  if (old != nullptr && !overwrite) {
+    child.script.neverEnds = true;  // it asks whether to overwrite, and nobody answers
+    return 0;
+  }
+  return CopyFiles(sources, target) ? 0 : 1;
+}
+
+bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
+                                 const std::string& target) {
+  const Step step = machine_.Begin(Op::ChildCopy, sources[0], "-> " + target, false);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  const SplitPath to = SplitAtVolume(target, machine_.currentFolder);
+  VirtualVolume* volume = machine_.VolumeAt(to.letter);
+  if (volume == nullptr || !machine_.Mount(*volume) || !volume->FolderExists(ParentOf(to.rest))) {
+    return machine_.Fail(step, kErrorPathNotFound);
+  }
+  const SplitPath from = SplitAtVolume(sources[0], machine_.currentFolder);
+  VirtualVolume* origin = machine_.VolumeAt(from.letter);
+  if (sources.size() == 1) {
+    const VirtualFile original = *origin->Find(from.rest);
+    if (volume->Find(to.rest) != nullptr) volume->Remove(to.rest);
+    if (step.Torn()) volume->placements.push_front({.keepBytes = original.size / 2});
+    const VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    return machine_.End(step, copy != nullptr, 112);  // ERROR_DISK_FULL
+  }
+  std::string joined;
+  for (const std::string& source : sources) {
+    const SplitPath place = SplitAtVolume(source, machine_.currentFolder);
+    const VirtualFile* file = File(source);
+    if (file == nullptr || !IsCopied(*file)) continue;
+    joined += machine_.VolumeAt(place.letter)->Read(*file, 0, file->size);
+  }
+  Create(target, joined);
+  return machine_.End(step, true);
+}

@@ -1,0 +1,74 @@
+#include "platform/virtual/desktop.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+constexpr WindowHandle kDesktop = 1;
+constexpr WindowHandle kFirst = 100;
+constexpr WindowHandle kSomeOwner = 50;
+}  // namespace
+
+VirtualWindow* VirtualDesktop::At(WindowHandle window) {
+  const auto index = static_cast<std::size_t>(window - kFirst);
+  if (window < kFirst || index >= windows.size() || windows[index].closed) return nullptr;
+  return &windows[index];
+}
+
+WindowHandle VirtualDesktop::From(std::size_t index) const {
+  for (; index < windows.size(); ++index) {
+    if (!windows[index].closed) return kFirst + static_cast<WindowHandle>(index);
+  }
+  return 0;
+}
+
+WindowHandle VirtualDesktop::GetDesktopWindow() {
+  const Step step = machine_.Begin(Op::Desktop, "desktop");
+  return machine_.End(step, !step.Refused(), machine_.plan.error) ? kDesktop : 0;
+}
+
+WindowHandle VirtualDesktop::GetWindow(WindowHandle window, std::uint32_t relation) {
+  const Step step = machine_.Begin(Op::Desktop, "window", std::to_string(relation));
+  if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return 0;
+  if (window == kDesktop) return relation == kGwChild ? From(0) : 0;
+  if (relation == kGwHwndNext && window >= kFirst) {
+    return From(static_cast<std::size_t>(window - kFirst) + 1);
+  }
+  const VirtualWindow* found = At(window);
+  return relation == kGwOwner && found != nullptr && found->owned ? kSomeOwner : 0;
+}
+
+int VirtualDesktop::GetWindowTextLengthA(WindowHandle window) {
+  const Step step = machine_.Begin(Op::Desktop, "title-length");
+  const VirtualWindow* found = At(window);
+  const bool ok = machine_.End(step, !step.Refused() && found != nullptr, 1400);
+  return ok ? static_cast<int>(found->title.size()) : 0;
+}
+
+int VirtualDesktop::GetWindowTextA(WindowHandle window, char* buffer, int size) {
+  const Step step = machine_.Begin(Op::Desktop, "title");
+  const VirtualWindow* found = At(window);
+  if (!machine_.End(step, !step.Refused() && found != nullptr && size > 0, 1400)) return 0;
+  const std::size_t count = std::min(found->title.size(), static_cast<std::size_t>(size) - 1);
+  std::memcpy(buffer, found->title.data(), count);
+  buffer[count] = '\0';
+  return static_cast<int>(count);
+}
+
+bool VirtualDesktop::IsWindowVisible(WindowHandle window) {
+  const Step step = machine_.Begin(Op::Desktop, "visible");
+  const VirtualWindow* found = At(window);
+  return machine_.End(step, !step.Refused(), machine_.plan.error) && found != nullptr &&
+         found->visible;
+}
+
+bool VirtualDesktop::PostMessageA(WindowHandle window, std::uint32_t message) {
+  VirtualWindow* found = At(window);
+  const Step step = machine_.Begin(Op::Post, found != nullptr ? found->title : "no window",
+                                   std::to_string(message));
+  if (!machine_.End(step, !step.Refused() && found != nullptr, 1400)) return false;
+  if (message != kWmClose) return true;
+  found->asked = true;
+  found->closed = found->agrees;
+  return true;
+}

@@ -1,0 +1,342 @@
+#include "platform/virtual/devices.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t kGenericRead = 0x80000000;
+constexpr std::uint32_t kGenericWrite = 0x40000000;
+
+bool IsDigits(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(),
+                                      [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+std::uint64_t Join(std::uint32_t low, std::uint32_t high) {
+  return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
+std::uint64_t BaseOf(const OpenHandle& open) {
+  return open.kind == OpenHandle::Kind::Volume ? open.volume->firstSector : 0;
+}
+
+std::uint64_t SectorsOf(const OpenHandle& open) {
+  return open.kind == OpenHandle::Kind::Volume ? open.volume->sectors : open.disk->SectorCount();
+}
+
+bool IsRaw(const OpenHandle& open) {
+  return open.kind == OpenHandle::Kind::Disk || open.kind == OpenHandle::Kind::Volume;
+}
+
+bool IsGone(const OpenHandle& open) {
+  if (open.disk != nullptr && !open.disk->plugged) return true;
+  return open.kind == OpenHandle::Kind::Volume && !open.volume->present;
+}
+
+const char* ControlName(std::uint32_t code) {
+  switch (code) {
+    case kIoctlDiskGetLengthInfo:
+      return "length";
+    case kIoctlStorageGetDeviceNumber:
+      return "device-number";
+    case kIoctlStorageQueryProperty:
+      return "property";
+    case kIoctlScsiPassThrough:
+      return "scsi";
+    default:
+      return "";
+  }
+}
+
+Op OpOf(std::uint32_t code) {
+  switch (code) {
+    case kFsctlLockVolume:
+      return Op::Lock;
+    case kFsctlUnlockVolume:
+      return Op::Unlock;
+    case kFsctlDismountVolume:
+      return Op::Dismount;
+    case kIoctlDiskUpdateProperties:
+      return Op::RenewTable;
+    default:
+      return Op::Query;
+  }
+}
+
+}  // namespace
+
+std::string VirtualDevices::Name(Handle handle) {
+  const OpenHandle* open = machine_.At(handle);
+  return open != nullptr ? open->name : "handle " + std::to_string(handle);
+}
+
+std::uint32_t VirtualDevices::OpenDevice(const std::string& name, std::uint32_t access,
+                                         OpenHandle& open) {
+  constexpr const char* kPrefix = "PhysicalDrive";
+  open.name = name;
+  if (name.starts_with(kPrefix) && IsDigits(name.substr(13)) && name.size() <= 16) {
+    open.kind = OpenHandle::Kind::Disk;
+    open.disk = machine_.DiskAt(std::stoi(name.substr(13)));
+    if (open.disk == nullptr) return kErrorFileNotFound;
+    return open.disk->refusesOpen ? kErrorAccessDenied : 0;
+  }
+  if (name.size() != 2 || name[1] != ':') return kErrorFileNotFound;
+  open.kind = OpenHandle::Kind::Volume;
+  open.volume = machine_.VolumeAt(static_cast<char>(std::toupper(name[0])));
+  if (open.volume == nullptr) return kErrorFileNotFound;
+  open.disk = open.volume->disk;
+  if (open.volume->refusesOpen) return kErrorAccessDenied;
+  // Access 0 reaches the device below the file system: it neither mounts nor minds a lock.
+  if (access != 0 && !machine_.Mount(*open.volume)) return kErrorAccessDenied;
+  return 0;
+}
+
+std::uint32_t VirtualDevices::OpenPlainFile(const std::string& path, std::uint32_t access,
+                                            OpenHandle& open) {
+  const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
+  open.kind = OpenHandle::Kind::File;
+  open.name = path;
+  open.path = split.rest;
+  open.volume = machine_.VolumeAt(split.letter);
+  if (open.volume == nullptr) return kErrorPathNotFound;
+  if (!machine_.Mount(*open.volume)) return kErrorAccessDenied;
+  const VirtualFile* file = open.volume->Find(split.rest);
+  if (file == nullptr) {
+    return open.volume->FolderExists(ParentOf(split.rest)) ? kErrorFileNotFound
+                                                           : kErrorPathNotFound;
+  }
+  if ((file->attributes & 16) != 0) return kErrorAccessDenied;
+  if (file->heldOpen && (access & kGenericReadWrite) != 0) return kErrorSharingViolation;
+  return 0;
+}
+
+bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
+  const auto conflicts = [](std::uint32_t access, std::uint32_t share) {
+    return ((access & kGenericRead) != 0 && (share & 1) == 0) ||
+           ((access & kGenericWrite) != 0 && (share & 2) == 0);
+  };
+  if ((wanted.access & kGenericReadWrite) == 0) return true;
+  return std::none_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
+    const OpenHandle& other = held.second;
+    const bool same = other.kind == wanted.kind && other.disk == wanted.disk &&
+                      other.volume == wanted.volume && other.path == wanted.path;
+    return same && (other.access & kGenericReadWrite) != 0 &&
+           (conflicts(wanted.access, other.share) || conflicts(other.access, wanted.share));
+  });
+}
+
+Handle VirtualDevices::CreateFileA(const std::string& path, std::uint32_t access,
+                                   std::uint32_t share, std::uint32_t disposition, std::uint32_t) {
+  const bool device = path.starts_with("\\\\.\\");
+  const std::string name = device ? path.substr(4) : path;
+  const Step step = machine_.Begin(Op::Open, name);
+  std::uint32_t error = step.Refused() ? machine_.plan.error : 0;
+  OpenHandle open;
+  open.access = access;
+  open.share = share;
+  if (error == 0 && disposition != kOpenExisting) error = kErrorInvalidParameter;
+  if (error == 0) {
+    error = device ? OpenDevice(name, access, open) : OpenPlainFile(path, access, open);
+  }
+  if (error == 0 && !SharingAllows(open)) error = kErrorSharingViolation;
+  if (!machine_.End(step, error == 0, error)) return kInvalidHandle;
+  return machine_.Add(std::move(open));
+}
+
+bool VirtualDevices::SetFilePointerEx(Handle handle, std::uint64_t offset) {
+  const Step step = machine_.Begin(Op::Seek, Name(handle), std::to_string(offset));
+  OpenHandle* open = machine_.At(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  if (offset > INT64_MAX) return machine_.Fail(step, 131);  // ERROR_NEGATIVE_SEEK
+  open->offset = offset;
+  return machine_.End(step, true);
+}
+
+std::uint32_t VirtualDevices::CheckTransfer(const OpenHandle& open, std::uint32_t bytes,
+                                            bool writing) {
+  if ((open.access & (writing ? kGenericWrite : kGenericRead)) == 0) return kErrorAccessDenied;
+  if (IsGone(open)) return kErrorDeviceRemoved;
+  if (!IsRaw(open)) return writing ? kErrorAccessDenied : 0;
+  if (open.disk == nullptr) return kErrorInvalidFunction;
+  if (open.offset % 512 != 0 || bytes % 512 != 0) return kErrorInvalidParameter;
+  if (open.offset / 512 + bytes / 512 > SectorsOf(open)) return kErrorSectorNotFound;
+  const std::uint64_t lba = BaseOf(open) + open.offset / 512;
+  const auto& bad = writing ? open.disk->unwritable : open.disk->unreadable;
+  const auto first = bad.lower_bound(lba);
+  if (first != bad.end() && *first < lba + bytes / 512) return writing ? kErrorIoDevice : kErrorCrc;
+  if (!writing) return 0;
+  if (open.disk->writeProtected) return kErrorWriteProtect;
+  if (open.kind == OpenHandle::Kind::Disk && !MayWriteAt(*open.disk, lba, bytes / 512)) {
+    return kErrorAccessDenied;
+  }
+  return 0;
+}
+
+bool VirtualDevices::MayWriteAt(const VirtualDisk& disk, std::uint64_t lba,
+                                std::uint64_t count) const {
+  if (!machine_.guardsMountedVolumes) return true;
+  return std::none_of(machine_.volumes.begin(), machine_.volumes.end(), [&](const auto& volume) {
+    return volume->disk == &disk && volume->present && volume->mounted &&
+           volume->lockedBy == kNoHandle && volume->Covers(lba, count);
+  });
+}
+
+bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
+                              std::uint32_t& transferred) {
+  transferred = 0;
+  OpenHandle* open = machine_.At(handle);
+  const Step step = machine_.Begin(Op::Read, Name(handle));
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  machine_.journal[step.entry].lba = BaseOf(*open) + open->offset / 512;
+  machine_.journal[step.entry].count = (bytes + 511) / 512;
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (const std::uint32_t error = CheckTransfer(*open, bytes, false); error != 0) {
+    return machine_.Fail(step, error);
+  }
+  if (!IsRaw(*open)) {
+    const VirtualFile* file = open->volume->Find(open->path);
+    if (file == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+    const std::string text =
+        open->volume->Read(*file, open->offset, step.Short() ? bytes / 2 : bytes);
+    std::memcpy(data, text.data(), text.size());
+    transferred = static_cast<std::uint32_t>(text.size());
+  } else {
+    const std::uint32_t sectors = bytes / 512 / (step.Short() ? 2 : 1);
+    for (std::uint32_t i = 0; i < sectors; ++i) {
+      const VirtualSector sector = open->disk->Sector(BaseOf(*open) + open->offset / 512 + i);
+      std::memcpy(data + std::size_t{i} * 512, sector.data(), 512);
+    }
+    transferred = sectors * 512;
+  }
+  open->offset += transferred;
+  return machine_.End(step, true);
+}
+
+bool VirtualDevices::WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
+                               std::uint32_t& transferred) {
+  transferred = 0;
+  OpenHandle* open = machine_.At(handle);
+  const Step step = machine_.Begin(Op::Write, Name(handle));
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  const std::uint64_t lba = BaseOf(*open) + open->offset / 512;
+  machine_.journal[step.entry].lba = lba;
+  machine_.journal[step.entry].count = (bytes + 511) / 512;
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (const std::uint32_t error = CheckTransfer(*open, bytes, true); error != 0) {
+    return machine_.Fail(step, error);
+  }
+  const std::uint32_t sectors = bytes / 512 / (step.Short() || step.Torn() ? 2 : 1);
+  for (std::uint32_t i = 0; i < sectors; ++i) {
+    VirtualSector sector;
+    std::memcpy(sector.data(), data + std::size_t{i} * 512, 512);
+    open->disk->WriteThroughHandle(lba + i, sector);
+  }
+  if (step.Torn()) {
+    VirtualSector half = open->disk->Sector(lba + sectors);
+    std::memcpy(half.data(), data + std::size_t{sectors} * 512, 256);
+    open->disk->WriteThroughHandle(lba + sectors, half);
+  }
+  transferred = sectors * 512;
+  open->offset += transferred;
+  return machine_.End(step, true);
+}
+
+bool VirtualDevices::LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                              std::uint32_t bytesLow, std::uint32_t bytesHigh) {
+  const Step step = machine_.Begin(Op::LockRange, Name(handle));
+  OpenHandle* open = machine_.At(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  if (open->disk != nullptr && open->disk->refusesRangeLocks) {
+    return machine_.Fail(step, kErrorInvalidFunction);
+  }
+  open->lockedRanges.emplace_back(Join(offsetLow, offsetHigh), Join(bytesLow, bytesHigh));
+  return machine_.End(step, true);
+}
+
+bool VirtualDevices::UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
+                                std::uint32_t bytesLow, std::uint32_t bytesHigh) {
+  const Step step = machine_.Begin(Op::UnlockRange, Name(handle));
+  OpenHandle* open = machine_.At(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  const auto held = std::find(open->lockedRanges.begin(), open->lockedRanges.end(),
+                              std::pair{Join(offsetLow, offsetHigh), Join(bytesLow, bytesHigh)});
+  if (held == open->lockedRanges.end()) return machine_.Fail(step, kErrorNotLocked);
+  open->lockedRanges.erase(held);
+  return machine_.End(step, true);
+}
+
+bool VirtualDevices::FlushFileBuffers(Handle handle) {
+  const Step step = machine_.Begin(Op::Flush, Name(handle));
+  OpenHandle* open = machine_.At(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  if (IsGone(*open)) return machine_.Fail(step, kErrorDeviceRemoved);
+  if (IsRaw(*open) && open->disk != nullptr) {
+    if (open->disk->refusesFlush) return machine_.Fail(step, kErrorInvalidFunction);
+    open->disk->Flush();
+  }
+  return machine_.End(step, true);
+}
+
+std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) {
+  constexpr std::uint32_t kInvalidFileSize = 0xFFFFFFFF;
+  high = 0;
+  const Step step = machine_.Begin(Op::FileSize, Name(handle));
+  const OpenHandle* open = machine_.At(handle);
+  const VirtualFile* file = open != nullptr && open->kind == OpenHandle::Kind::File
+                                ? open->volume->Find(open->path)
+                                : nullptr;
+  if (step.Refused() || file == nullptr) {
+    machine_.Fail(step, step.Refused() ? machine_.plan.error : kErrorInvalidHandle);
+    return kInvalidFileSize;
+  }
+  machine_.End(step, true);
+  high = static_cast<std::uint32_t>(file->size >> 32);
+  return static_cast<std::uint32_t>(file->size);
+}
+
+bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
+                                     std::uint32_t inSize, void* out, std::uint32_t outSize,
+                                     std::uint32_t& returned) {
+  returned = 0;
+  const Step step = machine_.Begin(OpOf(code), Name(handle), ControlName(code));
+  machine_.journal[step.entry].code = code;
+  OpenHandle* open = machine_.At(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+  if (IsGone(*open)) return machine_.Fail(step, kErrorDeviceRemoved);
+  // Bits 14 and 15 of a code say which access it asks of the handle: 1 read, 2 write.
+  const std::uint32_t held = open->access >> 30;  // bit 1 read, bit 0 write
+  const std::uint32_t wanted = code >> 14 & 3;
+  if (((wanted & 1) != 0 && (held & 2) == 0) || ((wanted & 2) != 0 && (held & 1) == 0)) {
+    return machine_.Fail(step, kErrorAccessDenied);
+  }
+  ControlRequest request{code, static_cast<const std::uint8_t*>(in), inSize,
+                         static_cast<std::uint8_t*>(out), outSize};
+  std::uint32_t error = kErrorInvalidFunction;
+  if (code == kIoctlStorageGetDeviceNumber) {
+    error = AnswerDeviceNumber(*open, request);
+  } else if (open->kind == OpenHandle::Kind::Volume) {
+    error = ControlVolume(machine_, handle, code);
+  } else if (open->kind == OpenHandle::Kind::Disk && code == kIoctlDiskUpdateProperties) {
+    error = open->disk->refusesRenewal ? kErrorInvalidFunction : 0;
+    if (error == 0) machine_.ReadTable(*open->disk);
+  } else if (open->kind == OpenHandle::Kind::Disk) {
+    error = AnswerDiskQuery(*open->disk, request);
+  }
+  returned = error == 0 ? request.returned : 0;
+  return machine_.End(step, error == 0, error);
+}
+
+bool VirtualDevices::CloseHandle(Handle handle) {
+  // A close that is made to fail has closed all the same: what follows must cope with both.
+  const Step step = machine_.Begin(Op::Close, Name(handle), "", false);
+  const bool wasOpen = machine_.Close(handle);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  return machine_.End(step, wasOpen, kErrorInvalidHandle);
+}

@@ -1,0 +1,88 @@
+#include "platform/virtual/disk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <random>
+
+namespace {
+
+constexpr VirtualSector kZeros{};
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
+
+}  // namespace
+
+VirtualSector VirtualDisk::Sector(std::uint64_t lba) const {
+  const auto found = sectors_.find(lba);
+  return found == sectors_.end() ? kZeros : found->second;
+}
+
+void VirtualDisk::SetSector(std::uint64_t lba, const VirtualSector& data) {
+  if (data == kZeros) {
+    sectors_.erase(lba);
+  } else {
+    sectors_[lba] = data;
+  }
+}
+
+void VirtualDisk::Put(std::uint64_t lba, std::size_t offset, const std::string& data) {
+  VirtualSector sector = Sector(lba);
+  for (std::size_t i = 0; i < data.size() && offset + i < sector.size(); ++i) {
+    sector[offset + i] = static_cast<std::uint8_t>(data[i]);
+  }
+  SetSector(lba, sector);
+}
+
+void VirtualDisk::CopySectors(std::uint64_t from, std::uint64_t to, std::uint64_t count) {
+  const std::map<std::uint64_t, VirtualSector> source(sectors_.lower_bound(from),
+                                                      sectors_.lower_bound(from + count));
+  sectors_.erase(sectors_.lower_bound(to), sectors_.lower_bound(to + count));
+  for (const auto& [lba, data] : source) sectors_[lba - from + to] = data;
+}
+
+void VirtualDisk::WriteThroughHandle(std::uint64_t lba, const VirtualSector& data) {
+  if (writeBack) pending_.push_back({lba, Sector(lba), data});
+  SetSector(lba, data);
+}
+
+void VirtualDisk::LosePower(std::uint32_t seed) {
+  for (auto write = pending_.rbegin(); write != pending_.rend(); ++write) {
+    SetSector(write->lba, write->before);
+  }
+  std::minstd_rand random(seed + 1);
+  for (const PendingWrite& write : pending_) {
+    const auto fate = random() % 3;
+    if (fate == 0) continue;
+    VirtualSector sector = write.after;
+    if (fate == 1) {
+      const VirtualSector old = Sector(write.lba);
+      std::copy(old.begin() + 256, old.end(), sector.begin() + 256);
+    }
+    SetSector(write.lba, sector);
+  }
+  pending_.clear();
+}
+
+bool VirtualDisk::LoadFrom(const std::string& path) {
+  const OwnedFile file(std::fopen(path.c_str(), "rb"));
+  if (!file) return false;
+  VirtualSector sector{};
+  for (std::uint64_t lba = 0; std::fread(sector.data(), 1, 512, file.get()) == 512; ++lba) {
+    SetSector(lba, sector);
+  }
+  return true;
+}
+
+bool VirtualDisk::SaveTo(const std::string& path) const {
+  const OwnedFile file(std::fopen(path.c_str(), "wb"));
+  if (!file) return false;
+  for (const auto& [lba, sector] : sectors_) {
+    if (std::fseek(file.get(), static_cast<long>(lba * 512), SEEK_SET) != 0) return false;
+    if (std::fwrite(sector.data(), 1, 512, file.get()) != 512) return false;
+  }
+  return true;
+}

@@ -1,0 +1,63 @@
+// A disk in memory: sparse 512-byte sectors, and what the device says of itself.
+//
+// Does not model: other sector sizes, caches of the file system, time.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+constexpr std::uint32_t kBusUsb = 7;  // STORAGE_BUS_TYPE
+constexpr std::uint32_t kBusSata = 11;
+
+using VirtualSector = std::array<std::uint8_t, 512>;
+
+class VirtualDisk {
+ public:
+  int number = 0;
+  std::uint32_t bus = kBusUsb;
+  bool removable = true;
+  std::uint64_t bytes = 0;
+
+  // SCSI inquiry; padded with blanks to 8, 16, 4 and 8 characters.
+  std::string vendor = "Tessel", product = "USB Stick", revision = "1.00", vendorField;
+  bool answersCapacity = true, answersInquiry = true, answersLength = true, answersBus = true;
+  // The answer to READ CAPACITY where it is to differ from the true one: last block, block length.
+  std::pair<std::uint32_t, std::uint32_t> capacityAnswer{0, 0};
+
+  bool plugged = true;
+  bool refusesOpen = false, refusesFlush = false, refusesRangeLocks = false, refusesRenewal = false;
+  bool writeProtected = false;
+  std::set<std::uint64_t> unreadable, unwritable;  // sectors
+
+  std::uint64_t SectorCount() const { return bytes / 512; }
+  VirtualSector Sector(std::uint64_t lba) const;  // never written: zeros
+  void SetSector(std::uint64_t lba, const VirtualSector& data);
+  void Put(std::uint64_t lba, std::size_t offset, const std::string& data);  // within one sector
+  void CopySectors(std::uint64_t from, std::uint64_t to, std::uint64_t count);
+  // The sectors that hold anything, for comparing two moments.
+  const std::map<std::uint64_t, VirtualSector>& Contents() const { return sectors_; }
+
+  // Write-back: what was written through a handle since the last flush is at risk in a power cut,
+  // where each such sector is kept, dropped or torn as the seed says.
+  bool writeBack = false;
+  void WriteThroughHandle(std::uint64_t lba, const VirtualSector& data);
+  void Flush() { pending_.clear(); }
+  void LosePower(std::uint32_t seed);
+
+  // A file of raw sectors: read whole, or written sparsely. False: it could not be opened.
+  bool LoadFrom(const std::string& path);
+  bool SaveTo(const std::string& path) const;
+
+ private:
+  struct PendingWrite {
+    std::uint64_t lba;
+    VirtualSector before, after;
+  };
+  std::map<std::uint64_t, VirtualSector> sectors_;
+  std::vector<PendingWrite> pending_;
+};

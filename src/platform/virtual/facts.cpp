@@ -1,0 +1,85 @@
+#include "platform/virtual/facts.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "text/text.h"
+
+std::uint32_t VirtualFacts::Give(const Step& step, const std::string& text, char* buffer,
+                                 std::uint32_t size) {
+  const bool fits = !text.empty() && text.size() < size;
+  if (!machine_.End(step, fits && !step.Refused(), kErrorInsufficientBuffer)) return 0;
+  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  return static_cast<std::uint32_t>(text.size());
+}
+
+std::uint32_t VirtualFacts::GetTempPathA(std::uint32_t size, char* buffer) {
+  return Give(machine_.Begin(Op::Fact, "temp-path"), tempPath, buffer, size);
+}
+
+std::uint32_t VirtualFacts::GetLongPathNameA(const std::string& shortPath, char* buffer,
+                                             std::uint32_t size) {
+  const auto found = longPaths.find(shortPath);
+  return Give(machine_.Begin(Op::Fact, "long-path"),
+              found == longPaths.end() ? shortPath : found->second, buffer, size);
+}
+
+bool VirtualFacts::GetVersionExA(VersionInfo& info) {
+  const Step step = machine_.Begin(Op::Fact, "version");
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  info = version;
+  return machine_.End(step, true);
+}
+
+bool VirtualFacts::GetVolumeInformationA(const std::string& root, char* label,
+                                         std::uint32_t labelSize, std::uint32_t& serial,
+                                         char* fileSystem, std::uint32_t fileSystemSize) {
+  const Step step = machine_.Begin(Op::Fact, "volume-information", root);
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  VirtualVolume* volume =
+      root.size() == 3 && root.ends_with(":\\") ? machine_.VolumeAt(UpperCase(root)[0]) : nullptr;
+  if (volume == nullptr) return machine_.Fail(step, kErrorPathNotFound);
+  if (!machine_.Mount(*volume)) return machine_.Fail(step, kErrorAccessDenied);
+  if (volume->fileSystem.empty()) return machine_.Fail(step, 1005);  // ERROR_UNRECOGNIZED_VOLUME
+  if (volume->label.size() >= labelSize || volume->fileSystem.size() >= fileSystemSize) {
+    return machine_.Fail(step, 234);  // ERROR_MORE_DATA
+  }
+  std::memcpy(label, volume->label.c_str(), volume->label.size() + 1);
+  std::memcpy(fileSystem, volume->fileSystem.c_str(), volume->fileSystem.size() + 1);
+  serial = volume->serial;
+  return machine_.End(step, true);
+}
+
+std::uint32_t VirtualFacts::FormatMessageA(std::uint32_t, std::uint32_t code, std::uint32_t,
+                                           char* buffer, std::uint32_t size) {
+  const Step step = machine_.Begin(Op::Fact, "message", std::to_string(code));
+  std::string text;
+  switch (code) {
+    case kErrorInvalidFunction:
+      text = "Incorrect function.\r\n";
+      break;
+    case kErrorAccessDenied:
+      text = "Access is denied.\r\n";
+      break;
+    case kErrorIoDevice:
+      text = "The request could not be performed because of an I/O device error.\r\n";
+      break;
+    default:
+      text = "Error " + std::to_string(code) + ".\r\n";
+  }
+  return Give(step, text, buffer, size);
+}
+
+std::string VirtualFacts::Environment(const std::string& name) {
+  const auto found = environment.find(UpperCase(name));
+  return found == environment.end() ? "" : found->second;
+}
+
+int VirtualFacts::LogicalDriveCount() {
+  const Step step = machine_.Begin(Op::Fact, "drive-count");
+  if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return 0;
+  const auto there = std::count_if(
+      machine_.volumes.begin(), machine_.volumes.end(),
+      [&](const auto& volume) { return machine_.VolumeAt(volume->letter) == volume.get(); });
+  return static_cast<int>(there) + furtherDrives;
+}

@@ -1,0 +1,42 @@
+// Facts of the virtual system. The volumes' facts are the volumes' own.
+//
+// Does not model: short paths (every path is its own long form unless told otherwise).
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/system_facts.h"
+#include "platform/virtual/machine.h"
+
+class VirtualFacts : public SystemFacts {
+ public:
+  explicit VirtualFacts(Machine& machine) : machine_(machine) {}
+
+  std::uint32_t GetTempPathA(std::uint32_t size, char* buffer) override;
+  std::uint32_t GetLongPathNameA(const std::string& shortPath, char* buffer,
+                                 std::uint32_t size) override;
+  bool GetVersionExA(VersionInfo& version) override;
+  bool GetVolumeInformationA(const std::string& root, char* label, std::uint32_t labelSize,
+                             std::uint32_t& serial, char* fileSystem,
+                             std::uint32_t fileSystemSize) override;
+  std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                               char* buffer, std::uint32_t size) override;
+  std::string Environment(const std::string& name) override;
+  std::string ProgramFolder() override { return programFolder; }
+  std::string ProgramName() override { return programName; }
+  int LogicalDriveCount() override;
+
+  std::string tempPath = "C:\\Temp\\";           // empty: the call fails
+  std::map<std::string, std::string> longPaths;  // short to long
+  VersionInfo version{2, 6, 2};
+  std::map<std::string, std::string> environment;  // by upper-case name
+  std::string programFolder = "C:\\Rotate";
+  std::string programName = "Rotate_TSD";
+  int furtherDrives = 0;  // letters beyond those of the volumes that are there
+
+ private:
+  std::uint32_t Give(const Step& step, const std::string& text, char* buffer, std::uint32_t size);
+
+  Machine& machine_;
+};

@@ -1,0 +1,25 @@
+#include "platform/virtual/fault_plan.h"
+
+namespace {
+
+OpMask Reach(FaultKind kind) {
+  switch (kind) {
+    case FaultKind::ShortTransfer:
+      return MaskOf(Op::Read, Op::Write);
+    case FaultKind::CutBefore:
+    case FaultKind::CutTorn:
+    case FaultKind::CutAfter:
+      return kChangingOps;
+    default:
+      return kAnyOp;
+  }
+}
+
+}  // namespace
+
+FaultKind FaultPlan::Next(Op op) {
+  if (kind == FaultKind::None || (mask & Reach(kind) & MaskOf(op)) == 0) return FaultKind::None;
+  if (++seen != nth) return FaultKind::None;
+  ++hits;
+  return kind;
+}

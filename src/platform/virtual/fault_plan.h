@@ -1,0 +1,34 @@
+// One failure, planned for the n-th operation.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/virtual/journal.h"
+
+// Leaves the program at a power cut. Neither a Fault nor a std::exception, so that nothing in the
+// program can catch it.
+struct PowerCut {};
+
+enum class FaultKind : std::uint8_t {
+  None,
+  Refusal,        // a call that reports by its result fails; a statement throws its Fault
+  FaultThrown,    // the operation throws a Fault, whatever it is
+  ShortTransfer,  // a read or write moves only half of its whole sectors and reports success
+  CutBefore,      // power cut before the operation does anything
+  CutTorn,        // power cut in its middle: half a sector written, half a file copied
+  CutAfter,       // power cut when the operation is done
+};
+
+struct FaultPlan {
+  FaultKind kind = FaultKind::None;
+  std::size_t nth = 1;         // 1: the first operation that the mask allows
+  OpMask mask = kAnyOp;        // cuts are narrowed to kChangingOps, short ones to transfers
+  std::uint32_t error = 1117;  // Windows error of a refused call (ERROR_IO_DEVICE)
+  int faultNumber = 57;        // number of a thrown Fault
+  std::size_t seen = 0;        // operations counted so far
+  std::size_t hits = 0;        // 1 once it has struck
+
+  // What strikes the operation that begins now.
+  FaultKind Next(Op op);
+};

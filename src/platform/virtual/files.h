@@ -1,0 +1,44 @@
+// Searches and whole-file statements on the virtual volumes.
+//
+// Does not model: short (8.3) names, sharing between the program's own statements, read-only files.
+#pragma once
+
+#include <string>
+
+#include "platform/files.h"
+#include "platform/virtual/machine.h"
+
+class VirtualFiles : public Files {
+ public:
+  explicit VirtualFiles(Machine& machine) : machine_(machine) {}
+
+  Handle FindFirstFileA(const std::string& pattern, FindData& found) override;
+  bool FindNextFileA(Handle search, FindData& found) override;
+  bool FindClose(Handle search) override;
+  std::uint32_t GetFileAttributesA(const std::string& path) override;
+  void FileCopy(const std::string& from, const std::string& to) override;
+  void FileDelete(const std::string& path) override;
+  void FileRename(const std::string& from, const std::string& to) override;
+  void MakeFolder(const std::string& path) override;
+  std::string ReadTextFile(const std::string& path) override;
+  std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
+                             std::size_t bytes) override;
+  void AppendLine(const std::string& path, const std::string& line) override;
+
+ private:
+  struct Place {
+    VirtualVolume* volume = nullptr;  // null: no such volume, or locked
+    std::string path;
+    VirtualFile* file = nullptr;  // null: none
+    bool locked = false;
+  };
+  Place Look(const std::string& path);
+  Step BeginStatement(Op op, const std::string& path, const std::string& detail = "");
+  // The file to work on; throws 76, 70, 53, 75 where there is none that can be used.
+  Place Require(const Step& step, const std::string& path);
+  bool IsOpen(const Place& place) const;
+  void Fill(FindData& found, VirtualVolume& volume, const std::string& folder,
+            const std::string& name);
+
+  Machine& machine_;
+};

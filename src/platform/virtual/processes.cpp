@@ -1,0 +1,215 @@
+#include "platform/virtual/processes.h"
+
+#include "text/text.h"
+
+namespace {
+
+// The first word of a command line, quotes honoured; the rest goes into rest.
+std::string FirstWord(const std::string& line, std::string& rest) {
+  const std::string text = Trim(line);
+  bool quoted = false;
+  std::size_t end = 0;
+  for (; end < text.size() && (quoted || text[end] != ' '); ++end) {
+    if (text[end] == '"') quoted = !quoted;
+  }
+  rest = Trim(text.substr(end));
+  return WithoutQuotes(text.substr(0, end));
+}
+
+}  // namespace
+
+std::string VirtualProcesses::Environment(const std::string& name) const {
+  const auto found = environment_.find(UpperCase(name));
+  return found == environment_.end() ? "" : found->second;
+}
+
+bool VirtualProcesses::IsInterpreter(const std::string& program) const {
+  const std::string name = UpperCase(program);
+  return name == "CMD" || name == "CMD.EXE" || name == UpperCase(Environment("COMSPEC"));
+}
+
+ChildScript VirtualProcesses::TakeScript(const std::string& commandLine) {
+  for (ChildScript& script : scripts) {
+    if (script.times > 0 && ContainsIgnoringCase(commandLine, script.match)) {
+      --script.times;
+      return script;
+    }
+  }
+  return {};
+}
+
+std::uint32_t VirtualProcesses::Shell(const std::string& commandLine, int windowStyle) {
+  const Step step = machine_.Begin(Op::Shell, commandLine, "style=" + std::to_string(windowStyle));
+  if (step.Refused()) machine_.FailStatement(step, kFileNotFound);
+  Child child;
+  child.commandLine = commandLine;
+  child.script = TakeScript(commandLine);
+  if (child.script.refusedWith != 0) machine_.FailStatement(step, child.script.refusedWith);
+  std::string rest;
+  const std::string program = FirstWord(commandLine, rest);
+  if (!IsInterpreter(program) && File(program) == nullptr) {
+    machine_.FailStatement(step, kFileNotFound);
+  }
+  machine_.End(step, true);
+  if (whileChildRuns) whileChildRuns();
+  if (IsInterpreter(program) && UpperCase(rest.substr(0, 2)) == "/C") {
+    RunCommandLine(Trim(rest.substr(2)), child);
+  }
+  child.endsAt = machine_.clock.Elapsed() + child.script.milliseconds;
+  const std::uint32_t id = nextId_;
+  nextId_ += 4;
+  children_[id] = child;
+  return id;
+}
+
+void VirtualProcesses::RunCommandLine(const std::string& text, Child& child) {
+  const Interpretation read =
+      Interpret(text, [this](const std::string& name) { return Environment(name); });
+  for (const std::string& name : read.expansions) NoteExecuted(name);
+  bool first = true;
+  for (const InterpretedCommand& command : read.commands) {
+    if (!first) NoteExecuted(command.raw);
+    if (first) child.exitCode = RunCommand(command, child);
+    first = false;
+  }
+}
+
+std::uint32_t VirtualProcesses::RunCommand(const InterpretedCommand& command, Child& child) {
+  if (command.words.empty()) return 0;
+  const std::string program = WithoutQuotes(command.words.front());
+  if (!command.inputFile.empty()) NoteExecuted("< " + command.inputFile);
+  const bool isTool = ContainsIgnoringCase(program, "getFileExtents.exe");
+  if (!command.outputFile.empty()) {
+    if (!isTool) NoteExecuted("> " + command.outputFile);
+    VirtualFile* output = Create(command.outputFile, "");
+    if (output == nullptr) return 1;
+    if (child.script.neverEnds) {
+      output->heldOpen = true;
+      child.heldFile = command.outputFile;
+    }
+  }
+  if (child.script.neverEnds) return 0;
+  if (isTool) return RunTool(command);
+  if (UpperCase(program) == "COPY") {
+    return RunCopy(command.raw.substr(command.words.front().size()), child);
+  }
+  return File(program) != nullptr || File(program + ".exe") != nullptr ? 0 : 9009;
+}
+
+std::uint32_t VirtualProcesses::RunTool(const InterpretedCommand& command) {
+  const std::string argument = command.words.size() > 1 ? WithoutQuotes(command.words[1]) : "";
+  const Step step = machine_.Begin(Op::ChildTool, argument, "", false);
+  const bool there = File(WithoutQuotes(command.words.front())) != nullptr;
+  if (step.Refused() || !there) {
+    machine_.Fail(step, kErrorFileNotFound);
+    return 9009;
+  }
+  const std::string text = ToolText(argument);
+  if (!command.outputFile.empty()) Create(command.outputFile, text);
+  machine_.End(step, true);
+  return text.starts_with("File offset") ? 0 : 1;
+}
+
+std::string VirtualProcesses::ToolText(const std::string& path) {
+  for (const std::string& key : {UpperCase(path), std::string()}) {
+    if (const auto scripted = toolTexts.find(key); scripted != toolTexts.end()) {
+      return scripted->second;
+    }
+  }
+  const VirtualFile* file = File(path);
+  if (file == nullptr) return "The system cannot find the file specified.\r\n";
+  return ExtentsText(file->extents);
+}
+
+Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t processId) {
+  const std::string name = "process " + std::to_string(processId);
+  const Step step = machine_.Begin(Op::OpenProcess, name);
+  const auto child = children_.find(processId);
+  const bool there = child != children_.end() && !child->second.script.goneBeforeOpen;
+  if (!machine_.End(step, there && !step.Refused(), kErrorInvalidParameter)) return kNoHandle;
+  OpenHandle open;
+  open.kind = OpenHandle::Kind::Process;
+  open.name = name;
+  open.access = access;
+  open.processId = processId;
+  return machine_.Add(std::move(open));
+}
+
+std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_t milliseconds) {
+  constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
+  const OpenHandle* open = machine_.At(process);
+  const Step step = machine_.Begin(Op::Wait, open != nullptr ? open->name : "?",
+                                   milliseconds == kInfinite ? "" : std::to_string(milliseconds));
+  if (step.Refused() || open == nullptr || open->processId == 0) {
+    machine_.Fail(step, step.Refused() ? machine_.plan.error : kErrorInvalidHandle);
+    return kWaitFailed;
+  }
+  Child& child = children_[open->processId];
+  const std::uint64_t now = machine_.clock.Elapsed();
+  const std::uint64_t left = child.ended || child.endsAt <= now ? 0 : child.endsAt - now;
+  if (child.script.neverEnds && !child.ended && milliseconds == kInfinite) {
+    machine_.End(step, false);
+    throw ProgramHangs{child.commandLine};
+  }
+  if ((child.script.neverEnds && !child.ended) || left > milliseconds) {
+    machine_.clock.Advance(milliseconds);
+    machine_.End(step, true);
+    return kWaitTimeout;
+  }
+  machine_.clock.Advance(left);
+  child.ended = true;
+  machine_.End(step, true);
+  return kWaitObject0;
+}
+
+bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCode) {
+  constexpr std::uint32_t kStillActive = 259;
+  const OpenHandle* open = machine_.At(process);
+  const Step step = machine_.Begin(Op::ExitCode, open != nullptr ? open->name : "?");
+  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (open == nullptr || open->processId == 0) return machine_.Fail(step, kErrorInvalidHandle);
+  const Child& child = children_[open->processId];
+  const bool allowed = (open->access & 0x400) != 0 && !child.script.hidesExitCode;
+  if (!allowed) return machine_.Fail(step, kErrorAccessDenied);
+  exitCode =
+      child.ended || child.endsAt <= machine_.clock.Elapsed() ? child.exitCode : kStillActive;
+  return machine_.End(step, true);
+}
+
+void VirtualProcesses::EndChild(std::uint32_t processId) {
+  const Step step = machine_.Begin(Op::EndChild, "process " + std::to_string(processId));
+  const auto child = children_.find(processId);
+  if (step.Refused() || child == children_.end()) machine_.FailStatement(step, kInvalidCall);
+  child->second.ended = true;
+  child->second.exitCode = 1;
+  if (VirtualFile* held = File(child->second.heldFile); held != nullptr) held->heldOpen = false;
+  machine_.End(step, true);
+}
+
+std::intptr_t VirtualProcesses::ShellExecuteA(const std::string& verb, const std::string& file,
+                                              const std::string& parameters,
+                                              const std::string& folder, int showCommand) {
+  const Step step = machine_.Begin(
+      Op::ShellExecute, file,
+      verb + " [" + parameters + "] [" + folder + "] " + std::to_string(showCommand));
+  if (!machine_.End(step, !step.Refused() && shellExecuteResult > 32, kErrorFileNotFound)) {
+    return step.Refused() ? 2 : shellExecuteResult;
+  }
+  return shellExecuteResult;
+}
+
+void VirtualProcesses::EndProcess() {
+  JournalEntry entry;
+  entry.op = Op::EndProcess;
+  entry.ok = true;
+  machine_.journal.Add(entry);
+  throw ProcessEnded{};
+}
+
+std::vector<std::string> VirtualProcesses::StillRunning() const {
+  std::vector<std::string> running;
+  for (const auto& [id, child] : children_) {
+    if (child.script.neverEnds && !child.ended) running.push_back(child.commandLine);
+  }
+  return running;
+}

@@ -1,0 +1,86 @@
+// Child processes: the command interpreter with its copy command, and the extents tool.
+//
+// Does not model: children that run beside the program (a child has done its work when Shell
+// returns; only its end may come later), consoles, other programs.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/processes.h"
+#include "platform/virtual/interpreter.h"
+#include "platform/virtual/machine.h"
+
+// Leaves the program at EndProcess. Neither a Fault nor a std::exception.
+struct ProcessEnded {};
+
+// Leaves the program where it would wait for ever.
+struct ProgramHangs {
+  std::string waitingFor;
+};
+
+// How one child behaves that is not to behave well. Used up by the first command line that holds
+// match, in any case of letters.
+struct ChildScript {
+  std::string match;
+  int refusedWith = 0;          // Shell throws this Fault
+  bool goneBeforeOpen = false;  // OpenProcess gives 0
+  bool neverEnds = false;
+  bool hidesExitCode = false;
+  std::uint32_t milliseconds = 0;  // that pass before it ends
+  int times = 1;                   // so many children
+};
+
+class VirtualProcesses : public Processes {
+ public:
+  VirtualProcesses(Machine& machine, std::map<std::string, std::string>& environment)
+      : machine_(machine), environment_(environment) {}
+
+  std::uint32_t Shell(const std::string& commandLine, int windowStyle) override;
+  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override;
+  std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
+  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override;
+  void EndChild(std::uint32_t processId) override;
+  std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
+                              const std::string& parameters, const std::string& folder,
+                              int showCommand) override;
+  [[noreturn]] void EndProcess() override;
+
+  std::vector<ChildScript> scripts;
+  // What the tool prints for a file, by upper-case path, in place of the truth; "" for all others.
+  std::map<std::string, std::string> toolTexts;
+  std::intptr_t shellExecuteResult = 42;
+  std::function<void()> whileChildRuns;  // called in each Shell, before the child works
+
+  std::vector<std::string> StillRunning() const;
+  void Forget() { children_.clear(); }
+
+ private:
+  struct Child {
+    std::string commandLine;
+    ChildScript script;
+    std::uint64_t endsAt = 0;  // on the clock
+    std::uint32_t exitCode = 0;
+    bool ended = false;
+    std::string heldFile;  // output file that a child without end keeps open
+  };
+  std::string Environment(const std::string& name) const;
+  bool IsInterpreter(const std::string& program) const;
+  ChildScript TakeScript(const std::string& commandLine);
+  void RunCommandLine(const std::string& text, Child& child);
+  std::uint32_t RunCommand(const InterpretedCommand& command, Child& child);
+  std::uint32_t RunTool(const InterpretedCommand& command);
+  std::uint32_t RunCopy(const std::string& arguments, Child& child);
+  bool CopyFiles(const std::vector<std::string>& sources, const std::string& target);
+  void NoteExecuted(const std::string& what);
+  VirtualFile* File(const std::string& path);
+  VirtualFile* Create(const std::string& path, const std::string& text);
+  std::string ToolText(const std::string& path);
+
+  Machine& machine_;
+  std::map<std::string, std::string>& environment_;
+  std::map<std::uint32_t, Child> children_;
+  std::uint32_t nextId_ = 1000;
+};

@@ -1,0 +1,141 @@
+// The window, and the scripted user who works it.
+//
+// Does not model: keys (Enter is a double-click), tab order, drawing, tool tips, scroll bars.
+#pragma once
+
+#include <array>
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/toolkit.h"
+#include "platform/virtual/journal.h"
+
+// One thing that the user does.
+struct UserAction {
+  enum class Kind : std::uint8_t { Click, DoubleClick, PickRow, OpenRow, Resize, Close };
+  Kind kind;
+  Control control = Control::cmdExit;
+  std::string row = "";  // PickRow, OpenRow: the row's text or its beginning
+  float height = 0, width = 0;
+};
+
+UserAction Click(Control control);               // a tick box toggles first
+UserAction DoubleClick(Control control);         // a label
+UserAction Pick(Control list, std::string row);  // Combo1 raises its click, List1 nothing
+UserAction Open(std::string row);                // double-click on a row of List1
+UserAction Resize(float height, float width);
+UserAction CloseWindow();
+
+struct ShownBox {
+  Box box;
+  Answer answer;
+  bool scripted;  // false: nobody had an answer for it, the default button was pressed
+};
+
+struct ShownInput {
+  std::string prompt, title, initial, answer;
+};
+
+class VirtualToolkit : public Toolkit {
+ public:
+  explicit VirtualToolkit(Journal& journal) : journal_(journal) {}
+
+  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) override;
+  void ShowForm() override { shown = true; }
+  void UnloadForm() override { unloaded = true; }
+  void RunEventLoop() override;
+  void SetCaption(const std::string& text) override { caption = text; }
+  float FormHeight() override { return height; }
+  float FormWidth() override { return width; }
+  void SetFormHeight(float twips) override { height = twips; }
+  void SetFormWidth(float twips) override { width = twips; }
+  void MoveForm(float toLeft, float toTop) override;
+  float ScreenHeight() override { return 15360; }
+  float ScreenWidth() override { return 20480; }
+  bool IsMinimised() override { return minimised; }
+  void SetVisible(Control control, bool visible) override { At(control).visible = visible; }
+  void SetEnabled(Control control, bool enabled) override { At(control).enabled = enabled; }
+  bool IsTicked(Control checkBox) override { return At(checkBox).ticked; }
+  void SetTicked(Control checkBox, bool ticked) override { At(checkBox).ticked = ticked; }
+  void ClearItems(Control list) override;
+  void AddItem(Control list, const std::string& text) override;
+  int ItemCount(Control list) override { return static_cast<int>(At(list).rows.size()); }
+  std::string ItemText(Control list, int row) override;
+  int ListIndex(Control list) override { return At(list).selected; }
+  void SetListIndex(Control list, int row) override;
+  void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) override;
+  float TwipsPerPixelX() override { return 15; }
+  float TextWidth(const std::string& text) override {
+    return 90.0F * static_cast<float>(text.size());
+  }
+  Answer MsgBox(const Box& box) override;
+  std::string InputBox(const std::string& prompt, const std::string& title,
+                       const std::string& initial) override;
+  void MousePointer(Pointer shape) override;
+  void DoEvents() override;
+
+  // The state of the window, for looking at.
+  struct ControlState {
+    bool visible = true, enabled = true, ticked = false, sorted = false;
+    std::vector<std::string> rows;
+    int selected = -1;
+  };
+  struct SentMessage {
+    Control control;
+    std::uint32_t message;
+    std::intptr_t wParam;
+  };
+  ControlState& At(Control control) { return controls_[static_cast<std::size_t>(control)]; }
+  const FormDesign* design = nullptr;
+  std::string caption;
+  float height = 0, width = 0, left = 0, top = 0;
+  bool shown = false, unloaded = false, minimised = false;
+  Pointer pointer = Pointer::Default;
+  std::vector<SentMessage> sent;
+  std::vector<ShownBox> boxes;
+  std::vector<ShownInput> inputs;
+  std::size_t doEventsCalls = 0;
+
+  // The script. An answer for a title serves once, in the order given; those without a title serve
+  // the next box of any title that has more than one button.
+  void AnswerNext(Answer answer, const std::string& title = "");
+  void AnswerInput(const std::string& text) { inputAnswers_.push_back(text); }
+  std::deque<UserAction> actions;                // for RunEventLoop
+  std::map<std::size_t, UserAction> atDoEvents;  // by the number of the call, from 1
+  std::optional<UserAction> atEveryDoEvents;     // not within what it caused itself
+  bool defaultsAllowed = false;                  // questions without an answer are no failure
+
+  // A live user in place of the script. nextAction gives none at the end of the input.
+  std::function<std::optional<UserAction>()> nextAction;
+  std::function<Answer(const Box&)> onBox;
+  std::function<std::string(const ShownInput&)> onInput;
+
+  // Does one thing now. False: a person could not have done it (disabled, invisible, no such row).
+  bool Do(const UserAction& action);
+
+  // Questions that nobody had an answer for, and answers that were never asked for.
+  std::vector<std::string> ScriptFailures() const;
+  void Reset();
+
+ private:
+  struct ScriptedAnswer {
+    std::string title;
+    Answer answer;
+  };
+  bool CanBeWorked(Control control);
+  bool SelectRow(Control list, const std::string& start);
+  bool DoClick(Control control);
+  void Raise(UserEvent event);
+
+  Journal& journal_;
+  void (*handler_)(UserEvent) = nullptr;
+  std::array<ControlState, kControlCount> controls_;
+  std::vector<ScriptedAnswer> answers_;
+  std::deque<std::string> inputAnswers_;
+  std::vector<std::string> impossible_;
+  bool insideInjected_ = false;
+};

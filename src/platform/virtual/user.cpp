@@ -1,0 +1,139 @@
+// The user's side of the window: what an action changes, and which event it raises.
+#include <utility>
+
+#include "platform/virtual/toolkit.h"
+
+UserAction Click(Control control) {
+  return {.kind = UserAction::Kind::Click, .control = control};
+}
+
+UserAction DoubleClick(Control control) {
+  return {.kind = UserAction::Kind::DoubleClick, .control = control};
+}
+
+UserAction Pick(Control list, std::string row) {
+  return {.kind = UserAction::Kind::PickRow, .control = list, .row = std::move(row)};
+}
+
+UserAction Open(std::string row) {
+  return {.kind = UserAction::Kind::OpenRow, .control = Control::List1, .row = std::move(row)};
+}
+
+UserAction Resize(float height, float width) {
+  return {.kind = UserAction::Kind::Resize, .height = height, .width = width};
+}
+
+UserAction CloseWindow() {
+  return {.kind = UserAction::Kind::Close};
+}
+
+namespace {
+
+struct ClickEvent {
+  Control control;
+  UserEvent event;
+};
+
+constexpr ClickEvent kClickEvents[] = {
+    {Control::chkShowAll, UserEvent::chkShowAll_Click},
+    {Control::cmdRefreshDrive, UserEvent::cmdRefreshDrive_Click},
+    {Control::cmdRestoreTSD, UserEvent::cmdRestoreTSD_Click},
+    {Control::cmdSwitchPtns, UserEvent::cmdSwitchPtns_Click},
+    {Control::cmdHelp, UserEvent::cmdHelp_Click},
+    {Control::cmdExit, UserEvent::cmdExit_Click},
+    {Control::Label2, UserEvent::Label2_Click},
+    {Control::Chk_ISO, UserEvent::Chk_ISO_Click},
+    {Control::cmd_rebootPE, UserEvent::cmd_rebootPE_Click},
+};
+
+}  // namespace
+
+void VirtualToolkit::Raise(UserEvent event) {
+  if (handler_ != nullptr) handler_(event);
+}
+
+bool VirtualToolkit::CanBeWorked(Control control) {
+  return At(control).visible && At(control).enabled;
+}
+
+bool VirtualToolkit::SelectRow(Control list, const std::string& start) {
+  ControlState& state = At(list);
+  for (std::size_t row = 0; row < state.rows.size(); ++row) {
+    if (!state.rows[row].starts_with(start)) continue;
+    state.selected = static_cast<int>(row);
+    return true;
+  }
+  return false;
+}
+
+bool VirtualToolkit::DoClick(Control control) {
+  if (!CanBeWorked(control)) return false;
+  for (const ClickEvent& click : kClickEvents) {
+    if (click.control != control) continue;
+    if (control == Control::chkShowAll || control == Control::Chk_ISO) {
+      At(control).ticked = !At(control).ticked;
+    }
+    Raise(click.event);
+    return true;
+  }
+  return false;
+}
+
+bool VirtualToolkit::Do(const UserAction& action) {
+  if (design == nullptr || unloaded) return false;
+  switch (action.kind) {
+    case UserAction::Kind::Click:
+      return DoClick(action.control);
+    case UserAction::Kind::DoubleClick:
+      if (action.control != Control::Label1) return false;
+      Raise(UserEvent::Label1_DblClick);
+      return true;
+    case UserAction::Kind::PickRow:
+      if (!CanBeWorked(action.control) || !SelectRow(action.control, action.row)) return false;
+      if (action.control == Control::Combo1) Raise(UserEvent::Combo1_Click);
+      return true;
+    case UserAction::Kind::OpenRow:
+      if (!CanBeWorked(Control::List1) || !SelectRow(Control::List1, action.row)) return false;
+      Raise(UserEvent::List1_DblClick);
+      return true;
+    case UserAction::Kind::Resize:
+      height = action.height;
+      width = action.width;
+      Raise(UserEvent::Form_Resize);
+      return true;
+    case UserAction::Kind::Close:
+      Raise(UserEvent::Form_QueryUnload);
+      return true;
+  }
+  return false;
+}
+
+void VirtualToolkit::RunEventLoop() {
+  while (!unloaded) {
+    std::optional<UserAction> action;
+    if (nextAction) {
+      action = nextAction();
+    } else if (!actions.empty()) {
+      action = actions.front();
+      actions.pop_front();
+    }
+    if (!action) return;
+    if (!Do(*action) && !nextAction) {
+      impossible_.push_back("could not be done: action on control " +
+                            std::to_string(static_cast<int>(action->control)) + " " + action->row);
+    }
+  }
+}
+
+void VirtualToolkit::DoEvents() {
+  ++doEventsCalls;
+  if (insideInjected_) return;
+  std::optional<UserAction> action = atEveryDoEvents;
+  if (const auto once = atDoEvents.find(doEventsCalls); once != atDoEvents.end()) {
+    action = once->second;
+  }
+  if (!action) return;
+  insideInjected_ = true;
+  Do(*action);
+  insideInjected_ = false;
+}

@@ -1,0 +1,99 @@
+// A volume with files at known sectors of its disk. What a file holds lies in the disk's sectors;
+// names, sizes, times and places are kept here.
+//
+// Does not model: the file system's own records on the disk (a raw write over them is not
+// noticed), short names, security, letters of other alphabets in comparing names, streams.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "imagefiles/extents_text.h"
+#include "platform/devices.h"
+#include "platform/virtual/disk.h"
+
+constexpr std::uint32_t kDeviceTypeCd = 2;
+constexpr std::uint32_t kDeviceTypeDisk = 7;
+
+struct VirtualFile {
+  std::string path;  // from the volume's root, with the backslash in front
+  std::uint64_t size = 0;
+  std::uint32_t attributes = 0;
+  std::uint64_t lastWriteTime = 0;   // FILETIME
+  std::vector<Extent> extents = {};  // absolute sectors of the disk; none for a resident file
+  std::string resident = "";         // all of a file that owns no sectors
+  bool heldOpen = false;             // by a child that has not ended
+};
+
+// Where and how the next file that is copied to the volume comes to lie.
+struct Placement {
+  std::uint64_t lba = 0;                            // 0: first free place
+  unsigned pieces = 1;                              // extents, a cluster apart
+  std::optional<std::uint64_t> keepBytes = {};      // cut short: so many bytes arrive, dated now
+  std::optional<std::uint64_t> lastWriteTime = {};  // instead of the original's
+};
+
+class VirtualVolume {
+ public:
+  char letter = 'E';
+  VirtualDisk* disk = nullptr;  // null: a network letter
+  std::uint64_t firstSector = 0, sectors = 0;
+  std::string label, fileSystem = "NTFS";  // empty file system: not recognised, no files
+  std::uint32_t serial = 0;
+  std::uint32_t deviceType = kDeviceTypeDisk;  // 0: has no device number
+  bool tiedToTable = true;  // there only while an entry of its disk's table starts at firstSector
+  bool busy = false, refusesOpen = false, refusesDismount = false;
+  bool full = false;  // nothing more fits, whatever the sums say
+  std::uint32_t clusterSectors = 8;
+  std::uint64_t reservedSectors = 2048;  // at the start, never given to a file
+  std::deque<Placement> placements;      // for the next copies, in order
+
+  // State that the machine keeps.
+  bool present = false;
+  bool mounted = true;
+  Handle lockedBy = kNoHandle;
+  int partition = 0;  // table entry, 1 to 4; 0: none
+
+  std::string Name() const { return std::string(1, letter) + ":"; }
+  bool Covers(std::uint64_t lba, std::uint64_t count) const;
+
+  // Building. Folders on the way are made. A place that is taken or outside throws logic_error.
+  VirtualFile& AddFile(const std::string& path, std::uint64_t size, std::uint64_t lba,
+                       const std::string& firstBytes = "");
+  VirtualFile& AddPieces(const std::string& path, std::uint64_t size, std::vector<Extent> extents);
+  VirtualFile& AddText(const std::string& path, const std::string& text);
+  VirtualFile& AddFolder(const std::string& path, std::uint32_t attributes = 0);
+
+  VirtualFile* Find(const std::string& path);  // null: none; the root is none
+  bool FolderExists(const std::string& path);
+  std::vector<VirtualFile*> List(const std::string& folder);  // sorted by name
+  void Remove(const std::string& path);
+  void Move(const std::string& from, const std::string& to);  // with everything below it
+
+  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes) const;
+  // Makes target a copy of bytes of source's file, as placements says. Null: no room, no target.
+  VirtualFile* CopyIn(const std::string& target, const VirtualVolume& source,
+                      const VirtualFile& file, std::uint64_t now);
+
+ private:
+  VirtualFile& Insert(VirtualFile file);
+  std::vector<Extent> Allocate(std::uint64_t sectorCount, const Placement& placement) const;
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> Gaps() const;
+  bool IsFree(std::uint64_t lba, std::uint64_t count) const;
+
+  std::map<std::string, VirtualFile> files_;  // by upper-case path
+};
+
+// "E:\a\\b" as "E" and "\a\b". A path without a letter is taken from folder.
+struct SplitPath {
+  char letter;
+  std::string rest;  // "" for the root
+};
+SplitPath SplitAtVolume(const std::string& path, const std::string& folder);
+std::string ParentOf(const std::string& path);
+std::string NameOf(const std::string& path);
