@@ -1,3 +1,4 @@
+#include "platform/win32/scsi_record.h"
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
 
@@ -60,6 +61,9 @@ class RealDevices final : public Devices {
 
   bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in, std::uint32_t inSize,
                        void* out, std::uint32_t outSize, std::uint32_t& returned) override {
+    if (code == kIoctlScsiPassThrough && sizeof(void*) == 8) {
+      return SendWideScsiRecord(handle, out, outSize, returned);
+    }
     DWORD count = 0;
     const bool ok = ::DeviceIoControl(Native(handle), code, const_cast<void*>(in), inSize, out,
                                       outSize, &count, nullptr) != FALSE;
@@ -70,6 +74,21 @@ class RealDevices final : public Devices {
   bool CloseHandle(Handle handle) override { return ::CloseHandle(Native(handle)) != FALSE; }
 
   std::uint32_t GetLastError() override { return ::GetLastError(); }
+
+ private:
+  // The same record serves as input and output.
+  static bool SendWideScsiRecord(Handle handle, void* record, std::uint32_t size,
+                                 std::uint32_t& returned) {
+    auto* bytes = static_cast<std::uint8_t*>(record);
+    std::vector<std::uint8_t> wide = WidenScsiRecord(bytes, size);
+    const auto wideSize = static_cast<DWORD>(wide.size());
+    DWORD count = 0;
+    const bool ok = ::DeviceIoControl(Native(handle), kIoctlScsiPassThrough, wide.data(), wideSize,
+                                      wide.data(), wideSize, &count, nullptr) != FALSE;
+    if (ok) NarrowScsiAnswer(wide, bytes, size);
+    returned = ok ? count : 0;
+    return ok;
+  }
 };
 
 }  // namespace
