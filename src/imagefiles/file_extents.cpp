@@ -13,6 +13,7 @@
 #include "text/text.h"
 
 std::string GFE_Path;
+Handle ToolCopyHandle = kNoHandle;
 
 namespace {
 
@@ -127,6 +128,22 @@ void TakeResult(const std::string& file) {
 }
 
 }  // namespace
+
+bool HoldToolCopy(const std::string& original) {
+  ErrorMode on;
+  ToolCopyHandle = on(kInvalidHandle, [] {
+    return Sys.devices->CreateFileA(GFE_Path, kGenericRead, kShareRead, kOpenExisting, 0);
+  });
+  return ToolCopyHandle > kNoHandle && on(false, [&] {
+           return Sys.files->ReadTextFile(GFE_Path) == Sys.files->ReadTextFile(original);
+         });
+}
+
+void DeleteToolCopy() {
+  ErrorMode on;
+  MyCloseHandle(ToolCopyHandle);
+  if (!GFE_Path.empty() && FileIsThere(GFE_Path)) on([] { Sys.files->FileDelete(GFE_Path); });
+}
 
 void GetFileStart(const std::string& fFILE) {
   ErrorMode on;

@@ -4,11 +4,22 @@
 
 #include <string>
 
+#include "platform/devices.h"
 #include "text/exact_integer.h"
 
 // Full path of the temp copy of getFileExtents.exe; begins with a drive letter and a colon. Set by
 // start-up.
 extern std::string GFE_Path;
+
+// The temp copy held open while the program runs, so that nobody can change, delete or rename what
+// is run with this program's rights.
+extern Handle ToolCopyHandle;
+
+// Holds the copy at GFE_Path. True: it is held and is byte for byte the tool at original.
+bool HoldToolCopy(const std::string& original);
+
+// Lets the copy go and deletes it if it is there.
+void DeleteToolCopy();
 
 // Measures the file. The results are the fields FStart to GFE_File of Form1; FStartSectors is 0
 // when there is no usable one, MoreThanOneExtent tells of a file in pieces. Shows its own boxes.

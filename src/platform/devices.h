@@ -12,6 +12,7 @@ constexpr Handle kInvalidHandle = -1;
 
 // Access, sharing, disposition and flags of CreateFileA (winnt.h, winbase.h).
 constexpr std::uint32_t kFileReadAttributes = 0x80;
+constexpr std::uint32_t kGenericRead = 0x80000000;
 constexpr std::uint32_t kGenericReadWrite = 0xC0000000;
 constexpr std::uint32_t kShareNone = 0;
 constexpr std::uint32_t kShareRead = 1;

@@ -3,7 +3,6 @@
 #include <exception>
 #include <optional>
 
-#include "disk/file_probe.h"
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
@@ -109,11 +108,6 @@ struct Selections {
     if (now.onlyIso != onlyIso) Sys.toolkit->SetTicked(Control::Chk_ISO, onlyIso);
   }
 };
-
-void DeleteToolCopy() {
-  ErrorMode on;
-  if (!GFE_Path.empty() && FileIsThere(GFE_Path)) on([] { Sys.files->FileDelete(GFE_Path); });
-}
 
 }  // namespace
 

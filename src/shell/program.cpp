@@ -32,6 +32,7 @@ void ResetProgram() {
   Physical_Drive_no = 0;
   hDrive = kNoHandle;
   lngHandle = kNoHandle;
+  ToolCopyHandle = kNoHandle;
   ShowAllDrives = false;
   DriveBytes = 0;
   OSVersionCode = 0;

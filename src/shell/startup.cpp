@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "disk/file_probe.h"
+#include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "disk/window_sweep.h"
 #include "imagefiles/child_process.h"
@@ -70,16 +71,22 @@ std::string LongTempFolder() {
   return Taken(longBuffer, length);
 }
 
+// Others may write to the temp folder, so from here on the copy is held, and looked at.
+bool CopyIsOurs() {
+  MyCloseHandle(ToolCopyHandle);
+  return ToolIsAt(GFE_Path) && HoldToolCopy(ToolInProgramFolder());
+}
+
 // Falls back to the root of C: where the temp folder won't take the tool.
 void RequireToolCopy(ErrorMode& on) {
-  if (ToolIsAt(GFE_Path)) return;
+  if (CopyIsOurs()) return;
   MsgBox({.title = "Copy GFE file to TMP failed",
           .text = "WARNING: No TMP variable found in Windows environment or cannot copy file to " +
                   GFE_Path,
           .icon = Icon::Exclamation});
   GFE_Path = "C:\\getFileExtents.exe";
   on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
-  if (!ToolIsAt(GFE_Path)) Sys.processes->EndProcess();
+  if (!CopyIsOurs()) Sys.processes->EndProcess();
 }
 
 // Windows PE keeps its temp folder on a RAM disk, where no tool can say a place.
