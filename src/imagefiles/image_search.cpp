@@ -1,6 +1,5 @@
 #include "imagefiles/image_search.h"
 
-#include <array>
 #include <vector>
 
 #include "disk/drive_discovery.h"
@@ -42,22 +41,10 @@ bool IsFolder(ErrorMode& on, const std::string& path, bool ifUnknown) {
   return (attributes & kAttributeDirectory) != 0;
 }
 
-// The first of the series' paths that is a file on another volume than drive, or empty.
-std::string OnOtherVolume(const std::string& drive, const std::string& behindVolume) {
-  for (const std::string& volume : Volumes()) {
-    if (volume.empty() || volume == drive) continue;
-    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
-  }
-  return "";
-}
-
 std::string CompanionText(const std::string& path, const std::string& stem) {
   if (stem.empty()) return "";
-  const std::string drive = path.substr(0, 2);
-  for (const std::string& folder : {path.substr(2), std::string("\\_ISO\\"), std::string("\\")}) {
-    const std::string found = OnOtherVolume(drive, folder + stem);
-    if (!found.empty()) return found;
-  }
+  const std::string found = FindCompanionElsewhere(path.substr(0, 2), path.substr(2), stem);
+  if (!found.empty()) return found;
   return FileIsThere(path + stem) ? stem : "";
 }
 
@@ -65,7 +52,7 @@ std::string FourthText(const std::string& path, const std::string& fourthName) {
   if (fourthName.empty()) return "";
   const std::string drive = path.substr(0, 2);
   const std::string inImageFolder = "\\_ISO\\" + fourthName;
-  const std::string found = OnOtherVolume(drive, inImageFolder);
+  const std::string found = FindOnOtherVolume(drive, inImageFolder);
   if (!found.empty()) return found;
   if (FileIsThere(vol2 + inImageFolder)) return vol2 + inImageFolder;
   if (FileIsThere(path + fourthName)) return fourthName;
@@ -141,6 +128,23 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
     FindFilesAPI(folder, SearchStr, FileCount, DirCount);
   }
   Sys.toolkit->MousePointer(Pointer::Default);
+}
+
+std::string FindOnOtherVolume(const std::string& drive, const std::string& behindVolume) {
+  for (const std::string& volume : {vol1, vol2, vol3, vol4}) {
+    if (volume.empty() || volume == drive) continue;
+    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
+  }
+  return "";
+}
+
+std::string FindCompanionElsewhere(const std::string& drive, const std::string& folder,
+                                   const std::string& base) {
+  for (const std::string& series : {folder, std::string("\\_ISO\\"), std::string("\\")}) {
+    const std::string found = FindOnOtherVolume(drive, series + base);
+    if (!found.empty()) return found;
+  }
+  return "";
 }
 
 std::string GetList1() {

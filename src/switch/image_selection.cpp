@@ -1,7 +1,5 @@
 #include "switch/image_selection.h"
 
-#include <array>
-
 #include "disk/drive_discovery.h"
 #include "disk/file_probe.h"
 #include "disk/sector_buffer.h"
@@ -32,27 +30,9 @@ std::size_t Position(std::size_t found) {
   return found == std::string::npos ? 0 : found + 1;
 }
 
-std::array<std::string, 4> Volumes() {
-  return {vol1, vol2, vol3, vol4};
-}
-
-// The first of the paths on another volume than the image's that is a file, or empty.
-std::string FindOnOtherVolume(const SwitchRun& run, const std::string& behindVolume) {
-  for (const std::string& volume : Volumes()) {
-    if (volume.empty() || volume == run.ImageDrive) continue;
-    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
-  }
-  return "";
-}
-
 void FindCompanion(SwitchRun& run) {
   if (!run.ImageBase.empty()) {
-    for (const std::string& folder :
-         {run.ImageFolder, std::string("\\_ISO\\"), std::string("\\")}) {
-      if (run.CompanionFile.empty()) {
-        run.CompanionFile = FindOnOtherVolume(run, folder + run.ImageBase);
-      }
-    }
+    run.CompanionFile = FindCompanionElsewhere(run.ImageDrive, run.ImageFolder, run.ImageBase);
   }
   if (run.CompanionFile.empty() && FileIsThere(run.ImageStem)) run.CompanionFile = run.ImageStem;
   if (!run.CompanionFile.empty()) run.CompanionName = ProbeFile(run.CompanionFile);
@@ -60,7 +40,7 @@ void FindCompanion(SwitchRun& run) {
 
 void FindFourth(SwitchRun& run) {
   const std::string inImageFolder = "\\_ISO\\" + run.FourthName;
-  run.FourthFile = FindOnOtherVolume(run, inImageFolder);
+  run.FourthFile = FindOnOtherVolume(run.ImageDrive, inImageFolder);
   for (const std::string& path : {run.ImageDir + run.FourthName, run.ImageDrive + inImageFolder}) {
     if (run.FourthFile.empty() && FileIsThere(path)) run.FourthFile = path;
   }
