@@ -16,10 +16,6 @@ namespace {
 constexpr std::string_view kCompanionMark = " :&: ";
 constexpr std::string_view kFourthMark = " :&X4: ";
 
-std::array<std::string, 4> Volumes() {
-  return {vol1, vol2, vol3, vol4};
-}
-
 // Calls visit with each entry of the search, "." and ".." left out.
 template <class Visit>
 void ForEachEntry(ErrorMode& on, const std::string& pattern, Visit visit) {
