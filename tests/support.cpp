@@ -1,0 +1,97 @@
+#include "tests/support.h"
+
+#include "shell/log_writer.h"
+#include "shell/main_window.h"
+#include "shell/program.h"
+#include "shell/window_design.h"
+
+void PrintTo(const BoxRow& box, std::ostream* out) {
+  *out << "[" << box.title << "] " << ::testing::PrintToString(box.text) << " buttons "
+       << static_cast<int>(box.buttons) << " icon " << static_cast<int>(box.icon);
+}
+
+ProgramOnPc::ProgramOnPc() : world(demo::Make(pc)) {
+}
+
+ProgramOnPc::~ProgramOnPc() {
+  EXPECT_EQ(pc.toolkit.ScriptFailures(), std::vector<std::string>());
+  if (leavesHandles) return;
+  EXPECT_EQ(pc.OpenHandles(), std::vector<std::string>());
+  EXPECT_EQ(pc.HeldLocks(), std::vector<std::string>());
+}
+
+void ProgramOnPc::Prepare() {
+  Sys = pc.platform();
+  ResetProgram();
+  Sys.toolkit->CreateForm(kFormDesign, OnUserEvent);
+}
+
+RunEnd ProgramOnPc::Start(const std::vector<UserAction>& actions) {
+  RunEnd end = pc.Run([&] { RunProgram(pc.platform()); });
+  if (actions.empty()) return end;
+  TakeBoxes();
+  pc.machine.journal.Clear();
+  for (const UserAction& action : actions) {
+    if (end == RunEnd::Returned) end = Do(action);
+  }
+  return end;
+}
+
+RunEnd ProgramOnPc::Do(const UserAction& action) {
+  return pc.Run([&] { EXPECT_TRUE(pc.toolkit.Do(action)) << "not to be done: " << action.row; });
+}
+
+BoxRows ProgramOnPc::TakeBoxes() {
+  BoxRows rows;
+  for (; boxesTaken_ < pc.toolkit.boxes.size(); ++boxesTaken_) {
+    const Box& box = pc.toolkit.boxes[boxesTaken_].box;
+    rows.push_back({box.title, box.text, box.buttons, box.icon});
+  }
+  return rows;
+}
+
+void ProgramOnPc::TurnLoggingOn() {
+  EXPECT_EQ(Do(DoubleClick(Control::Label1)), RunEnd::Returned);
+  TakeBoxes();
+  TakeLog();
+}
+
+std::vector<std::string> ProgramOnPc::TakeLog() {
+  std::vector<std::string> messages;
+  const VirtualFile* log = world.c.Find((TempFolder + "Rotate_TSD.log").substr(2));
+  if (log == nullptr) return messages;
+  const std::string text = world.c.Read(*log, 0, log->size);
+  std::size_t line = 0;
+  for (std::size_t at = 0; at < text.size(); ++line) {
+    const std::size_t end = text.find("\r\n", at);
+    if (end == std::string::npos) break;
+    const std::size_t message = text.find('\t', at) + 1;
+    if (line >= logTaken_) messages.push_back(text.substr(message, end - message));
+    at = end + 2;
+  }
+  logTaken_ = line;
+  return messages;
+}
+
+void ProgramOnPc::Plan(FaultKind kind, OpMask mask, std::size_t nth, std::uint32_t error,
+                       int faultNumber) {
+  pc.machine.plan = {
+      .kind = kind, .nth = nth, .mask = mask, .error = error, .faultNumber = faultNumber};
+}
+
+std::uint32_t Word32(const VirtualSector& sector, std::size_t at) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 4; i-- > 0;) value = value << 8 | sector[at + i];
+  return value;
+}
+
+TableEntry EntryOf(const VirtualSector& table, int entry) {
+  const std::size_t at = 446 + 16 * (static_cast<std::size_t>(entry) - 1);
+  return {table[at] == 0x80, table[at + 4], Word32(table, at + 8), Word32(table, at + 12)};
+}
+
+VirtualSector FilledSector(std::uint8_t byte) {
+  VirtualSector sector;
+  sector.fill(byte);
+  return sector;
+}
