@@ -107,7 +107,8 @@ bool ReadandParseSector(const std::string& volume, std::int64_t SecNo) {
   SectorBuffer.resize(kSectorSize);
   for (std::size_t i = 0; i < kSectorSize; ++i) SectorBuffer[i] = static_cast<std::uint8_t>(i % 16);
   Open_Physical_Disk_hDrive(Physical_Drive_no);  // a failed open shows as a failed read
-  const bool read = DirectReadDrive(SecNo, 1) || DirectReadDrive(SecNo, 1);
+  bool read = DirectReadDrive(SecNo, 1);
+  if (!read) read = DirectReadDrive(SecNo, 1);
   on([] { Sys.clock->Sleep(kPauseMilliseconds); });
   on([] { DoEvents(); });
   MyCloseHandle(hDrive);
