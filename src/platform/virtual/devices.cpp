@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr std::uint32_t kGenericRead = 0x80000000;
 constexpr std::uint32_t kGenericWrite = 0x40000000;
 
 bool IsDigits(const std::string& text) {
