@@ -78,7 +78,7 @@ std::string FormatCommas(double value, const std::string& /*mask*/) {
   const std::size_t first = text.starts_with('-') ? 1 : 0;
   for (std::size_t i = text.size(); i > first + 3;) {
     i -= 3;
-    text.insert(i, ",");
+    text.insert(i, 1, ',');
   }
   return text;
 }
