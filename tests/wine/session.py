@@ -127,7 +127,8 @@ class Session:
 
     def __init__(self, folder, image, program=None):
         self.folder, self.image = folder, image
-        self.program = program or os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe")
+        self.program = program or os.environ.get(
+            "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
         self.children = []
         self.usb = None
 

@@ -38,9 +38,9 @@ def detach(device):
         run("losetup", "--detach", device)
 
 
-def mount_ntfs(device, folder):
+def mount_ntfs(device, folder, options="rw"):
     os.makedirs(folder, exist_ok=True)
-    run("ntfs-3g", device, folder)
+    run("ntfs-3g", "-o", options, device, folder)
     _mounts.append(folder)
 
 

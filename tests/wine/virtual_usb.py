@@ -47,7 +47,8 @@ class Volume:
             return True
         try:
             if self.kind in stick.NTFS_TYPES:
-                stick.mount_ntfs(self.device, self.folder)
+                # Read only, so that a story can say of every sector who changed it.
+                stick.mount_ntfs(self.device, self.folder, "ro")
             else:  # no FAT in every kernel: a copy of its files, to be read only
                 stick.run("mcopy", "-s", "-n", "-i", self.device, "::", self.folder)
         except RuntimeError as failure:
@@ -184,10 +185,10 @@ class VirtualUsb:
     def do_close(self, number):
         name = self.names.pop(number, None)
         if name is not None:
-            for volume in self.volumes.values():
-                if volume.locked_by == number:
-                    volume.locked_by = None
-            self.note(f"close {name}")
+            held = [volume for volume in self.volumes.values() if volume.locked_by == number]
+            for volume in held:
+                volume.locked_by = None
+            self.note(f"close {name}" + (" and its lock" if held else ""))
         return "pass"
 
     def do_touch(self, path):

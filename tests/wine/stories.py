@@ -1,0 +1,349 @@
+#!/usr/bin/env python3
+"""Whole stories with the shipped executable in a real window: stories.py [STORY...].
+
+Each story plays on its own copy of the demo stick and leaves it in build/rig/runs/STORY with the
+journal and a picture. The boot tests start from those sticks.
+"""
+
+import os
+import signal
+import sys
+import time
+import traceback
+
+import make_stick
+import stick
+from session import RIG, STICK, Session, box_text, control, prepare
+
+RUNS = os.path.join(RIG, "runs")
+DISK = "PhysicalDrive1"
+TAB, ENTER, ESCAPE, DOWN, ALT, SHIFT = 9, 13, 27, 40, 18, 16
+RESTORE, SWAP = "Restore TSD partitions", "Access Partition 2 on a Removable drive"
+ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
+
+STORIES = []
+
+
+def story(function):
+    STORIES.append(function)
+    return function
+
+
+def check(what, got, expected):
+    if got != expected:
+        raise AssertionError(f"{what}:\n  expected {expected!r}\n  got      {got!r}")
+
+
+def fresh_stick(name, source=STICK):
+    os.makedirs(RUNS, exist_ok=True)
+    image = os.path.join(RUNS, name + ".img")
+    stick.copy(source, image)
+    return image
+
+
+def session(name, image):
+    return Session(os.path.join(RUNS, name), image)
+
+
+def places():
+    """Where the images lie, asked of the demo stick's file system: name to (start, sectors)."""
+    found = {}
+    probe = fresh_stick("places")
+    with stick.Ntfs(probe, os.path.join(RIG, "look"), make_stick.MAIN_START,
+                    make_stick.MAIN_SECTORS) as folder:
+        for name in (make_stick.RESCUE, make_stick.UEBUNG, make_stick.EXT, make_stick.PACK,
+                     make_stick.COMPANION, make_stick.FOURTH):
+            path = os.path.join(folder, name)
+            found[name] = (stick.file_runs(path, make_stick.MAIN_START)[0][1],
+                           os.path.getsize(path) // stick.SECTOR)
+    os.remove(probe)
+    return found
+
+
+def ordered(journal):
+    """The operations whose order matters around a write; a close only where it ends a lock."""
+    return [line.replace(" " + DISK, "") for line in journal
+            if line.split(" ")[0] in ORDERED or line.endswith("and its lock")]
+
+
+def each(letters, *steps):
+    """The steps for each letter in turn."""
+    return [step.replace("?", letter + ":") for letter in letters for step in steps]
+
+
+def written(lba):
+    return [f"write {lba}", "flush"]
+
+
+DISMOUNT = ("lock ?", "dismount ?", "close ? and its lock")
+
+
+def new_table(letters_before, letters_after):
+    """The order in which a new sector 0 reaches the disk and the volumes come back."""
+    return (each(letters_before, *DISMOUNT) + written(0) + ["renew"]
+            + each(letters_after, "lock ?", "dismount ?") + each(letters_after, "unlock ?")
+            + ["renew", "renew"])
+
+
+def backups():
+    return written(60) + written(30)
+
+
+def boot_record(letters, start):
+    """The order around the image's boot record: the volumes stay locked during the write."""
+    return (each(letters, *DISMOUNT) + each(letters, "lock ?", "dismount ?") + written(start)
+            + each(letters, "unlock ?"))
+
+
+def check_sector_0(image, before):
+    after = stick.read(image, 0)
+    for first, end in ((0, 440), (444, 446), (510, 512)):
+        check(f"bytes {first} to {end - 1} of sector 0", after[first:end], before[first:end])
+    for lba in (30, 60):
+        check(f"the backup at LBA {lba}", stick.read(image, lba), before)
+
+
+def check_image(image, start, sectors):
+    """Entry 1's sectors are the image file's bytes, all but the hidden-sectors field."""
+    expected = bytearray(stick.read(STICK, start, sectors))
+    expected[28:32] = start.to_bytes(4, "little")
+    if stick.read(image, start, sectors) != bytes(expected):
+        raise AssertionError("the partition does not hold the image file's bytes")
+
+
+def check_changed(image, sectors):
+    """These sectors of the whole disk differ from the demo stick, and no others."""
+    changed, step = [], 4096
+    for first in range(0, make_stick.TOTAL_SECTORS, step):
+        now, before = stick.read(image, first, step), stick.read(STICK, first, step)
+        if now != before:
+            changed += [first + at // stick.SECTOR for at in range(0, len(now), stick.SECTOR)
+                        if now[at:at + stick.SECTOR] != before[at:at + stick.SECTOR]]
+    check("the sectors changed on the disk", changed, sectors)
+
+
+def check_writes(run, sectors):
+    writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
+    check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
+
+
+def doubleclick(run, name, before_question=lambda: None):
+    """Double-clicks an image and agrees; gives the words of the last question."""
+    run.usb.journal.clear()
+    run.robot.doubleclick(name.replace("/", "\\"))
+    before_question()
+    box = run.robot.expect_box("Change partition table")
+    check("the default button", [part["text"] for part in box["controls"] if part.get("default")],
+          ["OK"])
+    run.robot.answer("OK")
+    return box_text(box)
+
+
+@story
+def switch(place):
+    """A double-click on an NTFS image with blanks in its name."""
+    image = fresh_stick("switch")
+    before = stick.read(image, 0)
+    start, sectors = place[make_stick.RESCUE]
+    with session("switch", image) as run:
+        state = run.robot.wait_ready()
+        check("the drives", [row[:11] for row in state["drives"]], ["E: DRIVE 1 ", "F: DRIVE 1 "])
+        check("the label in the row", "TSD Stick Ü" in state["drives"][0], True)
+        check("images on the stick", len(state["images"]), 4)
+        check("restore is off", control(state, RESTORE)["enabled"], False)
+        run.picture(os.path.join(RUNS, "switch.png"))
+        text = doubleclick(run, make_stick.RESCUE)
+        check("the question", text.replace("\r", "").split("\n"), [
+            f"PTN1: Type=07 (NTFS)   Start={start} (0x{start:X}) ",
+            "E:\\" + make_stick.RESCUE.replace("/", "\\"), "", "PTN2: -", "", "PTN3: -", "",
+            "PTN4: -", "", "OK to write new MBR to Drive 1?"])
+        state = run.robot.wait_ready()
+        check("the order of the operations", ordered(run.usb.journal),
+              backups() + ["box none Change partition table"] + boot_record("EF", start)
+              + new_table("EF", "E"))
+        check_writes(run, (60, 30, start, 0))
+        check("images on the new volume", state["images"], [])
+        check("the new volume", "Rescue menu" in state["drives"][0], True)
+        check("restore is on", control(state, RESTORE)["enabled"], True)
+    check_sector_0(image, before)
+    check_image(image, start, sectors)
+    check_changed(image, [0, 30, 60, start])
+    check("the table", stick.sfdisk(image), {1: (7, start, sectors, True)})
+    check("the disk signature", stick.read(image, 0)[440:444], start.to_bytes(4, "little"))
+
+
+@story
+def way_back(_):
+    """Restore on the switched stick, then swap partitions 1 and 2, and swap again."""
+    image = fresh_stick("way_back", os.path.join(RUNS, "switch.img"))
+    old = stick.read(STICK, 0)
+    main = (7, make_stick.MAIN_START, make_stick.MAIN_SECTORS, True)
+    second = (0x0E, make_stick.SECOND_START, make_stick.SECOND_SECTORS, False)
+    with session("way_back", image) as run:
+        state = run.robot.wait_ready()
+        check("images before the restore", state["images"], [])
+        run.usb.journal.clear()
+        run.robot.do(f"click {RESTORE}")
+        run.robot.box("Restore TSD partition table", "OK")
+        state = run.robot.wait_ready()
+        check("the order of the restore", ordered(run.usb.journal),
+              ["box none Restore TSD partition table"] + new_table("E", "EF"))
+        check("sector 0 after the restore", stick.read(image, 0), old)
+        check("the table after the restore", stick.sfdisk(image), {1: main, 2: second})
+        check("images after the restore", len(state["images"]), 4)
+        for table in ({1: second, 2: main}, {1: main, 2: second}):
+            check("swap is on", control(state, SWAP)["enabled"], True)
+            run.usb.journal.clear()
+            run.robot.do(f"click {SWAP}")
+            run.robot.box("Make 2nd partition accessible on Removable drive?", "OK")
+            state = run.robot.wait_ready()
+            check("the order of the swap", ordered(run.usb.journal),
+                  ["box none Make 2nd partition accessible on Removable drive?"]
+                  + new_table("EF", "EF"))
+            check("the table after the swap", stick.sfdisk(image), table)
+        check("sector 0 after two swaps", stick.read(image, 0), old)
+
+
+@story
+def pack(place):
+    """An image with a companion and a fourth file, whose type the user is asked."""
+    image = fresh_stick("pack")
+    before = stick.read(image, 0)
+    start, sectors = place[make_stick.PACK]
+    with session("pack", image) as run:
+        state = run.robot.wait_ready()
+        row = "E:\\" + make_stick.PACK.replace("/", "\\") + " :&: Pack :&X4: persist"
+        check("the row", row in state["images"], True)
+
+        def type_question():
+            box = run.robot.expect_box("Set partition type (hex)")
+            field = next(part for part in box["controls"] if part["class"] == "Edit")
+            check("the type offered", field["text"], "0x83")
+            check("the prompt", "for the 4th image file" in box_text(box), True)
+            run.robot.answer("OK")
+
+        text = doubleclick(run, make_stick.PACK, type_question)
+        check("entry 4 in the question", f"PTN4: Type=83 Start={place[make_stick.FOURTH][0]} " in text,
+              True)
+        run.robot.wait_ready()
+        check_writes(run, (60, 30, start, 0))
+    check_sector_0(image, before)
+    check_image(image, start, sectors)
+    check("the table", stick.sfdisk(image), {
+        1: (7, start, sectors, True), 3: (7, *place[make_stick.COMPANION], False),
+        4: (0x83, *place[make_stick.FOURTH], False)})
+
+
+@story
+def other_format(place):
+    """An image of another format: its type is typed, its boot record stays as it is."""
+    image = fresh_stick("other_format")
+    start, sectors = place[make_stick.EXT]
+    with session("other_format", image) as run:
+        run.robot.wait_ready()
+
+        def type_question():
+            run.robot.expect_box("Set partition type (hex)")
+            run.robot.do("type ox82")
+            run.robot.answer("OK")
+
+        doubleclick(run, make_stick.EXT, type_question)
+        box = run.robot.box("Error in Adjusting Hidden Sectors in PBR", "OK")
+        check("the box", box_text(box), "UNKNOWN PARTITION TYPE 130")
+        run.robot.wait_ready()
+        check("its icon", "box stop Error in Adjusting Hidden Sectors in PBR" in run.usb.journal, True)
+        check_writes(run, (60, 30, 0))
+    check_changed(image, [0, 30, 60])
+    check("the table", stick.sfdisk(image), {1: (0x82, start, sectors, True)})
+
+
+@story
+def keyboard(place):
+    """Keys only: the tab order, an accelerator, Enter on a row with umlauts."""
+    image = fresh_stick("keyboard")
+    start, sectors = place[make_stick.UEBUNG]
+    with session("keyboard", image) as run:
+        state = run.robot.wait_ready()
+        run.robot.do("focus")
+        check("the first stop", state["focus"], "ComboBox")
+        stops = []
+        for _ in range(5):
+            run.robot.do(f"keys {TAB}")
+            time.sleep(0.2)
+            stops.append(run.robot.state()["focus"])
+        check("the tab order, past what is off", stops,
+              ["List all drives", "Refresh", SWAP, "Help", "Exit"])
+        run.robot.do(f"keys {ALT}+{ord('L')}")
+        warning = run.robot.expect_box("ROTATE_TSD")
+        check("the warning", box_text(warning),
+              "WARNING: Lists all drives containing grub4dos MBR!")
+        run.robot.do(f"keys {ESCAPE}")
+        state = run.robot.wait_ready()
+        check("unticked again", control(state, "List all drives")["ticked"], False)
+        for _ in range(12):
+            if run.robot.state()["focus"] == "ListBox":
+                break
+            run.robot.do(f"keys {TAB}")
+            time.sleep(0.2)
+        rows = run.robot.state()["images"]
+        wanted = next(row for row, text in enumerate(rows) if "Übung Süd" in text)
+        for _ in range(len(rows)):
+            if run.robot.state()["image"] == wanted:
+                break
+            run.robot.do(f"keys {DOWN}")
+            time.sleep(0.2)
+        run.usb.journal.clear()
+        run.robot.do(f"keys {ENTER}")
+        text = box_text(run.robot.expect_box("Change partition table"))
+        check("the type in the question", "PTN1: Type=0C (FAT32)  Start=" in text, True)
+        check("the name in the question", "E:\\" + make_stick.UEBUNG.replace("/", "\\") in text, True)
+        run.robot.do(f"keys {ENTER}")
+        run.robot.wait_ready()
+        check_writes(run, (60, 30, start, 0))
+    check_image(image, start, sectors)
+    check("the table", stick.sfdisk(image), {1: (0x0C, start, sectors, True)})
+
+
+@story
+def refused_write(place):
+    """The stick refuses sector 0: the user is told, the old table stands; a cancel changes nothing."""
+    image = fresh_stick("refused_write")
+    with session("refused_write", image) as run:
+        run.robot.wait_ready()
+        run.robot.doubleclick(make_stick.RESCUE.replace("/", "\\"))
+        run.robot.box("Change partition table", "Cancel")
+        run.robot.wait_ready()
+        check_writes(run, (60, 30))
+        run.usb.fault = lambda line: "fail C00000A2" if line == f"write {DISK} 0" else None
+        doubleclick(run, make_stick.RESCUE)
+        box = run.robot.box("SECTOR WRITE FAILED", "OK")
+        check("the box", box_text(box), "WRITE SECTOR 0 to DRIVE 1 FAILED!")
+        run.robot.wait_ready()
+        check_writes(run, (60, 30, place[make_stick.RESCUE][0], 0))
+        check("renewals after a failed write", [line for line in run.usb.journal if "renew" in line], [])
+    check_changed(image, [30, 60, place[make_stick.RESCUE][0]])
+
+
+def main(names):
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    prepare()
+    chosen = [function for function in STORIES if not names or function.__name__ in names]
+    place = places()
+    failed = 0
+    for function in chosen:
+        begun = time.monotonic()
+        try:
+            function(place)
+            verdict = "PASS"
+        except Exception:  # told, then on with the next story
+            traceback.print_exc()
+            verdict = "FAIL"
+            failed += 1
+        print(f"{verdict} {function.__name__}: {function.__doc__} "
+              f"({time.monotonic() - begun:.0f} s)", flush=True)
+    print(f"{len(chosen) - failed} passed, {failed} failed")
+    return 1 if failed or not chosen else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
