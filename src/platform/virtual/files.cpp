@@ -6,6 +6,10 @@
 #include "platform/virtual/wildcard.h"
 #include "text/text.h"
 
+namespace {
+constexpr std::uint32_t kDeleteAccess = 0x10000;  // DELETE; nobody here shares it
+}
+
 VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
   const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
   Place place;
@@ -38,11 +42,19 @@ VirtualFiles::Place VirtualFiles::Require(const Step& step, const std::string& p
   return place;
 }
 
-bool VirtualFiles::IsOpen(const Place& place) const {
+bool VirtualFiles::Collides(const Place& place, std::uint32_t access) const {
+  if (place.file == nullptr) return false;
   if (place.file->heldOpen) return true;
+  const std::uint32_t wanted = access == kDeleteAccess ? kDeleteAccess : access >> 30;
   return std::any_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
-    return held.second.kind == OpenHandle::Kind::File && held.second.volume == place.volume &&
-           UpperCase(held.second.path) == UpperCase(place.path);
+    const OpenHandle& open = held.second;
+    if (open.kind != OpenHandle::Kind::File || open.volume != place.volume ||
+        UpperCase(open.path) != UpperCase(place.path) || (open.access & kGenericReadWrite) == 0) {
+      return false;
+    }
+    // As bits of access read is 2 and write 1, as bits of sharing the other way round.
+    const std::uint32_t shared = (open.share & 1) << 1 | (open.share >> 1 & 1);
+    return wanted == kDeleteAccess || (wanted & ~shared) != 0;
   });
 }
 
@@ -143,7 +155,7 @@ void VirtualFiles::FileCopy(const std::string& from, const std::string& to) {
       ((source.file->attributes | (target.file != nullptr ? target.file->attributes : 0)) &
        kAttributeDirectory) != 0;
   if (folder) machine_.FailStatement(step, kPathFileAccessError);
-  if (IsOpen(source) || (target.file != nullptr && IsOpen(target))) {
+  if (Collides(source, kGenericRead) || Collides(target, kDeleteAccess)) {
     machine_.FailStatement(step, kPermissionDenied);
   }
   const VirtualFile original = *source.file;
@@ -164,7 +176,7 @@ void VirtualFiles::FileDelete(const std::string& path) {
   if ((place.file->attributes & kAttributeDirectory) != 0) {
     machine_.FailStatement(step, kFileNotFound);
   }
-  if (IsOpen(place)) machine_.FailStatement(step, kPermissionDenied);
+  if (Collides(place, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
   place.volume->Remove(place.path);
   machine_.End(step, true);
 }
@@ -179,7 +191,7 @@ void VirtualFiles::FileRename(const std::string& from, const std::string& to) {
   if (target.file != nullptr && target.file != source.file) {
     machine_.FailStatement(step, kFileAlreadyExists);
   }
-  if (source.volume != target.volume || IsOpen(source)) {
+  if (source.volume != target.volume || Collides(source, kDeleteAccess)) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
   source.volume->Move(source.path, target.path);
@@ -205,7 +217,7 @@ std::string VirtualFiles::ReadTextFile(const std::string& path) {
   if ((place.file->attributes & kAttributeDirectory) != 0) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
-  if (place.file->heldOpen) machine_.FailStatement(step, kPermissionDenied);
+  if (Collides(place, kGenericRead)) machine_.FailStatement(step, kPermissionDenied);
   const std::string text = place.volume->Read(*place.file, 0, place.file->size);
   machine_.End(step, true);
   return text;
@@ -218,7 +230,7 @@ std::size_t VirtualFiles::ReadBinaryFile(const std::string& path, std::uint8_t* 
   if ((place.file->attributes & kAttributeDirectory) != 0) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
-  if (place.file->heldOpen) machine_.FailStatement(step, kPermissionDenied);
+  if (Collides(place, kGenericRead)) machine_.FailStatement(step, kPermissionDenied);
   const std::string content = place.volume->Read(*place.file, 0, bytes);
   std::memcpy(data, content.data(), content.size());
   machine_.End(step, true);
@@ -235,7 +247,7 @@ void VirtualFiles::AppendLine(const std::string& path, const std::string& line) 
   if ((place.file->attributes & kAttributeDirectory) != 0) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
-  if (IsOpen(place)) machine_.FailStatement(step, kFileAlreadyOpen);
+  if (Collides(place, kGenericReadWrite)) machine_.FailStatement(step, kFileAlreadyOpen);
   if (place.volume->full) machine_.FailStatement(step, kDiskFull);
   if (!place.file->extents.empty()) {
     place.file->resident = place.volume->Read(*place.file, 0, place.file->size);

@@ -1,6 +1,6 @@
 // Searches and whole-file statements on the virtual volumes.
 //
-// Does not model: short (8.3) names, sharing between the program's own statements, read-only files.
+// Does not model: short (8.3) names, read-only files.
 #pragma once
 
 #include <string>
@@ -36,7 +36,9 @@ class VirtualFiles : public Files {
   Step BeginStatement(Op op, const std::string& path, const std::string& detail = "");
   // The file to work on; throws 76, 70, 53, 75 where there is none that can be used.
   Place Require(const Step& step, const std::string& path);
-  bool IsOpen(const Place& place) const;
+  // Another handle or a child holds the file so that it can't be used with this access; deleting
+  // collides with every handle that reads or writes.
+  bool Collides(const Place& place, std::uint32_t access) const;
   void Fill(FindData& found, VirtualVolume& volume, const std::string& folder,
             const std::string& name);
 

@@ -1,7 +1,7 @@
 #include "platform/virtual/toolkit.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <new>
 #include <utility>
 
 #include "text/text.h"
@@ -106,9 +106,12 @@ Answer VirtualToolkit::MsgBox(const Box& box) {
   const auto found = std::find_if(answers_.begin(), answers_.end(), fits);
   ShownBox shownBox{box, DefaultOf(box.buttons), box.buttons == Buttons::Ok};
   if (found != answers_.end()) {
-    if (!Offers(box.buttons, found->answer)) throw std::logic_error("no such button: " + box.title);
-    shownBox.answer = found->answer;
     shownBox.scripted = true;
+    if (Offers(box.buttons, found->answer)) {
+      shownBox.answer = found->answer;
+    } else {
+      impossible_.push_back("the scripted button is not on the box " + box.title);
+    }
     answers_.erase(found);
   }
   boxes.push_back(shownBox);

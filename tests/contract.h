@@ -1,0 +1,191 @@
+// What every implementation of the platform must hold to, as plain functions: the same list runs on
+// the virtual PC and, without a test framework, on Windows against a folder of its own.
+//
+//   for (const ContractCase& c : kContract) report(c.name, c.run(platform, "C:\\Temp\\"));
+//
+// The folder ends in a backslash, is empty and may be written to. Each case deletes its files (one
+// empty folder stays) and gives the empty text, or what is wrong.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace contract {
+
+// The number of the Fault that the statement throws; 0: none.
+template <class Statement>
+int FaultOf(Statement&& statement) {
+  try {
+    statement();
+  } catch (const Fault& fault) {
+    return fault.description.empty() ? -1 : fault.number;
+  }
+  return 0;
+}
+
+// All checks of a case, so that a failing one names itself.
+class Checks {
+ public:
+  void operator()(bool holds, const char* what) {
+    if (!holds) wrong_ += std::string(wrong_.empty() ? "" : "; ") + what;
+  }
+  const std::string& Wrong() const { return wrong_; }
+
+ private:
+  std::string wrong_;
+};
+
+inline std::string AppendMakesAndGrows(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string path = folder + "a log.txt";
+  p.files->AppendLine(path, "one");
+  check(p.files->ReadTextFile(path) == "one\r\n", "the first line makes the file");
+  p.files->AppendLine(path, "");
+  check(p.files->ReadTextFile(path) == "one\r\n\r\n", "an empty line is a line end");
+  p.files->FileDelete(path);
+  check(p.files->GetFileAttributesA(path) == kInvalidAttributes, "deleted");
+  return check.Wrong();
+}
+
+inline std::string StatementsFault(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string none = folder + "none.txt", away = folder + "no folder\\x.txt";
+  const std::string a = folder + "a.txt", b = folder + "b.txt";
+  p.files->AppendLine(a, "a");
+  p.files->AppendLine(b, "b");
+  Files& f = *p.files;
+  check(FaultOf([&] { f.FileDelete(none); }) == kFileNotFound, "delete nothing: 53");
+  check(FaultOf([&] { f.FileRename(none, a); }) == kFileNotFound, "rename nothing: 53");
+  check(FaultOf([&] { f.FileRename(a, b); }) == kFileAlreadyExists, "rename onto a file: 58");
+  check(FaultOf([&] { f.FileCopy(none, b); }) == kFileNotFound, "copy nothing: 53");
+  check(FaultOf([&] { f.FileCopy(a, away); }) == kPathNotFound, "copy into no folder: 76");
+  check(FaultOf([&] { (void)f.ReadTextFile(none); }) == kFileNotFound, "read nothing: 53");
+  check(FaultOf([&] { f.AppendLine(away, "x"); }) == kPathNotFound, "append in no folder: 76");
+  check(FaultOf([&] { f.MakeFolder(folder + "no\\way"); }) == kPathNotFound, "folder in none: 76");
+  check(f.ReadTextFile(a) == "a\r\n" && f.ReadTextFile(b) == "b\r\n", "both files as before");
+  f.FileDelete(a);
+  f.FileDelete(b);
+  return check.Wrong();
+}
+
+inline std::string CopyAndRename(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string a = folder + "from.txt", b = folder + "to.txt", c = folder + "TO2.txt";
+  p.files->AppendLine(a, "new");
+  p.files->AppendLine(b, "old and longer");
+  p.files->FileCopy(a, b);
+  check(p.files->ReadTextFile(b) == "new\r\n", "a copy overwrites");
+  FindData original, copy;
+  const Handle search1 = p.files->FindFirstFileA(a, original);
+  const Handle search2 = p.files->FindFirstFileA(b, copy);
+  p.files->FindClose(search1);
+  p.files->FindClose(search2);
+  check(original.lastWriteTime != 0, "a file has a time");
+  check(original.lastWriteTime == copy.lastWriteTime, "a copy has its original's time");
+  p.files->FileRename(b, c);
+  check(p.files->GetFileAttributesA(b) == kInvalidAttributes, "the old name is gone");
+  FindData renamed;
+  p.files->FindClose(p.files->FindFirstFileA(folder + "to2.TXT", renamed));
+  check(renamed.name == "TO2.txt", "names match in any case and keep theirs");
+  p.files->FileDelete(a);
+  p.files->FileDelete(c);
+  return check.Wrong();
+}
+
+inline std::string Searches(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string sub = folder + "sub.volPAK";
+  p.files->MakeFolder(sub);
+  for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
+    p.files->AppendLine(sub + "\\" + name, "x");
+  }
+  FindData found;
+  std::string names;
+  Handle search = p.files->FindFirstFileA(sub + "\\*.volpak*", found);
+  check(search != kInvalidHandle, "found some");
+  for (bool more = search != kInvalidHandle; more;) {
+    names += found.name + " ";
+    check(found.size == 3, "size of a file");
+    more = p.files->FindNextFileA(search, found);
+  }
+  check(p.files->FindClose(search), "a search closes");
+  for (const char* name : {"a.volPAK ", "b.volPAK23X4D ", "c.volPAK.txt "}) {
+    check(names.find(name) != std::string::npos, name);
+  }
+  check(names.find("d.txt") == std::string::npos, "d.txt doesn't match");
+  search = p.files->FindFirstFileA(sub + "\\*", found);
+  check(found.name == ".", "a folder's first entry is itself");
+  p.files->FindClose(search);
+  search = p.files->FindFirstFileA(sub, found);
+  check((found.attributes & kAttributeDirectory) != 0, "folders are found");
+  p.files->FindClose(search);
+  check(p.files->FindFirstFileA(sub + "\\*.none", found) == kInvalidHandle, "no match: -1");
+  check(p.files->FindFirstFileA(folder + "none\\*", found) == kInvalidHandle, "no folder: -1");
+  check((p.files->GetFileAttributesA(sub) & kAttributeDirectory) != 0, "attributes of a folder");
+  for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
+    p.files->FileDelete(sub + "\\" + name);
+  }
+  return check.Wrong();
+}
+
+inline std::string BinaryRead(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string path = folder + "short.bin";
+  p.files->AppendLine(path, "1234");
+  std::uint8_t data[16];
+  std::memset(data, 0xEE, sizeof data);
+  check(p.files->ReadBinaryFile(path, data, sizeof data) == 6, "a short file gives what it has");
+  check(std::memcmp(data, "1234\r\n", 6) == 0 && data[6] == 0xEE, "and touches nothing behind it");
+  check(p.files->ReadBinaryFile(path, data, 2) == 2, "no more than asked");
+  p.files->FileDelete(path);
+  return check.Wrong();
+}
+
+inline std::string FileHandles(Platform& p, const std::string& folder) {
+  Checks check;
+  const std::string path = folder + "handle.bin";
+  p.files->AppendLine(path, "0123456789");
+  Devices& d = *p.devices;
+  const Handle file = d.CreateFileA(path, kGenericRead, kShareRead, kOpenExisting, 0);
+  check(file > 0, "opens");
+  std::uint32_t high = 1;
+  check(d.GetFileSize(file, high) == 12 && high == 0, "size");
+  std::uint8_t data[16];
+  std::uint32_t moved = 99;
+  check(d.SetFilePointerEx(file, 8), "seeks");
+  check(d.ReadFile(file, data, sizeof data, moved) && moved == 4, "reads short at the end");
+  check(std::memcmp(data, "89\r\n", 4) == 0, "from where it was sent");
+  check(d.ReadFile(file, data, sizeof data, moved) && moved == 0, "reads nothing at the end");
+  check(FaultOf([&] { p.files->FileDelete(path); }) != 0, "an open file isn't deleted");
+  check(p.files->ReadTextFile(path).size() == 12, "but read, where reading is shared");
+  const Handle second = d.CreateFileA(path, kGenericReadWrite, kShareReadWrite, kOpenExisting, 0);
+  check(second == kInvalidHandle, "and not opened for writing");
+  check(d.CloseHandle(file), "closes");
+  check(!d.CloseHandle(file), "once");
+  check(!d.ReadFile(file, data, 1, moved) && moved == 0, "a closed handle reads nothing");
+  check(d.GetLastError() != 0, "and says why");
+  check(d.CreateFileA(folder + "none", kFileReadAttributes, kShareRead, kOpenExisting, 0) ==
+            kInvalidHandle,
+        "no file: -1");
+  p.files->FileDelete(path);
+  return check.Wrong();
+}
+
+}  // namespace contract
+
+struct ContractCase {
+  const char* name;
+  std::string (*run)(Platform& platform, const std::string& folder);
+};
+
+inline constexpr ContractCase kContract[] = {
+    {"AppendMakesAndGrows", contract::AppendMakesAndGrows},
+    {"StatementsFault", contract::StatementsFault},
+    {"CopyAndRename", contract::CopyAndRename},
+    {"Searches", contract::Searches},
+    {"BinaryRead", contract::BinaryRead},
+    {"FileHandles", contract::FileHandles},
+};
