@@ -25,7 +25,7 @@ void ForEachEntry(ErrorMode& on, const std::string& pattern, Visit visit) {
   if (search == kInvalidHandle) return;
   do {
     found.name = found.name.substr(0, found.name.find('\0'));
-    if (found.name != "." && found.name != "..") visit(found.name);
+    if (found.name != "." && found.name != "..") visit(found);
   } while (on(false, [&] { return Sys.files->FindNextFileA(search, found); }));
   on([&] { Sys.files->FindClose(search); });
 }
@@ -106,15 +106,17 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
   Sys.toolkit->MousePointer(Pointer::Hourglass);
   if (!path.ends_with('\\')) path += '\\';
   std::vector<std::string> folders;
-  ForEachEntry(on, path + "*", [&](const std::string& name) {
-    if (!IsFolder(on, path + name, false)) return;
-    folders.push_back(name);
+  ForEachEntry(on, path + "*", [&](const FindData& entry) {
+    // A call an entry would cost more than the search itself; only what may be a folder is asked.
+    if ((entry.attributes & kAttributeDirectory) == 0) return;
+    if (!IsFolder(on, path + entry.name, false)) return;
+    folders.push_back(entry.name);
     ++DirCount;
   });
-  ForEachEntry(on, path + SearchStr, [&](const std::string& name) {
-    if (IsFolder(on, path + name, true) || !MayHoldImages(path)) return;
+  ForEachEntry(on, path + SearchStr, [&](const FindData& entry) {
+    if (IsFolder(on, path + entry.name, true) || !MayHoldImages(path)) return;
     ++FileCount;
-    const std::string line = ImageLine(path, name);
+    const std::string line = ImageLine(path, entry.name);
     if (!ContainsIgnoringCase(path, "$RECYCLE.BIN")) Sys.toolkit->AddItem(Control::List1, line);
   });
   for (const std::string& name : folders) {
