@@ -1,5 +1,5 @@
 // The contract of the platform, on the virtual PC.
-#include "contract.h"
+#include "tests/contract.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ TEST(Contract, HoldsOnTheVirtualPc) {
     VirtualPc pc;
     demo::Make(pc);
     Platform platform = pc.platform();
-    EXPECT_EQ(contractCase.run(platform, "C:\\Temp\\"), "");
+    EXPECT_EQ(RunCase(contractCase, platform, "C:\\Temp\\"), "");
     EXPECT_TRUE(pc.OpenHandles().empty());
   }
 }

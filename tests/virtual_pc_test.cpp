@@ -94,6 +94,16 @@ TEST_F(VirtualPcTest, LettersFollowTheTableWhenItIsReadAnew) {
   EXPECT_NE(OpenVolume("C:", 0), kInvalidHandle);
 }
 
+TEST_F(VirtualPcTest, OldWindowsShowsOnlyTheFirstPartitionOfARemovableDisk) {
+  pc.machine.onlyFirstOfRemovable = true;
+  pc.RenewTables();
+  EXPECT_NE(OpenVolume("E:", 0), kInvalidHandle);
+  EXPECT_EQ(OpenVolume("F:", 0), kInvalidHandle);
+  world.stick.removable = false;
+  pc.RenewTables();
+  EXPECT_NE(OpenVolume("F:", 0), kInvalidHandle);
+}
+
 TEST_F(VirtualPcTest, FilesAreWhatTheirSectorsHold) {
   std::uint8_t data[512];
   pc.files.ReadBinaryFile("E:\\_ISO\\Tools.volPAK", data, sizeof data);

@@ -93,7 +93,6 @@ VirtualVolume& AddSystemVolume(VirtualPc& pc, VirtualDisk& disk) {
   mbr[511] = 0xAA;
   SetEntry(mbr, 1, true, 7, 2048, static_cast<std::uint32_t>(c.sectors));
   disk.SetSector(0, mbr);
-  pc.machine.currentFolder = "C:\\Rotate";
   return c;
 }
 

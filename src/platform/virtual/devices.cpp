@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
 
 namespace {
 
@@ -15,23 +14,6 @@ bool IsDigits(const std::string& text) {
 
 std::uint64_t Join(std::uint32_t low, std::uint32_t high) {
   return static_cast<std::uint64_t>(high) << 32 | low;
-}
-
-std::uint64_t BaseOf(const OpenHandle& open) {
-  return open.kind == OpenHandle::Kind::Volume ? open.volume->firstSector : 0;
-}
-
-std::uint64_t SectorsOf(const OpenHandle& open) {
-  return open.kind == OpenHandle::Kind::Volume ? open.volume->sectors : open.disk->SectorCount();
-}
-
-bool IsRaw(const OpenHandle& open) {
-  return open.kind == OpenHandle::Kind::Disk || open.kind == OpenHandle::Kind::Volume;
-}
-
-bool IsGone(const OpenHandle& open) {
-  if (open.disk != nullptr && !open.disk->plugged) return true;
-  return open.kind == OpenHandle::Kind::Volume && !open.volume->present;
 }
 
 const char* ControlName(std::uint32_t code) {
@@ -154,95 +136,6 @@ bool VirtualDevices::SetFilePointerEx(Handle handle, std::uint64_t offset) {
   return machine_.End(step, true);
 }
 
-std::uint32_t VirtualDevices::CheckTransfer(const OpenHandle& open, std::uint32_t bytes,
-                                            bool writing) {
-  if ((open.access & (writing ? kGenericWrite : kGenericRead)) == 0) return kErrorAccessDenied;
-  if (IsGone(open)) return kErrorDeviceRemoved;
-  if (!IsRaw(open)) return writing ? kErrorAccessDenied : 0;
-  if (open.disk == nullptr) return kErrorInvalidFunction;
-  if (open.offset % 512 != 0 || bytes % 512 != 0) return kErrorInvalidParameter;
-  if (open.offset / 512 + bytes / 512 > SectorsOf(open)) return kErrorSectorNotFound;
-  const std::uint64_t lba = BaseOf(open) + open.offset / 512;
-  const auto& bad = writing ? open.disk->unwritable : open.disk->unreadable;
-  const auto first = bad.lower_bound(lba);
-  if (first != bad.end() && *first < lba + bytes / 512) return writing ? kErrorIoDevice : kErrorCrc;
-  if (!writing) return 0;
-  if (open.disk->writeProtected) return kErrorWriteProtect;
-  if (open.kind == OpenHandle::Kind::Disk && !MayWriteAt(*open.disk, lba, bytes / 512)) {
-    return kErrorAccessDenied;
-  }
-  return 0;
-}
-
-bool VirtualDevices::MayWriteAt(const VirtualDisk& disk, std::uint64_t lba,
-                                std::uint64_t count) const {
-  if (!machine_.guardsMountedVolumes) return true;
-  return std::none_of(machine_.volumes.begin(), machine_.volumes.end(), [&](const auto& volume) {
-    return volume->disk == &disk && volume->present && volume->mounted &&
-           volume->lockedBy == kNoHandle && volume->Covers(lba, count);
-  });
-}
-
-bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
-                              std::uint32_t& transferred) {
-  transferred = 0;
-  OpenHandle* open = machine_.At(handle);
-  const Step step = machine_.Begin(Op::Read, Name(handle));
-  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
-  machine_.journal[step.entry].lba = BaseOf(*open) + open->offset / 512;
-  machine_.journal[step.entry].count = (bytes + 511) / 512;
-  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
-  if (const std::uint32_t error = CheckTransfer(*open, bytes, false); error != 0) {
-    return machine_.Fail(step, error);
-  }
-  if (!IsRaw(*open)) {
-    const VirtualFile* file = open->volume->Find(open->path);
-    if (file == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
-    const std::string text =
-        open->volume->Read(*file, open->offset, step.Short() ? bytes / 2 : bytes);
-    std::memcpy(data, text.data(), text.size());
-    transferred = static_cast<std::uint32_t>(text.size());
-  } else {
-    const std::uint32_t sectors = bytes / 512 / (step.Short() ? 2 : 1);
-    for (std::uint32_t i = 0; i < sectors; ++i) {
-      const VirtualSector sector = open->disk->Sector(BaseOf(*open) + open->offset / 512 + i);
-      std::memcpy(data + std::size_t{i} * 512, sector.data(), 512);
-    }
-    transferred = sectors * 512;
-  }
-  open->offset += transferred;
-  return machine_.End(step, true);
-}
-
-bool VirtualDevices::WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
-                               std::uint32_t& transferred) {
-  transferred = 0;
-  OpenHandle* open = machine_.At(handle);
-  const Step step = machine_.Begin(Op::Write, Name(handle));
-  if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
-  const std::uint64_t lba = BaseOf(*open) + open->offset / 512;
-  machine_.journal[step.entry].lba = lba;
-  machine_.journal[step.entry].count = (bytes + 511) / 512;
-  if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
-  if (const std::uint32_t error = CheckTransfer(*open, bytes, true); error != 0) {
-    return machine_.Fail(step, error);
-  }
-  const std::uint32_t sectors = bytes / 512 / (step.Short() || step.Torn() ? 2 : 1);
-  for (std::uint32_t i = 0; i < sectors; ++i) {
-    VirtualSector sector;
-    std::memcpy(sector.data(), data + std::size_t{i} * 512, 512);
-    open->disk->WriteThroughHandle(lba + i, sector);
-  }
-  if (step.Torn()) {
-    VirtualSector half = open->disk->Sector(lba + sectors);
-    std::memcpy(half.data(), data + std::size_t{sectors} * 512, 256);
-    open->disk->WriteThroughHandle(lba + sectors, half);
-  }
-  transferred = sectors * 512;
-  open->offset += transferred;
-  return machine_.End(step, true);
-}
-
 bool VirtualDevices::LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
                               std::uint32_t bytesLow, std::uint32_t bytesHigh) {
   const Step step = machine_.Begin(Op::LockRange, Name(handle));
@@ -274,8 +167,8 @@ bool VirtualDevices::FlushFileBuffers(Handle handle) {
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
-  if (IsGone(*open)) return machine_.Fail(step, kErrorDeviceRemoved);
-  if (IsRaw(*open) && open->disk != nullptr) {
+  if (open->IsGone()) return machine_.Fail(step, kErrorDeviceRemoved);
+  if (open->IsRaw() && open->disk != nullptr) {
     if (open->disk->refusesFlush) return machine_.Fail(step, kErrorInvalidFunction);
     open->disk->Flush();
   }
@@ -308,7 +201,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
-  if (IsGone(*open)) return machine_.Fail(step, kErrorDeviceRemoved);
+  if (open->IsGone()) return machine_.Fail(step, kErrorDeviceRemoved);
   // Bits 14 and 15 of a code say which access it asks of the handle: 1 read, 2 write.
   const std::uint32_t held = open->access >> 30;  // bit 1 read, bit 0 write
   const std::uint32_t wanted = code >> 14 & 3;

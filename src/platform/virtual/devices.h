@@ -1,7 +1,8 @@
 // Handles to the virtual disks, volumes and files.
 //
-// Does not model: overlapped transfers, queues, security, other processes' handles (a busy volume
-// stands for them), a file handle that outlives its volume's dismount.
+// Does not model: writes to plain files (refused), overlapped transfers, queues, security, other
+// processes' handles (a busy volume stands for them), a file handle that outlives its volume's
+// dismount.
 #pragma once
 
 #include <string>

@@ -1,18 +1,11 @@
 #include "platform/virtual/disk.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <memory>
 #include <random>
 
 namespace {
 
 constexpr VirtualSector kZeros{};
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
 }  // namespace
 
@@ -65,24 +58,4 @@ void VirtualDisk::LosePower(std::uint32_t seed) {
     SetSector(write.lba, sector);
   }
   pending_.clear();
-}
-
-bool VirtualDisk::LoadFrom(const std::string& path) {
-  const OwnedFile file(std::fopen(path.c_str(), "rb"));
-  if (!file) return false;
-  VirtualSector sector{};
-  for (std::uint64_t lba = 0; std::fread(sector.data(), 1, 512, file.get()) == 512; ++lba) {
-    SetSector(lba, sector);
-  }
-  return true;
-}
-
-bool VirtualDisk::SaveTo(const std::string& path) const {
-  const OwnedFile file(std::fopen(path.c_str(), "wb"));
-  if (!file) return false;
-  for (const auto& [lba, sector] : sectors_) {
-    if (std::fseek(file.get(), static_cast<long>(lba * 512), SEEK_SET) != 0) return false;
-    if (std::fwrite(sector.data(), 1, 512, file.get()) != 512) return false;
-  }
-  return true;
 }

@@ -49,10 +49,6 @@ class VirtualDisk {
   void Flush() { pending_.clear(); }
   void LosePower(std::uint32_t seed);
 
-  // A file of raw sectors: read whole, or written sparsely. False: it could not be opened.
-  bool LoadFrom(const std::string& path);
-  bool SaveTo(const std::string& path) const;
-
  private:
   struct PendingWrite {
     std::uint64_t lba;

@@ -13,6 +13,7 @@ constexpr std::uint32_t kDeleteAccess = 0x10000;  // DELETE; nobody here shares 
 VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
   const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
   Place place;
+  if (path.empty()) return place;
   place.path = split.rest;
   place.volume = machine_.VolumeAt(split.letter);
   if (place.volume == nullptr) return place;
@@ -33,7 +34,7 @@ Step VirtualFiles::BeginStatement(Op op, const std::string& path, const std::str
 
 VirtualFiles::Place VirtualFiles::Require(const Step& step, const std::string& path) {
   Place place = Look(path);
-  if (place.locked) machine_.FailStatement(step, kPermissionDenied);
+  if (place.locked) machine_.FailStatement(step, kPathFileAccessError);
   if (place.volume == nullptr) machine_.FailStatement(step, kPathNotFound);
   if (place.file == nullptr) {
     const bool folder = place.volume->FolderExists(ParentOf(place.path));
@@ -147,7 +148,7 @@ void VirtualFiles::FileCopy(const std::string& from, const std::string& to) {
   const Step step = BeginStatement(Op::Copy, from, "-> " + to);
   const Place source = Require(step, from);
   const Place target = Look(to);
-  if (target.locked) machine_.FailStatement(step, kPermissionDenied);
+  if (target.locked) machine_.FailStatement(step, kPathFileAccessError);
   if (target.volume == nullptr || !target.volume->FolderExists(ParentOf(target.path))) {
     machine_.FailStatement(step, kPathNotFound);
   }
@@ -174,7 +175,7 @@ void VirtualFiles::FileDelete(const std::string& path) {
   const Step step = BeginStatement(Op::Delete, path);
   const Place place = Require(step, path);
   if ((place.file->attributes & kAttributeDirectory) != 0) {
-    machine_.FailStatement(step, kFileNotFound);
+    machine_.FailStatement(step, kPathFileAccessError);
   }
   if (Collides(place, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
   place.volume->Remove(place.path);
@@ -241,13 +242,13 @@ void VirtualFiles::AppendLine(const std::string& path, const std::string& line) 
   const Step step = BeginStatement(Op::Append, path);
   Place place = Look(path);
   if (place.volume == nullptr || !place.volume->FolderExists(ParentOf(place.path))) {
-    machine_.FailStatement(step, place.locked ? kPermissionDenied : kPathNotFound);
+    machine_.FailStatement(step, place.locked ? kPathFileAccessError : kPathNotFound);
   }
   if (place.file == nullptr) place.file = &place.volume->AddText(place.path, "");
   if ((place.file->attributes & kAttributeDirectory) != 0) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
-  if (Collides(place, kGenericReadWrite)) machine_.FailStatement(step, kFileAlreadyOpen);
+  if (Collides(place, kGenericReadWrite)) machine_.FailStatement(step, kPermissionDenied);
   if (place.volume->full) machine_.FailStatement(step, kDiskFull);
   if (!place.file->extents.empty()) {
     place.file->resident = place.volume->Read(*place.file, 0, place.file->size);

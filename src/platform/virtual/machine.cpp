@@ -75,8 +75,8 @@ void Machine::ReadTable(VirtualDisk& disk) {
     for (int i = 0; i < 4; ++i) {
       const std::uint8_t* entry = table.data() + 446 + 16 * i;
       if (entry[4] == 0) continue;
-      const std::uint64_t first =
-          entry[8] | entry[9] << 8 | entry[10] << 16 | static_cast<std::uint64_t>(entry[11]) << 24;
+      std::uint32_t first = 0;
+      for (int byte = 11; byte >= 8; --byte) first = first << 8 | entry[byte];
       if (first == start) return i + 1;
       if (onlyFirstOfRemovable && disk.removable) break;
     }

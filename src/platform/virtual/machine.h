@@ -45,6 +45,12 @@ struct OpenHandle {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
   std::vector<std::string> rest;  // searches: names still to give
+
+  bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
+  // What the handle was opened on has been unplugged or has left the table.
+  bool IsGone() const {
+    return (disk != nullptr && !disk->plugged) || (kind == Kind::Volume && !volume->present);
+  }
 };
 
 // One operation under way.
@@ -94,7 +100,7 @@ class Machine {
   std::uint32_t cutSeed = 0;  // decides what becomes of unflushed writes
   VirtualClock clock{journal};
   std::uint32_t lastError = 0;
-  std::string currentFolder = "C:";
+  std::string currentFolder = "C:\\Windows\\system32";
   bool guardsMountedVolumes = true;   // Vista and later; XP lets every write through
   bool onlyFirstOfRemovable = false;  // before Windows 10 1703
 
