@@ -1,0 +1,224 @@
+// One sector between a disk and the buffer, lengths of files, which drive a letter is on.
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "platform/platform.h"
+#include "shell/form1.h"
+#include "tests/support.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class RawSectors : public ::testing::Test {
+ protected:
+  RawSectors() { p.Prepare(); }
+
+  // A disk of 3 TB and a letter on it.
+  VirtualDisk& AddBigDisk(int number) {
+    VirtualDisk& disk = p.pc.AddDisk(number, 3'000'000'000'000);
+    p.pc.AddVolume('H', disk, 2048, 100'000).tiedToTable = false;
+    p.pc.RenewTables();
+    return disk;
+  }
+
+  std::size_t Count(Op op) { return p.Lines(MaskOf(op)).size(); }
+
+  ProgramOnPc p;
+};
+
+constexpr std::uint64_t kFarSector = 4294967295;  // the last one that a table entry can name
+
+TEST_F(RawSectors, ReadIsOneClosedSequence) {
+  p.world.stick.SetSector(60, demo::Grub4dosMbr());
+  EXPECT_TRUE(ReadandParseSector("E:", 60));
+  EXPECT_EQ(p.Lines(kAnyOp),
+            (Lines{"open E: ok", "query E: device-number ok", "close E: ok",
+                   "open PhysicalDrive1 ok", "seek PhysicalDrive1 30720 ok",
+                   "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "close PhysicalDrive1 ok"}));
+  EXPECT_EQ(SectorBuffer.size(), 512U);
+  EXPECT_TRUE(SectorFlags.HasGrub4dos);
+  EXPECT_EQ(Physical_Drive_no, 1);
+}
+
+TEST_F(RawSectors, ReadIsTriedTwice) {
+  const struct {
+    const char* name;
+    FaultKind kind;
+    Op op;
+    bool sectorIsBad, refusesOpen, read;
+    std::size_t reads;
+  } rows[] = {
+      {"first read fails", FaultKind::Refusal, Op::Read, false, false, true, 2},
+      {"first read is short", FaultKind::ShortTransfer, Op::Read, false, false, true, 2},
+      {"first seek fails", FaultKind::Refusal, Op::Seek, false, false, true, 1},
+      {"both reads fail", FaultKind::None, Op::Read, true, false, false, 2},
+      {"disk won't open", FaultKind::None, Op::Read, false, true, false, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    ProgramOnPc q;
+    q.Prepare();
+    q.world.stick.SetSector(60, FilledSector(0x5A));
+    if (row.sectorIsBad) q.world.stick.unreadable.insert(60);
+    q.world.stick.refusesOpen = row.refusesOpen;
+    q.Plan(row.kind, MaskOf(row.op));
+    EXPECT_EQ(ReadandParseSector("E:", 60), row.read);
+    EXPECT_EQ(q.Lines(MaskOf(Op::Read)).size(), row.reads);
+    EXPECT_EQ(q.pc.machine.clock.Elapsed(), 50U);
+    EXPECT_EQ(q.TakeBoxes(), BoxRows());
+    EXPECT_EQ(SectorBuffer[17], row.read ? 0x5A : 1) << "the fill pattern tells a failed read";
+    EXPECT_EQ(SectorFlags.IsUniform, row.read);
+  }
+}
+
+TEST_F(RawSectors, UnknownVolumeLeavesBufferAndFlags) {
+  p.pc.AddLetter('N', 0);
+  p.pc.RenewTables();
+  for (const char* volume : {"", "E", "Q:", "D:", "N:"}) {
+    SCOPED_TRACE(volume);
+    SectorBuffer.assign(512, 9);
+    SectorFlags.Ptn2Is21 = true;
+    EXPECT_FALSE(ReadandParseSector(volume, 0));
+    EXPECT_EQ(SectorBuffer, std::vector<std::uint8_t>(512, 9));
+    EXPECT_TRUE(SectorFlags.Ptn2Is21);
+  }
+  EXPECT_EQ(Count(Op::Read), 0U);
+}
+
+TEST_F(RawSectors, OffsetsBeyond32Bits) {
+  VirtualDisk& disk = AddBigDisk(2);
+  SectorBuffer.assign(512, 0x77);
+  EXPECT_TRUE(WriteSector(2, kFarSector));
+  EXPECT_EQ(disk.Sector(kFarSector), FilledSector(0x77));
+  EXPECT_EQ(p.Lines(MaskOf(Op::Seek)), Lines{"seek PhysicalDrive2 2199023255040 ok"});
+  SectorBuffer.assign(512, 0);
+  EXPECT_TRUE(ReadandParseSector("H:", kFarSector));
+  EXPECT_EQ(SectorBuffer, std::vector<std::uint8_t>(512, 0x77));
+
+  // A failed write leaves at once: what it locked is still to be seen.
+  p.pc.machine.journal.Clear();
+  Open_Physical_Disk_hDrive(2);
+  p.Plan(FaultKind::Refusal, MaskOf(Op::Write));
+  EXPECT_FALSE(DirectWriteDrive(kFarSector, 1));
+  EXPECT_EQ(p.pc.machine.At(hDrive)->lockedRanges,
+            (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{2199023255040, 512}}));
+  EXPECT_EQ(p.Lines(MaskOf(Op::Flush, Op::UnlockRange)), Lines());
+  MyCloseHandle(hDrive);
+}
+
+TEST_F(RawSectors, HighestDriveIs80) {
+  for (const int number : {80, 81}) {
+    SCOPED_TRACE(number);
+    ProgramOnPc q;
+    q.Prepare();
+    VirtualDisk& disk = q.pc.AddDisk(number, 3'000'000'000'000);
+    q.pc.AddVolume('H', disk, 2048, 100'000).tiedToTable = false;
+    q.pc.RenewTables();
+    SectorBuffer.assign(512, 0x77);
+    EXPECT_EQ(WriteSector(number, 30), number == 80);
+    EXPECT_EQ(ReadandParseSector("H:", 30), number == 80);
+    EXPECT_EQ(disk.Contents().size(), number == 80 ? 1U : 0U);
+    EXPECT_EQ(Physical_Drive_no, number);
+  }
+}
+
+TEST_F(RawSectors, WriteIsOneClosedSequence) {
+  SectorBuffer.assign(512, 0x77);
+  p.world.stick.refusesRangeLocks = true;
+  EXPECT_TRUE(WriteSector(1, 60)) << "a write whose lock fails goes ahead";
+  EXPECT_EQ(p.Lines(kAnyOp),
+            (Lines{"open PhysicalDrive1 ok", "query PhysicalDrive1 property ok",
+                   "close PhysicalDrive1 ok", "open PhysicalDrive1 ok",
+                   "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
+                   "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
+                   "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok", "sleep 50"}));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+}
+
+TEST_F(RawSectors, WriteIsTriedOnce) {
+  const struct {
+    FaultKind kind;
+    Op op;
+    bool written;
+  } rows[] = {{FaultKind::Refusal, Op::Seek, false},
+              {FaultKind::Refusal, Op::Write, false},
+              {FaultKind::ShortTransfer, Op::Write, false},
+              {FaultKind::Refusal, Op::Flush, true},
+              {FaultKind::Refusal, Op::UnlockRange, true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(static_cast<int>(row.op));
+    ProgramOnPc q;
+    q.Prepare();
+    SectorBuffer.assign(512, 0x77);
+    q.Plan(row.kind, MaskOf(row.op));
+    EXPECT_EQ(WriteSector(1, 60), row.written);
+    EXPECT_LE(q.Lines(MaskOf(Op::Write)).size(), 1U);
+    EXPECT_EQ(q.TakeBoxes(), BoxRows());
+  }
+}
+
+TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
+  const BoxRow warning{"WARNING: Writing to Drive 0!",
+                       "WARNING: WRITE to Sector 5 on DRIVE 0\r\nARE YOU SURE?", Buttons::OkCancel};
+  SectorBuffer.assign(512, 0x77);
+  EXPECT_FALSE(WriteSector(0, 5));
+  EXPECT_EQ(p.Lines(kAnyOp), Lines()) << "refused without a box and without a look";
+
+  ShowAllDrives = true;
+  p.pc.toolkit.AnswerNext(Answer::Cancel);
+  EXPECT_FALSE(WriteSector(0, 5));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{warning});
+  EXPECT_EQ(Count(Op::Write), 0U);
+  p.pc.toolkit.AnswerNext(Answer::Ok);
+  EXPECT_TRUE(WriteSector(0, 5));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{warning}) << "Cancel is no lasting answer";
+  EXPECT_TRUE(WriteSector(0, 6));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows()) << "OK is";
+
+  Form1.WRITES_OK = false;
+  p.world.systemDisk.bus = kBusUsb;
+  EXPECT_TRUE(WriteSector(0, 7));
+  ShowAllDrives = false;
+  EXPECT_FALSE(WriteSector(0, 8));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+}
+
+TEST_F(RawSectors, LengthsOfFiles) {
+  p.world.c.AddFile("\\4g", 4294967296, 20'000'000);
+  p.world.c.AddFile("\\3g", 3'000'000'000, 60'000'000);
+  p.world.c.AddFile("\\5g", 5'368'709'121, 80'000'000);
+  p.world.c.AddText("\\hidden", "1234567").attributes = kAttributeHidden | kAttributeSystem;
+  p.world.c.AddText("\\empty", "");
+  const struct {
+    const char* path;
+    std::uint64_t length;
+  } rows[] = {{"C:\\4g", 4294967296}, {"C:\\3g", 3'000'000'000}, {"C:\\5g", 5'368'709'121},
+              {"C:\\hidden", 7},      {"C:\\empty", 0},          {"C:\\none", 0},
+              {"Q:\\none", 0}};
+  for (const auto& row : rows) EXPECT_EQ(FileLenA(row.path), row.length) << row.path;
+}
+
+TEST_F(RawSectors, DriveOfALetterAndItsBus) {
+  p.pc.AddLetter('N', 0);
+  p.pc.RenewTables();
+  const struct {
+    const char* volume;
+    std::int32_t drive;
+  } rows[] = {{"C:", 0}, {"E:", 1}, {"F:", 1}, {"D:", 99}, {"N:", 99}, {"Q:", 99}};
+  for (const auto& row : rows) EXPECT_EQ(GetPhysDriveNo(row.volume), row.drive) << row.volume;
+  EXPECT_FALSE(IsUsbDrive(0));
+  EXPECT_TRUE(IsUsbDrive(1));
+  EXPECT_FALSE(IsUsbDrive(7));
+  p.world.stick.answersBus = false;
+  EXPECT_FALSE(IsUsbDrive(1));
+}
+
+TEST_F(RawSectors, ClosingTwiceClosesOnce) {
+  Open_Physical_Disk_hDrive(1);
+  Open_Physical_Disk_hDrive(1);  // closes the one that was left open
+  MyCloseHandle(hDrive);
+  MyCloseHandle(hDrive);
+  EXPECT_EQ(p.Lines(MaskOf(Op::Close)), Lines(2, "close PhysicalDrive1 ok"));
+}
+
+}  // namespace
