@@ -125,8 +125,9 @@ class Session:
     """with Session(folder, stick image) as session: the program runs and the robot looks at it.
     Everything that was started ends with the block, whatever happened in it."""
 
-    def __init__(self, folder, image, program=None):
-        self.folder, self.image = folder, image
+    def __init__(self, folder, image, program=None, display=None, writable=False):
+        self.folder, self.image, self.writable = folder, image, writable
+        self.shown_on = display
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
         self.children = []
@@ -153,8 +154,8 @@ class Session:
         os.symlink("/", os.path.join(prefix, "dosdevices", "z:"))
         self.usb = VirtualUsb(self.image, os.path.join(prefix, "dosdevices"),
                               os.path.join(self.folder, "volumes"),
-                              os.path.join(self.folder, "journal.txt"))
-        self.environment = wine_environment(prefix, DISPLAY=self.display(),
+                              os.path.join(self.folder, "journal.txt"), self.writable)
+        self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
                                             ROTATE_RIG_PORT=str(self.usb.port))
         self.robot = Robot(self.environment)
         self.children.append(self.robot.process)

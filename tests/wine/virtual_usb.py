@@ -28,7 +28,8 @@ ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"
 class Volume:
     """One volume that has a letter."""
 
-    def __init__(self, image, letter, number, entry, links, folder):
+    def __init__(self, image, letter, number, entry, links, folder, options):
+        self.options = options
         self.image, self.letter, self.number = image, letter, number
         self.kind, self.start, self.sectors, _ = entry
         self.links, self.folder = links, folder
@@ -47,8 +48,7 @@ class Volume:
             return True
         try:
             if self.kind in stick.NTFS_TYPES:
-                # Read only, so that a story can say of every sector who changed it.
-                stick.mount_ntfs(self.device, self.folder, "ro")
+                stick.mount_ntfs(self.device, self.folder, self.options)
             else:  # no FAT in every kernel: a copy of its files, to be read only
                 stick.run("mcopy", "-s", "-n", "-i", self.device, "::", self.folder)
         except RuntimeError as failure:
@@ -81,10 +81,12 @@ class Volume:
 
 
 class VirtualUsb:
-    """Serves until close(). A story may set fault to a function of a journal line: what it returns,
-    such as "fail C0000185", is answered instead."""
+    """Serves until close(). Volumes are mounted read only unless writable is set, so that a story
+    can say of every changed sector that the program changed it. A story may set fault to a function
+    of a journal line: what it returns, such as "fail C0000185", is answered instead."""
 
-    def __init__(self, image, links, mounts, journal_path):
+    def __init__(self, image, links, mounts, journal_path, writable=False):
+        self.options = "rw" if writable else "ro"
         self.image, self.links, self.mounts = image, links, mounts
         self.sectors = os.path.getsize(image) // stick.SECTOR
         self.journal, self.journal_file = [], open(journal_path, "w", encoding="utf-8")
@@ -157,7 +159,8 @@ class VirtualUsb:
             letter = letter if letter in free else free[0]
             self.letter_of[start] = letter
             self.volumes[letter] = Volume(self.image, letter, number, (kind, start, sectors, False),
-                                          self.links, os.path.join(self.mounts, letter))
+                                          self.links, os.path.join(self.mounts, letter),
+                                          self.options)
 
     # The answers.
 

@@ -1,0 +1,22 @@
+#!/bin/sh
+# Starts the real window on the demo stick, under Wine. Without a display a robot user works it.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+mkdir -p build
+
+cannot() {
+  echo "The window cannot run here: $1. 'make rehearse' needs nothing but a compiler." >&2
+  exit 1
+}
+[ "$(id -u)" -eq 0 ] || cannot "the stick's file systems are mounted, which takes root"
+scripts/setup.sh windows wine || cannot "Wine and its companions are not installed"
+[ -e /dev/fuse ] && [ -e /dev/loop-control ] || cannot "no /dev/fuse or no loop devices"
+
+for preset in win64 win32; do
+  { cmake --preset "$preset" && cmake --build --preset "$preset"; } >build/"$preset".log 2>&1 || {
+    cat build/"$preset".log
+    exit 1
+  }
+done
+exec python3 -B tests/wine/demo.py
