@@ -7,6 +7,7 @@
 namespace {
 
 constexpr std::uint32_t kGenericWrite = 0x40000000;
+constexpr std::uint32_t kErrorNoAccess = 998;  // no memory to move the data to or from
 
 std::uint64_t BaseOf(const OpenHandle& open) {
   return open.kind == OpenHandle::Kind::Volume ? open.volume->firstSector : 0;
@@ -56,6 +57,7 @@ bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t b
   machine_.journal[step.entry].lba = BaseOf(*open) + open->offset / 512;
   machine_.journal[step.entry].count = (bytes + 511) / 512;
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (data == nullptr && bytes != 0) return machine_.Fail(step, kErrorNoAccess);
   if (const std::uint32_t error = CheckTransfer(*open, bytes, false); error != 0) {
     return machine_.Fail(step, error);
   }
@@ -88,6 +90,7 @@ bool VirtualDevices::WriteFile(Handle handle, const std::uint8_t* data, std::uin
   machine_.journal[step.entry].lba = lba;
   machine_.journal[step.entry].count = (bytes + 511) / 512;
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
+  if (data == nullptr && bytes != 0) return machine_.Fail(step, kErrorNoAccess);
   if (const std::uint32_t error = CheckTransfer(*open, bytes, true); error != 0) {
     return machine_.Fail(step, error);
   }
