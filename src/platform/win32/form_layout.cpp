@@ -123,23 +123,15 @@ void FormWindow::LayOutControl(const ControlDesign& design) {
     height += kDropDownRows * row;
   }
   ::SetWindowPos(part.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
-  if (design.hasIcon) SetButtonIcon(part);
+  if (design.hasIcon) LoadButtonIcon(part);
 }
 
-void FormWindow::SetButtonIcon(Part& part) {
-  const int size = ScaledPixels(16, dpi_);
-  const auto icon =
+void FormWindow::LoadButtonIcon(Part& part) const {
+  const int size = ScaledPixels(kButtonIconSize, dpi_);
+  if (part.icon != nullptr) ::DestroyIcon(part.icon);
+  part.icon =
       static_cast<HICON>(::LoadImageA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(ICON_RESTORE),
                                       IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
-  if (icon == nullptr) return;
-  const HIMAGELIST old = part.icon;
-  part.icon = ::ImageList_Create(size, size, ILC_COLOR32 | ILC_MASK, 1, 0);
-  ::ImageList_ReplaceIcon(part.icon, -1, icon);
-  ::DestroyIcon(icon);
-  const int gap = ScaledPixels(4, dpi_);
-  BUTTON_IMAGELIST image{part.icon, {gap, 0, 0, 0}, BUTTON_IMAGELIST_ALIGN_LEFT};
-  ::SendMessageA(part.window, BCM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(&image));
-  if (old != nullptr) ::ImageList_Destroy(old);
 }
 
 void FormWindow::SetClientSize(int width, int height) {

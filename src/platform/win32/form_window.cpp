@@ -119,6 +119,11 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_CTLCOLORLISTBOX:
     case WM_CTLCOLOREDIT:
       return Colour(message, wParam, reinterpret_cast<HWND>(lParam));
+    case WM_NOTIFY:
+      if (reinterpret_cast<const NMHDR*>(lParam)->code == NM_CUSTOMDRAW) {
+        return DrawButton(*reinterpret_cast<const NMCUSTOMDRAW*>(lParam));
+      }
+      break;
     case WM_DRAWITEM:
       DrawRow(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
       return TRUE;
@@ -192,7 +197,7 @@ void FormWindow::Forget() {
   for (Part& part : parts_) {
     if (part.font != nullptr) ::DeleteObject(part.font);
     if (part.back != nullptr) ::DeleteObject(part.back);
-    if (part.icon != nullptr) ::ImageList_Destroy(part.icon);
+    if (part.icon != nullptr) ::DestroyIcon(part.icon);
     part = {};
   }
   if (font_ != nullptr) ::DeleteObject(font_);

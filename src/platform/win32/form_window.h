@@ -64,11 +64,13 @@ class FormWindow {
   };
 
  private:
+  static constexpr int kButtonIconSize = 16;  // at 96 dpi
+
   struct Part {
     HWND window = nullptr;  // null: not made yet, or a control without a window
     HFONT font = nullptr;   // null: the window's font
     HBRUSH back = nullptr;  // null: the system's
-    HIMAGELIST icon = nullptr;
+    HICON icon = nullptr;   // null: none, the system draws the button
   };
 
   static std::size_t Index(Control control) { return static_cast<std::size_t>(control); }
@@ -77,6 +79,7 @@ class FormWindow {
   void Command(WPARAM wParam, HWND from);
   LRESULT Colour(UINT message, WPARAM wParam, HWND control);
   void DrawRow(const DRAWITEMSTRUCT& item);
+  LRESULT DrawButton(const NMCUSTOMDRAW& item);
   bool ShowPointer(HWND under) const;
   void Raise(UserEvent event);
   void KeepFocus();
@@ -85,7 +88,7 @@ class FormWindow {
   void AddToolTip(HWND control, const char* text);
   void LayOut();
   void LayOutControl(const ControlDesign& design);
-  void SetButtonIcon(Part& part);
+  void LoadButtonIcon(Part& part) const;
   void SetClientSize(int width, int height);
   void ChangeDpi(int dpi, const RECT& place);
   void Forget();
