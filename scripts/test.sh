@@ -1,0 +1,96 @@
+#!/bin/sh
+# Everything that can be tested here, one stage behind the other; the last line is the total.
+# A stage that cannot run here is skipped with a reason, but never when CI is "true".
+set -u
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root" || exit 1
+mkdir -p build/log
+passed=0
+failed=0
+
+count() { # count PASSED FAILED
+  passed=$((passed + $1))
+  failed=$((failed + $2))
+}
+
+# quiet NAME COMMAND...: one check; its output is shown only when it fails.
+quiet() {
+  name=$1
+  shift
+  if "$@" >"build/log/$name.log" 2>&1; then
+    echo "PASS $name"
+    count 1 0
+  else
+    tail -n 60 "build/log/$name.log"
+    echo "FAIL $name"
+    count 0 1
+    return 1
+  fi
+}
+
+# told NAME COMMAND...: a stage that ends with its own "N passed, N failed".
+told() {
+  name=$1
+  shift
+  "$@" 2>&1 | tee "build/log/$name.log"
+  total=$(tail -n 1 "build/log/$name.log" | sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p')
+  # shellcheck disable=SC2086
+  count ${total:-0 1}
+}
+
+# unit PRESET: builds and runs the unit tests.
+unit() {
+  quiet "$1-configure" cmake --preset "$1" && quiet "$1-build" cmake --build --preset "$1" || return 1
+  ctest --preset "$1" -j "$(nproc)" >"build/log/$1-ctest.log" 2>&1
+  set -- "$1" $(sed -n 's/.* tests passed, \([0-9]*\) tests\{0,1\} failed out of \([0-9]*\)$/\1 \2/p' \
+    "build/log/$1-ctest.log")
+  if [ $# -ne 3 ] || [ "$2" -ne 0 ]; then
+    grep -v ' Passed ' "build/log/$1-ctest.log"
+  fi
+  [ $# -eq 3 ] || set -- "$1" 1 1
+  echo "$1 unit tests: $(($3 - $2)) of $3 passed"
+  count $(($3 - $2)) "$2"
+}
+
+# The same sources give the same bytes, in whichever folder they are built.
+same_bytes() {
+  rm -rf build/again-win64
+  cmake --preset win64 -B build/again-win64 && cmake --build build/again-win64 &&
+    cmp build/win64/Rotate_TSD.exe build/again-win64/Rotate_TSD.exe &&
+    cmp build/win64/getFileExtents.exe build/again-win64/getFileExtents.exe
+}
+
+# skip REASON STAGE: not in a CI run, where every stage has to run.
+skip() {
+  if [ "${CI:-}" = true ]; then
+    echo "FAIL $2: $1"
+    count 0 1
+  else
+    echo "SKIP $2: $1"
+  fi
+}
+
+scripts/setup.sh native windows || exit 1
+
+for preset in win64 win32; do
+  quiet "$preset-configure" cmake --preset "$preset" &&
+    quiet "$preset-build" cmake --build --preset "$preset"
+done
+[ ! -e scripts/check-executables ] || quiet check-executables scripts/check-executables
+quiet reproducible same_bytes
+
+if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; then
+  skip "the stick's file systems are mounted: needs root, /dev/fuse and loop devices" "Wine stories"
+  skip "they start from what the Wine stories leave" "boot tests"
+elif ! scripts/setup.sh wine boot; then
+  skip "Wine, QEMU or their companions are missing" "Wine stories and boot tests"
+else
+  told stories python3 -B tests/wine/stories.py
+  told boot python3 -B tests/boot/boot_tests.py
+fi
+
+unit native
+unit asan
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
