@@ -67,6 +67,7 @@ bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors) {
            ") Started ----------------");
   const std::uint64_t offset = ByteOffset(iStartSec);
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
+  if (SectorBuffer.size() < bytes) return false;
   if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
   // A sector of which only a part came would be judged, and could be written back, half pattern.
   std::uint32_t transferred = 0;
@@ -83,6 +84,7 @@ bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors) {
            ") Started ----------------");
   const std::uint64_t offset = ByteOffset(iStartSec);
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
+  if (SectorBuffer.size() < bytes) return false;
   if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
   on([&] { Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0); });
   std::uint32_t transferred = 0;
@@ -141,10 +143,15 @@ std::uint64_t FileLenA(const std::string& path) {
     return Sys.devices->CreateFileA(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
   });
   if (file == kInvalidHandle) return 0;
-  std::uint32_t high = 0;
-  const std::uint32_t low = on(0U, [&] { return Sys.devices->GetFileSize(file, high); });
+  const std::uint64_t length = on(std::uint64_t{0}, [&] {
+    std::uint32_t high = 0;
+    const std::uint32_t low = Sys.devices->GetFileSize(file, high);
+    // As a length a failed call would become a partition of 4 GiB, mostly of other files' sectors.
+    if (low == kInvalidFileSize && Sys.devices->GetLastError() != 0) return std::uint64_t{0};
+    return static_cast<std::uint64_t>(high) << 32 | low;
+  });
   on([&] { Sys.devices->CloseHandle(file); });
-  return static_cast<std::uint64_t>(high) << 32 | low;
+  return length;
 }
 
 void MyCloseHandle(Handle& handle) {
