@@ -18,6 +18,7 @@ constexpr std::uint32_t kShareNone = 0;
 constexpr std::uint32_t kShareRead = 1;
 constexpr std::uint32_t kShareReadWrite = 3;
 constexpr std::uint32_t kOpenExisting = 3;
+constexpr std::uint32_t kInvalidFileSize = 0xFFFFFFFF;
 constexpr std::uint32_t kFlagNoBuffering = 0x20000000;
 
 // Control codes of DeviceIoControl (winioctl.h, ntddscsi.h).
@@ -56,7 +57,8 @@ class Devices {
 
   virtual bool FlushFileBuffers(Handle handle) = 0;
 
-  // The low half of the file's length in bytes; the high half goes into high.
+  // The low half of the file's length in bytes; the high half goes into high. kInvalidFileSize is a
+  // failure if GetLastError says so, which is 0 behind a call that succeeded.
   virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) = 0;
 
   // Sends a control code. in and out may be null with size 0; they may be the same buffer.

@@ -176,7 +176,6 @@ bool VirtualDevices::FlushFileBuffers(Handle handle) {
 }
 
 std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) {
-  constexpr std::uint32_t kInvalidFileSize = 0xFFFFFFFF;
   high = 0;
   const Step step = machine_.Begin(Op::FileSize, Name(handle));
   const OpenHandle* open = machine_.At(handle);
@@ -188,6 +187,7 @@ std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) {
     return kInvalidFileSize;
   }
   machine_.End(step, true);
+  machine_.lastError = 0;  // this one call says so, since any low half can be a length
   high = static_cast<std::uint32_t>(file->size >> 32);
   return static_cast<std::uint32_t>(file->size);
 }
