@@ -26,6 +26,7 @@ ProgramOnPc::~ProgramOnPc() {
 void ProgramOnPc::Prepare() {
   Sys = pc.platform();
   ResetProgram();
+  TempFolder = "C:\\Temp\\";
   Sys.toolkit->CreateForm(kFormDesign, OnUserEvent);
 }
 

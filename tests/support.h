@@ -32,7 +32,8 @@ class ProgramOnPc {
   ProgramOnPc(const ProgramOnPc&) = delete;
   ProgramOnPc& operator=(const ProgramOnPc&) = delete;
 
-  // The program with its window but without start-up, for calling one routine.
+  // The program with its window but without start-up, for calling one routine. The temp folder is
+  // known, the tool's copy isn't there.
   void Prepare();
 
   // Start-up, then the actions, one behind the other. What start-up showed and did is forgotten

@@ -1,0 +1,279 @@
+// Where a file lies: the tool's command line, its output, its failures; and the children below.
+#include "imagefiles/child_process.h"
+#include "imagefiles/file_extents.h"
+#include "shell/form1.h"
+#include "tests/support.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr const char* kImage = "E:\\_ISO\\Rescue.volPAK";
+constexpr const char* kOutput = "C:\\Temp\\GFE_Output.txt";
+constexpr const char* kCommand =
+    "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" "
+    "\"E:\\_ISO\\Rescue.volPAK\" > \"C:\\Temp\\GFE_Output.txt\"";
+
+BoxRow ToolFailed(const std::string& command = kCommand) {
+  return {"getFileExtents failed",
+          std::string("ERROR GETTING START SECTOR FROM ") + kOutput + "\r\n\r\n" + command + "\r\n",
+          Buttons::Ok, Icon::Exclamation};
+}
+
+BoxRow InPieces(const std::string& file) {
+  return {"More than one extent",
+          "ERROR: File is not contiguous.\r\n"
+          "Please run \\PACK_FILES_TOGETHER.cmd or use Defraggler.\r\n\r\n" +
+              file,
+          Buttons::Ok, Icon::Exclamation};
+}
+
+// The tool is in its place, and the fields hold an earlier file's results.
+struct Measuring : ProgramOnPc {
+  Measuring() {
+    Prepare();
+    GFE_Path = "C:\\Temp\\getFileExtents.exe";
+    world.c.AddText("\\Temp\\getFileExtents.exe", "MZ");
+    Form1.GFE_File = kOutput;
+    Form1.FStart = "old start";
+    Form1.FLength = "old length";
+    Form1.FStartSectors = 1;
+    Form1.FLengthSectors = 2;
+    Form1.MoreThanOneExtent = true;
+  }
+  bool OutputIsThere() { return world.c.Find("\\Temp\\GFE_Output.txt") != nullptr; }
+};
+
+TEST(Extents, OutputsOfTheTool) {
+  const std::string one = "File offset 0 LBA: 1f800 Sectors: 20\r\n";
+  const std::string two = "File offset 0 LBA: 64 Sectors: 8\r\nFile offset 1000 LBA: C8 Sectors: 8";
+  const struct {
+    const char* name;
+    std::string text;
+    const char *start, *startSectors;
+    bool pieces;
+    BoxRows boxes;
+    bool textKept;
+  } rows[] = {
+      {"one extent", one, "1f800", "129024", false, {}, true},
+      {"something before the count",
+       "File offset 0 LBA: A x y Sectors: 1\r\n",
+       "A",
+       "10",
+       false,
+       {},
+       true},
+      {"16 digits",
+       "File offset 0 LBA: FFFFFFFFFFFFFFFF Sectors: 1\r\n",
+       "FFFFFFFFFFFFFFFF",
+       "18446744073709551615",
+       false,
+       {},
+       true},
+      {"lower \"file\" on the next line", one + "file", "1f800", "129024", false, {}, true},
+      {"two extents", two, "old start", "0", true, {InPieces(kImage)}, true},
+      {"nothing", "", "old start", "0", false, {ToolFailed()}, false},
+      {"no \"offset\"", "Access is denied\r\n", "old start", "0", false, {ToolFailed()}, false},
+      {"\"offset\" but another beginning",
+       "OFFSET: Access is denied",
+       "old start",
+       "0",
+       false,
+       {},
+       true},
+      {"beginning in another case",
+       "file offset 0 LBA: 1 Sectors: 1\r\n",
+       "old start",
+       "0",
+       false,
+       {},
+       true},
+      {"two extents behind another beginning", " " + two, "old start", "0", false, {}, true},
+      {"LBA that isn't hexadecimal",
+       "File offset 0 LBA: zz Sectors: 1\r\n",
+       "old start",
+       "0",
+       false,
+       {},
+       true},
+      {"LBA without an end", "File offset 0 LBA: 12", "old start", "0", false, {}, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Measuring m;
+    m.pc.processes.toolTexts[UpperCase(kImage)] = row.text;
+    GetFileStart(kImage);
+    EXPECT_EQ(m.TakeBoxes(), row.boxes);
+    EXPECT_EQ(Form1.GFE_Command, kCommand);
+    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)),
+              std::vector<std::string>{std::string("shell ") + kCommand + " style=0 ok"});
+    EXPECT_EQ(Form1.FStart, row.start);
+    EXPECT_EQ(Form1.FStartSectors.ToDecimal(), row.startSectors);
+    EXPECT_EQ(Form1.MoreThanOneExtent, row.pieces);
+    EXPECT_EQ(Form1.GFE_Text, row.textKept ? row.text : "");
+    if (std::string(row.startSectors) == "0") {
+      EXPECT_EQ(Form1.FLength, "old length");
+    } else {
+      EXPECT_EQ(Form1.FLength, "20000") << "of the file, whatever the tool counts";
+      EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), "131072");
+    }
+    EXPECT_FALSE(m.OutputIsThere());
+  }
+}
+
+TEST(Extents, LengthIsWholeSectorsOfTheFile) {
+  const struct {
+    std::uint64_t bytes;
+    const char* hex;
+  } rows[] = {{1, "1"}, {512, "1"}, {513, "2"}, {5'000'000'000, "9502F9"}};
+  for (const auto& row : rows) {
+    Measuring m;
+    m.world.e.AddFile("\\with a blank", row.bytes, 4'000'000);
+    GetFileStart("E:\\with a blank");
+    EXPECT_EQ(Form1.FStart, "3D0900");
+    EXPECT_EQ(Form1.FLength, row.hex) << row.bytes;
+  }
+  Measuring m;
+  m.world.e.AddText("\\empty", "");
+  m.pc.processes.toolTexts["E:\\EMPTY"] = "File offset 0 LBA: 5 Sectors: 0\r\n";
+  GetFileStart("E:\\empty");
+  EXPECT_EQ(Form1.FLength, "0");
+}
+
+TEST(Extents, ToolItselfMayLieInPieces) {
+  Measuring m;
+  m.pc.processes.toolTexts[""] = "File offset 0 LBA: A Sectors: 1\r\nFile offset 200 LBA: C ";
+  GetFileStart("C:\\Rotate\\GetfileExtents.EXE");
+  EXPECT_EQ(m.TakeBoxes(), BoxRows());
+  EXPECT_EQ(Form1.FStart, "A");
+  EXPECT_FALSE(Form1.MoreThanOneExtent);
+}
+
+TEST(Extents, ChildThatFailsGivesNoOldResult) {
+  const struct {
+    const char* name;
+    ChildScript script;
+    bool measured;
+  } rows[] = {
+      {"not started", {.match = "Rescue", .refusedWith = 53}, false},
+      {"never ends", {.match = "Rescue", .neverEnds = true}, false},
+      {"takes 61 s", {.match = "Rescue", .milliseconds = 61'000}, false},
+      {"takes 59 s", {.match = "Rescue", .milliseconds = 59'000}, true},
+      {"gone before it is opened", {.match = "Rescue", .goneBeforeOpen = true}, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Measuring m;
+    m.world.c.AddText("\\Temp\\GFE_Output.txt", "File offset 0 LBA: BAD Sectors: 1\r\n");
+    m.pc.processes.scripts = {row.script};
+    EXPECT_EQ(m.Call([] { GetFileStart(kImage); }), RunEnd::Returned);
+    EXPECT_EQ(m.TakeBoxes(), row.measured ? BoxRows() : BoxRows{ToolFailed()});
+    EXPECT_EQ(Form1.FStart, row.measured ? "30D40" : "old start");
+    EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), row.measured ? "131072" : "0");
+    EXPECT_LE(m.pc.machine.clock.Elapsed(), 60'000U);
+    EXPECT_EQ(m.pc.processes.StillRunning(), std::vector<std::string>());
+    EXPECT_FALSE(m.OutputIsThere());
+  }
+}
+
+TEST(Extents, NamesThatTheInterpreterWouldChangeAreNotMeasured) {
+  for (const char* file : {"E:\\%OS%.volPAK", "E:\\a!b!.volPAK", "E:\\a\"b", "E:\\a\tb"}) {
+    Measuring m;
+    GetFileStart(file);
+    const BoxRow box{"getFileExtents failed",
+                     "ERROR: The command interpreter would change this file name. Rename the "
+                     "file:\r\n\r\n" +
+                         std::string(file),
+                     Buttons::Ok, Icon::Exclamation};
+    EXPECT_EQ(m.TakeBoxes(), BoxRows{box});
+    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), std::vector<std::string>());
+    EXPECT_EQ(Form1.FStartSectors.ToDecimal(), "0");
+  }
+}
+
+TEST(Extents, OutputFileWithoutAFolder) {
+  Measuring m;
+  Form1.GFE_File.clear();
+  GetFileStart(kImage);
+  EXPECT_EQ(Form1.GFE_File, "GFE.txt");
+  EXPECT_EQ(Form1.FStart, "30D40");
+  EXPECT_EQ(m.Lines(MaskOf(Op::Delete)), std::vector<std::string>{"delete GFE.txt ok"});
+}
+
+TEST(Extents, LogTellsEachStep) {
+  Measuring m;
+  m.pc.processes.toolTexts[UpperCase(kImage)] = "File offset 0 LBA: 1f800 Sectors: 20018\r\n";
+  m.TurnLoggingOn();
+  GetFileStart(kImage);
+  std::vector<std::string> log = m.TakeLog();
+  std::erase_if(log, [](const std::string& line) { return line.starts_with("-------"); });
+  EXPECT_EQ(log, (std::vector<std::string>{
+                     "GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
+                     "GetFileStart 100", "GetFileStart 200", "GetFileStart 205", "GetFileStart 210",
+                     "GFE FileLength=131096 20018    NEW=131072 20000", "GetFileStart 215",
+                     "E:\\_ISO\\Rescue.volPAK Start (sectors)=129024 (1f800 hex)  Length "
+                     "(sectors)=131072 (20000 hex)",
+                     "GetFileStart ended"}));
+  EXPECT_TRUE(m.OutputIsThere()) << "with logging on the output stays";
+  m.pc.processes.toolTexts[UpperCase(kImage)] = "";
+  GetFileStart(kImage);
+  EXPECT_EQ(m.TakeLog(), (std::vector<std::string>{
+                             "GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
+                             "GetFileStart 100", "GetFileStart 105", "GetFileStart ended"}));
+}
+
+TEST(Children, FailuresOfSyncShell) {
+  const struct {
+    const char* command;
+    ChildScript script;
+    std::int32_t result;
+    std::uint32_t number;
+    const char* description;
+  } rows[] = {
+      {"cmd /c nothere", {}, 9009, 0, ""},
+      {"cmd /c getFileExtents.exe x", {.match = "cmd"}, 9009, 0, ""},
+      {"nothere", {}, 0, 0x8004AA02, "Failed to Shell child process"},
+      {"cmd /c x",
+       {.match = "x", .refusedWith = 5},
+       0,
+       0x8004AA02,
+       "Failed to Shell child process"},
+      {"cmd /c x",
+       {.match = "x", .goneBeforeOpen = true},
+       0,
+       0x8004AA01,
+       "Failed to open child process"},
+      {"cmd /c x",
+       {.match = "x", .hidesExitCode = true},
+       0,
+       0x8004AA00,
+       "Failed to retrieve exit code, error 5"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    ProgramOnPc p;
+    p.Prepare();
+    p.pc.processes.scripts = {row.script};
+    if (row.script.match.empty()) p.pc.processes.scripts.clear();
+    EXPECT_EQ(SyncShell(row.command, 0), row.result);
+    EXPECT_EQ(LastShellFailure.number, row.number);
+    EXPECT_EQ(LastShellFailure.description, row.description);
+    EXPECT_EQ(p.TakeBoxes(), BoxRows());
+  }
+}
+
+TEST(Children, RunCmdWaitsOrReturnsQuietly) {
+  ProgramOnPc p;
+  p.Prepare();
+  p.pc.processes.scripts = {{.match = "slow", .milliseconds = 3'600'000},
+                            {.match = "gone", .goneBeforeOpen = true}};
+  RunCmd("cmd /c slow", 1);
+  EXPECT_EQ(p.pc.machine.clock.Elapsed(), 3'600'000U);
+  RunCmd("cmd /c gone", 1);
+  RunCmd("nothere", 1);
+  EXPECT_EQ(p.Lines(MaskOf(Op::Wait, Op::OpenProcess)),
+            (std::vector<std::string>{"open-process process 1000 ok", "wait process 1000 ok",
+                                      "open-process process 1004 failed"}));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+}
+
+}  // namespace

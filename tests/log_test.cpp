@@ -1,0 +1,234 @@
+// The log file, its rotation, its switch, and the wording of a report in each layout.
+#include <functional>
+
+#include "disk/drive_discovery.h"
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "disk/volume_lock.h"
+#include "platform/platform.h"
+#include "shell/failure.h"
+#include "shell/log_writer.h"
+#include "tests/support.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const BoxRow kLogOn{kTitle,
+                    "Logging to:\r\n\r\nC:\\Temp\\\r\n\r\nRotate_TSD.log\r\n\r\nhas now started."
+                    "\r\n\r\n{Tip: Press Ctrl+C to copy this text to clipboard)",
+                    Buttons::Ok, Icon::Information};
+const BoxRow kLogOff{kTitle, "Logging to Rotate_TSD.log file is disabled.", Buttons::Ok,
+                     Icon::Information};
+
+struct Logging : ProgramOnPc {
+  Logging() {
+    Prepare();
+    pc.machine.clock.start = {2019, 3, 4, 17, 5, 9, 125};
+  }
+  std::string Content(const std::string& name) {
+    const VirtualFile* file = world.c.Find("\\Temp\\" + name);
+    return file == nullptr ? "(none)" : world.c.Read(*file, 0, file->size);
+  }
+};
+
+TEST(Log, LineAndSwitch) {
+  Logging l;
+  WriteLog("lost");
+  EXPECT_EQ(l.Lines(kAnyOp), Texts()) << "switched off it touches nothing";
+  l.world.c.AddText("\\Temp\\Rotate_TSD.log", "of an earlier run\r\n").attributes =
+      kAttributeHidden;
+  l.Do(DoubleClick(Control::Label1));
+  EXPECT_EQ(l.TakeBoxes(), BoxRows{kLogOn});
+  l.pc.machine.clock.Advance(60'001);
+  WriteLog("a\ttab");
+  const std::string start = "2019-03-04 17:05:09.125\t";
+  EXPECT_EQ(l.Content("Rotate_TSD.log"), start + "App.path: C:\\Rotate\r\n" + start +
+                                             "App.name: Rotate_TSD v.1.0.0\r\n" + start +
+                                             "TempFolder: C:\\Temp\\\r\n"
+                                             "2019-03-04 17:06:09.125\ta\ttab\r\n")
+      << "single precision drops the last millisecond this late in the day";
+  l.Do(DoubleClick(Control::Label1));
+  EXPECT_EQ(l.TakeBoxes(), BoxRows{kLogOff});
+  EXPECT_EQ(l.TakeLog().back(), "Logging is disabled");
+  EXPECT_EQ(LogLineCount, 5);
+  l.Do(DoubleClick(Control::Label1));
+  EXPECT_EQ(LogLineCount, 8) << "goes on from its value";
+  EXPECT_TRUE(l.Content("Rotate_TSD.log").starts_with("2019-03-04 17:06:09.125\tApp.path"));
+}
+
+TEST(Log, RotatesBehind60001Lines) {
+  Logging l;
+  LoggingEnabled = true;
+  for (int line = 1; line <= 60002; ++line) {
+    WriteLog(line == 60001 ? "last" : line == 60002 ? "first" : "");
+    if (line % 1000 == 0) l.pc.machine.journal.Clear();
+  }
+  const std::string old = l.Content("Rotate_TSD_20190304_170509.log");
+  EXPECT_EQ(std::count(old.begin(), old.end(), '\n'), 60001);
+  EXPECT_TRUE(old.ends_with("\tlast\r\n"));
+  EXPECT_EQ(l.Content("Rotate_TSD.log"), "2019-03-04 17:05:09.125\tfirst\r\n");
+  EXPECT_EQ(LogLineCount, 1);
+}
+
+TEST(Log, RotationThatFails) {
+  const struct {
+    const char* name;
+    std::function<void(Logging&)> prepare;
+    BoxRows boxes;
+    bool written;
+  } rows[] = {
+      {"copy refused",
+       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 70); },
+       {{kTitle, "WriteLog: Error 70:Permission denied"}},
+       false},
+      {"delete refused",
+       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete), 1, 0, 75); },
+       {{kTitle, "WriteLog: Error 75:Path/File access error"}},
+       false},
+      {"path not found once",
+       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 76); },
+       {},
+       true},
+      {"folder and log have vanished",
+       [](auto& l) {
+         l.world.c.Remove("\\Temp\\Rotate_TSD.log");
+         l.world.c.Remove("\\Temp");
+       },
+       {{kTitle, "WriteLog: Error 53:File not found"}},
+       false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Logging l;
+    LoggingEnabled = true;
+    WriteLog("old");
+    LogLineCount = 60001;
+    row.prepare(l);
+    WriteLog("new");
+    EXPECT_EQ(l.TakeBoxes(), row.boxes);
+    EXPECT_EQ(l.Content("Rotate_TSD.log").ends_with("\tnew\r\n"), row.written);
+    EXPECT_EQ(LogLineCount, 1);
+    EXPECT_TRUE(l.world.c.FolderExists("\\Temp"));
+  }
+}
+
+TEST(Log, LinesWithoutAFolderAreLost) {
+  Logging l;
+  l.world.c.Remove("\\Temp");
+  LoggingEnabled = true;
+  WriteLog("lost");
+  EXPECT_EQ(l.TakeBoxes(), BoxRows());
+  EXPECT_FALSE(l.world.c.FolderExists("\\Temp"));
+}
+
+TEST(Reports, Layouts) {
+  const struct {
+    ReportLayout layout;
+    const char* text;
+    bool shown;
+  } rows[] = {
+      {ReportLayout::MainWindow,
+       "Err.Number=53 Err.Description=File not found Me.Name=Form1.Label Erl=30", true},
+      {ReportLayout::Module, "Err.Number=53 Err.Description=File not found Label Erl=30", true},
+      {ReportLayout::ModuleSilent, "Err.Number=53 Err.Description=File not found Label Erl=30",
+       false},
+      {ReportLayout::ModuleNoBlank, "Err.Number=53 Err.Description=File not foundLabel Erl=30",
+       true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    Logging l;
+    l.TurnLoggingOn();
+    ErrorMode on(row.layout, "Label");
+    on.Erl = 30;
+    const auto fail = [] { throw MakeFault(53); };
+    on(fail);
+    EXPECT_EQ(l.TakeBoxes(), row.shown ? BoxRows({{kTitle, row.text}}) : BoxRows());
+    EXPECT_EQ(l.TakeLog(), Texts{row.text});
+    on.Ignore();
+    on(fail);
+    ErrorMode()(fail);
+    EXPECT_EQ(on(7,
+                 [&]() -> int {
+                   fail();
+                   return 8;
+                 }),
+              7);
+    EXPECT_EQ(l.TakeBoxes(), BoxRows());
+    on.Report();
+    on(fail);
+    EXPECT_EQ(l.TakeBoxes().size(), row.shown ? 1U : 0U);
+  }
+}
+
+// Each routine goes on behind a step that faults, and tells under its own label.
+TEST(Reports, RoutinesUnderTheirLabels) {
+  const char* kRead = "DirectReadDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)";
+  const char* kWrite = "DirectWriteDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)";
+  const auto read = [] { ReadandParseSector("E:", 60); };
+  const auto write = [] { WriteSector(1, 60); };
+  const auto dismount = [] { DisMount_All_VolumesX(1); };
+  const auto lock = [] {
+    Lock_Unlock_All_Volumes(1, "LOCK");
+    Lock_Unlock_All_Volumes(1, "UNLOCK");
+  };
+  const auto renew = [] { ReMount_Drive(1); };
+  const auto capacity = [] { GetSCSICapacity(1); };
+  const struct {
+    std::function<void()> routine;
+    Op op;
+    std::size_t nth;
+    const char* label;  // null: nothing is shown
+  } rows[] = {
+      {read, Op::Open, 1, nullptr},  // GetPhysDriveNo
+      {read, Op::Query, 1, nullptr},
+      {read, Op::Open, 2, "Open_Physical_Disk_hDrive"},
+      {read, Op::Seek, 1, kRead},
+      {read, Op::Read, 1, kRead},
+      {write, Op::Query, 1, nullptr},  // IsUsbDrive
+      {write, Op::Seek, 1, kWrite},
+      {write, Op::LockRange, 1, kWrite},
+      {write, Op::Write, 1, kWrite},
+      {write, Op::Flush, 1, kWrite},
+      {write, Op::UnlockRange, 1, kWrite},
+      {dismount, Op::Open, 25, "Open_Volume_get_lngHandle"},
+      {dismount, Op::Lock, 1, "MyLock_Volume"},
+      {dismount, Op::Dismount, 1, "MyDismount_Volume"},
+      {dismount, Op::Desktop, 1, nullptr},
+      {lock, Op::Open, 25, "Lock_Unlock_All_Volumes"},
+      {lock, Op::Lock, 1, "Lock_Unlock_All_Volumes"},
+      {lock, Op::Unlock, 1, "MyUnlock_Volume"},
+      {renew, Op::Open, 1, "ReMount_Drive(diskno)"},
+      {renew, Op::RenewTable, 1, "ReMount_Drive(diskno)"},
+      {[] { APIErrorDescription(5); }, Op::Fact, 1, "APIErrorDescription"},
+      {capacity, Op::Open, 1, "GetSCSICapacity"},
+      {capacity, Op::Query, 1, "GetSCSICapacity"},
+      {capacity, Op::Query, 2, nullptr},  // GetDiskLength
+      {capacity, Op::Query, 3, "GetSCSICapacity"},
+      {[] { FileLenA("C:\\Rotate\\Rotate_TSD.exe"); }, Op::FileSize, 1, nullptr},
+      {[] { GetDriveLetter(1); }, Op::Find, 1, nullptr},
+  };
+  for (const auto& row : rows) {
+    ProgramOnPc p;
+    p.Prepare();
+    SectorBuffer.assign(512, 1);
+    p.Plan(FaultKind::FaultThrown, MaskOf(row.op), row.nth);
+    row.routine();
+    EXPECT_EQ(p.pc.machine.plan.hits, 1U);
+    BoxRows boxes;
+    if (row.label != nullptr) {
+      boxes.push_back({kTitle, std::string("Err.Number=57 Err.Description=Device I/O error ") +
+                                   row.label + " Erl=0"});
+    }
+    EXPECT_EQ(p.TakeBoxes(), boxes) << static_cast<int>(row.op) << " " << row.nth;
+  }
+}
+
+TEST(Reports, ErrorNumberAsText) {
+  ProgramOnPc p;
+  p.Prepare();
+  EXPECT_EQ(APIErrorDescription(5), "Access is denied.\r\n");
+}
+
+}  // namespace

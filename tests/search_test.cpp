@@ -1,0 +1,168 @@
+// Image files of a volume, what is shown beside them, and the path back out of a line.
+#include "disk/drive_discovery.h"
+#include "disk/sector_buffer.h"
+#include "imagefiles/image_search.h"
+#include "platform/platform.h"
+#include "tests/support.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// A stick without images on E:, F: and G:, with E: selected.
+struct Searching : ProgramOnPc {
+  Searching() {
+    for (const demo::Place& place : {demo::kNtfsImage, demo::kFatImage, demo::kLinuxImage,
+                                     demo::kMarkedImage, demo::kCompanion, demo::kFourth}) {
+      world.e.Remove(place.path);
+    }
+    pc.AddVolume('G', world.stick, 25'000'000, 1'000).tiedToTable = false;
+    pc.RenewTables();
+    Prepare();
+    Select('E');
+    GetDriveLetter(1);
+  }
+  void Select(char letter) {
+    MYDRIVE = {letter, ':'};
+    Physical_Drive_no = 1;
+  }
+  VirtualFile& Add(const std::string& path) {
+    return pc.machine.VolumeAt(path[0])->AddText(path.substr(2), "x");
+  }
+  Texts Found() {
+    ListFiles();
+    return Rows(Control::List1);
+  }
+};
+
+TEST(Search, FoldersAndNames) {
+  const struct {
+    const char* path;
+    bool inIso, everywhere;
+  } rows[] = {
+      {"E:\\_ISO\\a.volPAK", true, true},
+      {"E:\\_ISO\\deep\\er\\a.VOLPAKAUTO", true, true},
+      {"E:\\_ISO\\a.volPAK.txt", true, true},
+      {"E:\\_ISO\\a.volPA", false, false},
+      {"E:\\a.volPAK", false, true},
+      {"E:\\other\\a.volPAK", false, true},
+      {"F:\\_ISO\\a.volPAK", false, false},
+      {"E:\\_ISO\\tsd\\a.volPAK", false, false},
+      {"E:\\_ISO\\TSD\\deep\\a.volPAK", false, false},
+      {"E:\\_ISO\\docs\\a.volPAK", false, false},
+      {"E:\\_ISO\\docs2\\a.volPAK", false, false},
+      {"E:\\_ISO\\windows\\installs\\x\\a.volPAK", false, false},
+      {"E:\\_ISO\\windows\\x\\a.volPAK", true, true},
+      {"E:\\_ISO\\$Recycle.bin\\a.volPAK", false, false},
+      {"E:\\_ISO\\folder.volPAK\\a.volPAK", true, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    Searching s;
+    s.Add(row.path).attributes = kAttributeHidden | kAttributeSystem;
+    EXPECT_EQ(s.Found(), row.inIso ? Texts{row.path} : Texts());
+    s.pc.toolkit.SetTicked(Control::Chk_ISO, false);
+    EXPECT_EQ(s.Found(), row.everywhere ? Texts{row.path} : Texts());
+    EXPECT_EQ(s.pc.toolkit.pointer, Pointer::Default);
+  }
+}
+
+TEST(Search, CompanionAndFourthFile) {
+  const std::string image = "E:\\_ISO\\WIN\\abc.volPAKX4def";
+  const struct {
+    std::vector<const char*> files;
+    const char* behind;
+  } rows[] = {
+      {{}, ""},
+      {{"E:\\_ISO\\WIN\\abc"}, " :&: abc"},
+      {{"E:\\_ISO\\WIN\\abc", "F:\\_ISO\\WIN\\abc"}, " :&: F:\\_ISO\\WIN\\abc"},
+      {{"E:\\_ISO\\WIN\\abc", "F:\\abc"}, " :&: F:\\abc"},
+      {{"F:\\_ISO\\abc", "G:\\_ISO\\WIN\\abc"}, " :&: G:\\_ISO\\WIN\\abc"},
+      {{"F:\\abc", "G:\\_ISO\\abc"}, " :&: G:\\_ISO\\abc"},
+      {{"E:\\_ISO\\abc", "E:\\abc"}, ""},
+      {{"F:\\_ISO\\def", "G:\\_ISO\\def", "E:\\_ISO\\WIN\\def"}, " :&X4: F:\\_ISO\\def"},
+      {{"G:\\_ISO\\def"}, " :&X4: G:\\_ISO\\def"},
+      {{"E:\\_ISO\\WIN\\def", "E:\\_ISO\\def"}, " :&X4: def"},
+      {{"E:\\_ISO\\def"}, " :&X4: \\_ISO\\def"},
+      {{"F:\\def", "F:\\_ISO\\WIN\\def", "E:\\def"}, ""},
+      {{"F:\\_ISO\\abc", "F:\\_ISO\\def"}, " :&: F:\\_ISO\\abc :&X4: F:\\_ISO\\def"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.behind);
+    Searching s;
+    s.Add(image);
+    for (const char* file : row.files) s.Add(file).attributes = kAttributeHidden;
+    EXPECT_EQ(s.Found(), Texts{image + row.behind});
+  }
+  Searching s;
+  s.Select('F');
+  s.Add("F:\\_ISO\\WIN\\a.volpakx4x4q");
+  s.Add("F:\\_ISO\\X4q");
+  s.Add("F:\\_ISO\\WIN\\x4q");
+  EXPECT_EQ(s.Found(), Texts{"F:\\_ISO\\WIN\\a.volpakx4x4q :&X4: F:\\_ISO\\x4q"})
+      << "the second volume is looked at also when it is the image's own; the first X4 counts";
+}
+
+TEST(Search, NamesWithoutStemOrMark) {
+  Searching s;
+  for (const char* file : {"E:\\_ISO\\.volPAK", "E:\\_ISO\\aX4b.volPAK", "E:\\_ISO\\b"})
+    s.Add(file);
+  EXPECT_EQ(s.Found(), (Texts{"E:\\_ISO\\.volPAK", "E:\\_ISO\\aX4b.volPAK"}));
+}
+
+TEST(Search, CountsAndRoots) {
+  Searching s;
+  s.Add("E:\\$RECYCLE.BIN\\a.volPAK");
+  s.Add("E:\\other\\b.volPAK");
+  std::string path = "E:";
+  std::int32_t files = 5, folders = 0;
+  FindFilesAPI(path, "*.volpak*", files, folders);
+  EXPECT_EQ(path, "E:\\");
+  EXPECT_EQ(files, 7) << "an image in the recycle bin is counted, not listed";
+  EXPECT_EQ(folders, 5) << "$RECYCLE.BIN, _ISO, its tsd isn't entered, other, tsd";
+  EXPECT_EQ(s.Rows(Control::List1), Texts{"E:\\other\\b.volPAK"});
+  for (const char* root : {"", "E", "Q:"}) {
+    MYDRIVE = root;
+    EXPECT_EQ(s.Found(), Texts()) << root;
+  }
+  MYDRIVE = "E:\\other";
+  EXPECT_EQ(s.Found(), Texts{"E:\\other\\b.volPAK"}) << "nothing is appended";
+}
+
+TEST(Search, UnreadableEntriesAreLeftOut) {
+  Searching s;
+  s.Add("E:\\_ISO\\a.volPAK");
+  for (const Op op : {Op::Find, Op::FindNext, Op::Attributes}) {
+    for (std::size_t nth = 1; nth < 6; ++nth) {
+      for (const FaultKind kind : {FaultKind::Refusal, FaultKind::FaultThrown}) {
+        s.Plan(kind, MaskOf(op), nth);
+        EXPECT_LE(s.Found().size(), 1U);
+        EXPECT_EQ(s.TakeBoxes(), BoxRows());
+        EXPECT_EQ(s.pc.OpenHandles(), Texts());
+      }
+    }
+  }
+  s.Plan(FaultKind::None, kAnyOp);
+  EXPECT_EQ(s.Found().size(), 1U);
+}
+
+TEST(Search, PathOutOfALine) {
+  const struct {
+    const char *line, *path;
+  } rows[] = {{"E:\\a.volPAK", "E:\\a.volPAK"},
+              {"E:\\a.volPAK :&: b", "E:\\a.volPAK"},
+              {"E:\\a.volPAK :&: F:\\b :&X4: c", "E:\\a.volPAK"},
+              {"E:\\a.volPAK :&X4: c", "E:\\a.volPAK"},
+              {"E:\\a :b", "E:\\a :b"}};
+  ProgramOnPc p;
+  p.Prepare();
+  for (const auto& row : rows) {
+    Sys.toolkit->ClearItems(Control::List1);
+    Sys.toolkit->AddItem(Control::List1, row.line);
+    EXPECT_EQ(GetList1(), "") << "no line is selected";
+    Sys.toolkit->SetListIndex(Control::List1, 0);
+    EXPECT_EQ(GetList1(), row.path);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,231 @@
+// Start-up: its order, its boxes, its ends, and the button of Windows PE.
+#include "shell/startup.h"
+
+#include <functional>
+
+#include "disk/window_sweep.h"
+#include "imagefiles/file_extents.h"
+#include "shell/form1.h"
+#include "shell/log_writer.h"
+#include "tests/support.h"
+
+namespace {
+
+constexpr const char* kTool = "C:\\ROTATE\\GETFILEEXTENTS.EXE";
+constexpr const char* kCopy = "C:\\TEMP\\GETFILEEXTENTS.EXE";
+constexpr const char* kCommand =
+    "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" "
+    "\"C:\\Temp\\getFileExtents.exe\" > \"C:\\Temp\\GFE_Output.txt\"";
+
+BoxRow Failed(const std::string& file) {
+  return {"getFileExtents failed",
+          "ERROR GETTING START SECTOR FROM C:\\Temp\\GFE_Output.txt\r\n\r\n"
+          "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" \"" +
+              file + "\" > \"C:\\Temp\\GFE_Output.txt\"\r\n",
+          Buttons::Ok, Icon::Exclamation};
+}
+
+BoxRow Report(const std::string& what) {
+  return {kTitle, what + " Me.Name=Form1.Form_Load Erl=0"};
+}
+
+BoxRow CopyFailed() {
+  return {"Copy GFE file to TMP failed",
+          "WARNING: No TMP variable found in Windows environment or cannot copy file to "
+          "C:\\Temp\\getFileExtents.exe",
+          Buttons::Ok, Icon::Exclamation};
+}
+
+BoxRow NoRights(const std::string& toolText) {
+  return {"Run as Admin (GFE size test failed)",
+          "WARNING: Please check you used 'Run as Administrator' and the target file is not on a "
+          "RAM or Compressed Disk.\r\nNote: You can ignore this warning if using Windows PE or an "
+          "encrypted drive.\r\n\r\n" +
+              std::string(kCommand) + "\r\nfailed to return any values.\r\n\r\n" + toolText,
+          Buttons::Ok, Icon::Stop};
+}
+
+BoxRow Denied(const std::string& toolText) {
+  return {"Run as Admin test (Access denied)",
+          "ERROR: Please use 'Run as Administrator'.\r\n\r\n\r\n" + std::string(kCommand) +
+              "\r\nfailed to return any values.\r\n\r\n" + toolText,
+          Buttons::Ok, Icon::Stop};
+}
+
+void AddPe(ProgramOnPc& p, bool tempThere) {
+  VirtualVolume& x = p.pc.AddVolume('X', p.world.systemDisk, 400'000'000, 1'000'000);
+  x.tiedToTable = false;
+  x.AddText("\\Windows\\system32\\wpeutil.exe", "MZ").attributes = kAttributeHidden;
+  x.AddFolder("\\Temp");
+  p.pc.RenewTables();
+  if (tempThere) p.pc.facts.tempPath = "X:\\Temp\\";
+}
+
+TEST(Startup, Order) {
+  ProgramOnPc p;
+  p.pc.facts.tempPath = "C:\\TEMP~1\\";
+  p.pc.facts.longPaths["C:\\TEMP~1\\"] = "C:\\Temp\\";
+  EXPECT_EQ(p.Start(), RunEnd::Returned);
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+  const auto lines = p.Lines(MaskOf(Op::Find, Op::Fact, Op::Copy, Op::Shell));
+  const std::vector<std::string> expected{
+      "fact version ok",
+      "find X:\\Windows\\system32\\wpeutil.exe failed",
+      "find C:\\Rotate\\getFileExtents.exe ok",
+      "fact temp-path ok",
+      "fact long-path ok",
+      "copy C:\\Rotate\\getFileExtents.exe -> C:\\Temp\\getFileExtents.exe ok",
+      "find C:\\Temp\\getFileExtents.exe ok"};
+  ASSERT_GT(lines.size(), expected.size());
+  EXPECT_EQ(std::vector(lines.begin(), lines.begin() + 7), expected);
+  EXPECT_EQ(p.Lines(MaskOf(Op::ChildTool, Op::Append)),
+            std::vector<std::string>{"child-tool C:\\Rotate\\getFileExtents.exe ok"})
+      << "the tool is run on itself, once, and nothing is logged";
+
+  EXPECT_EQ(TempFolder, "C:\\Temp\\");
+  EXPECT_EQ(GFE_Path, "C:\\Temp\\getFileExtents.exe");
+  EXPECT_EQ(Form1.GFE_File, "C:\\Temp\\GFE_Output.txt");
+  EXPECT_EQ(Form1.SettleDelay, 2000);
+  EXPECT_FALSE(Form1.WRITES_OK);
+  EXPECT_EQ(OSVersionCode, 11);
+  const VirtualToolkit& window = p.pc.toolkit;
+  EXPECT_TRUE(window.shown);
+  EXPECT_TRUE(window.caption.starts_with("ROTATE_TSD  for NTFS TSD drives    v1.0.0  "));
+  EXPECT_GT(window.caption.size(), 44U) << "a notice stands at the end";
+  EXPECT_EQ(Form1.FormHeight, window.height);
+  EXPECT_EQ(Form1.FormWidth, window.width);
+  EXPECT_EQ(window.top * 2 + window.height, 15360);
+  EXPECT_EQ(window.left * 2 + window.width, 20480);
+  EXPECT_FALSE(p.pc.toolkit.At(Control::cmd_rebootPE).visible);
+}
+
+TEST(Startup, BoxesAndEnds) {
+  const std::string hasOffset = "offset? Access is denied";
+  const std::string incorrect = hasOffset + " GETNEXTTRANSLATION: incorrect function";
+  const struct {
+    const char* name;
+    std::function<void(ProgramOnPc&)> prepare;
+    BoxRows boxes;
+    RunEnd end;
+    const char* toolPath;
+  } rows[] = {
+      {"tool missing",
+       [](auto& p) { p.world.c.Remove("\\Rotate\\getFileExtents.exe"); },
+       {{"Missing file!", "Error: getFileExtents.exe helper file not found at C:\\Rotate",
+         Buttons::Ok, Icon::Stop}},
+       RunEnd::ProcessEnded,
+       ""},
+      {"tool in other letters, hidden",
+       [](auto& p) {
+         p.world.c.Move("\\Rotate\\getFileExtents.exe", "\\Rotate\\GetFileExtents.EXE");
+         p.world.c.Find("\\Rotate\\GetFileExtents.EXE")->attributes = kAttributeHidden;
+       },
+       {},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"temp folder takes no copy",
+       [](auto& p) { p.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 70); },
+       {Report("Err.Number=70 Err.Description=Permission denied"), CopyFailed()},
+       RunEnd::Returned,
+       "C:\\getFileExtents.exe"},
+      {"no place takes a copy",
+       [](auto& p) { p.world.c.full = true; },
+       {Report("Err.Number=61 Err.Description=Disk full"), CopyFailed()},
+       RunEnd::ProcessEnded,
+       "C:\\getFileExtents.exe"},
+      {"tool says nothing",
+       [](auto& p) { p.pc.processes.toolTexts[""] = ""; },
+       {Failed("C:\\Rotate\\getFileExtents.exe"), Failed("C:\\Temp\\getFileExtents.exe"),
+        NoRights("")},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"denied without \"offset\"",
+       [](auto& p) { p.pc.processes.toolTexts[""] = "Access is denied"; },
+       {Failed("C:\\Rotate\\getFileExtents.exe"), Failed("C:\\Temp\\getFileExtents.exe"),
+        NoRights("")},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"denied",
+       [&](auto& p) { p.pc.processes.toolTexts[""] = hasOffset; },
+       {Denied(hasOffset)},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"denied in other letters",
+       [](auto& p) { p.pc.processes.toolTexts[""] = "offset ACCESS is denied"; },
+       {NoRights("offset ACCESS is denied")},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"no place on this kind of disk",
+       [&](auto& p) { p.pc.processes.toolTexts[""] = incorrect; },
+       {},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"only the copy can be measured",
+       [&](auto& p) { p.pc.processes.toolTexts[kTool] = hasOffset; },
+       {},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"only the original can be measured",
+       [&](auto& p) { p.pc.processes.toolTexts[kCopy] = hasOffset; },
+       {},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+      {"PE with its temp folder on X:",
+       [](auto& p) {
+         AddPe(p, true);
+         p.pc.processes.toolTexts[""] = "";
+       },
+       {},
+       RunEnd::Returned,
+       "X:\\Temp\\getFileExtents.exe"},
+      {"PE with its temp folder elsewhere",
+       [&](auto& p) {
+         AddPe(p, false);
+         p.pc.processes.toolTexts[""] = hasOffset;
+       },
+       {Denied(hasOffset)},
+       RunEnd::Returned,
+       "C:\\Temp\\getFileExtents.exe"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    ProgramOnPc p;
+    row.prepare(p);
+    EXPECT_EQ(p.Start(), row.end);
+    EXPECT_EQ(p.TakeBoxes(), row.boxes);
+    EXPECT_EQ(GFE_Path, row.toolPath);
+    const bool runs = row.end == RunEnd::Returned;
+    EXPECT_EQ(p.pc.toolkit.shown, runs);
+    EXPECT_EQ(p.Rows(Control::Combo1).size(), runs ? 2U : 0U);
+    EXPECT_EQ(p.pc.toolkit.At(Control::cmd_rebootPE).visible,
+              std::string(row.name).starts_with("PE"));
+  }
+}
+
+TEST(Startup, TempFolderThatCannotBeFound) {
+  ProgramOnPc p;
+  p.pc.facts.tempPath = "";
+  p.pc.machine.currentFolder = "C:\\Temp";
+  p.Start();
+  EXPECT_EQ(TempFolder, "");
+  EXPECT_EQ(GFE_Path, "getFileExtents.exe");
+  EXPECT_EQ(Form1.GFE_File, "GFE_Output.txt");
+  EXPECT_NE(p.world.c.Find("\\Temp\\getFileExtents.exe"), nullptr);
+}
+
+TEST(Startup, RebootIsTriedInFiveWays) {
+  ProgramOnPc p;
+  AddPe(p, false);
+  EXPECT_EQ(p.Start({Click(Control::cmd_rebootPE)}), RunEnd::Returned);
+  EXPECT_EQ(
+      p.Lines(MaskOf(Op::Shell, Op::ShellExecute, Op::Wait)),
+      (std::vector<std::string>{"shell wpeutil reboot style=1 failed",
+                                "shell-execute wpeutil.exe open [reboot] [] 1 ok",
+                                "shell-execute wpeutil reboot open [reboot] [0] 1 ok",
+                                "shell cmd /c wpeutil reboot style=1 ok", "wait process 1004 ok",
+                                "shell cmd /c wpeutil reboot style=2 ok"}));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+  EXPECT_FALSE(p.pc.toolkit.unloaded);
+}
+
+}  // namespace
