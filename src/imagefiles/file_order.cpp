@@ -45,13 +45,13 @@ std::optional<FindData> Look(const std::string& path) {
 // What the copy consists of must be on the device before the original goes.
 bool IsFlushed(const std::string& path) {
   ErrorMode quietly;
-  return quietly(false, [&] {
-    const Handle file =
-        Sys.devices->CreateFileA(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
-    if (file == kInvalidHandle) return false;
-    const bool flushed = Sys.devices->FlushFileBuffers(file);
-    return Sys.devices->CloseHandle(file) && flushed;
+  const Handle file = quietly(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
   });
+  if (file == kInvalidHandle) return false;
+  const bool flushed = quietly(false, [&] { return Sys.devices->FlushFileBuffers(file); });
+  const bool closed = quietly(false, [&] { return Sys.devices->CloseHandle(file); });
+  return flushed && closed;
 }
 
 // A file on its way to a new place: copied to a temporary name, deleted, renamed back.
