@@ -1,0 +1,226 @@
+// The composed table: what each entry ends up holding, to the byte, how the type is found or asked
+// for, and how the report words it.
+#include <algorithm>
+
+#include "disk/sector_buffer.h"
+#include "shell/form1.h"
+#include "switch/commit.h"
+#include "switch/partition_table.h"
+#include "tests/support.h"
+
+namespace {
+
+constexpr const char* kQuestion = "Change partition table";
+
+// An entry as it is built: the boot flag, three bytes that say "see the LBA" twice, the numbers.
+void Build(VirtualSector& table, int entry, std::uint8_t type, std::uint32_t start,
+           std::uint32_t sectors) {
+  demo::SetEntry(table, entry, entry == 1, type, start, sectors);
+  const std::size_t at = 430 + 16 * static_cast<std::size_t>(entry);
+  for (const std::size_t chs : {at + 1, at + 5}) {
+    table[chs] = 0xFE;
+    table[chs + 1] = table[chs + 2] = 0xFF;
+  }
+}
+
+TEST(Table, HoldsWhatTheImagesNameAsksFor) {
+  enum Content { kKept, kEmpty, kFile };
+  struct Row {
+    const char* extension;
+    std::uint8_t type2;  // of the present entry 2
+    bool companion, fourth;
+    const char *ptn2, *ptn3, *ptn4;  // of the report
+    Content entry2, entry3, entry4;
+  };
+  constexpr const char* kSmall = "keep (small ptn 0x21)";
+  const Row kRows[] = {
+      {"volPAK", 0x0C, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
+      {"volPAK", 0x21, false, false, kSmall, "-", "-", kKept, kEmpty, kEmpty},
+      {"VOLpakauto", 0x21, false, false, kSmall, "-", "-", kKept, kEmpty, kEmpty},
+      {"volPAKAUTO", 0x21, true, false, "-", "", "-", kEmpty, kFile, kEmpty},
+      {"volPAK1", 0x21, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
+      {"volPAKAUTO2", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
+      {"volPAK2", 0x21, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
+      {"volPAK2", 0x0C, true, false, "(keep)", "", "-", kKept, kFile, kEmpty},
+      {"volPAK23", 0x0C, false, false, "(keep)", "(keep)", "-", kKept, kKept, kEmpty},
+      {"volPAK23", 0x0C, true, false, "(keep)", "", "-", kKept, kFile, kEmpty},
+      {"volPAK3", 0x0C, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
+      {"volPAKX4D", 0x21, false, true, "-", "-", "", kEmpty, kEmpty, kFile},
+      {"volPAKX4D", 0x21, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
+      {"volPAK2X4D", 0x0C, false, true, "-", "-", "", kEmpty, kEmpty, kFile},
+      {"volPAK2X4D", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
+      {"volPAKX4D2", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
+      {"volPAK23X4D", 0x0C, true, true, "(keep)", "", "", kKept, kFile, kFile}};
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(std::string(row.extension) + (row.companion ? " &" : "") +
+                 (row.fourth ? " X4" : ""));
+    ProgramOnPc program;
+    VirtualDisk& stick = program.world.stick;
+    const std::string image = std::string("\\_ISO\\I.") + row.extension;
+    demo::AddImage(program.world.e, {image.c_str(), 0x1F800, 0x2000}, demo::NtfsBootRecord());
+    if (row.companion) {
+      demo::AddImage(program.world.e, {"\\_ISO\\I", 0x10203, 513}, demo::Fat32BootRecord());
+    }
+    if (row.fourth) {
+      demo::AddImage(program.world.e, {"\\_ISO\\D", 0x908070, 99}, demo::NtfsBootRecord());
+    }
+    VirtualSector table = stick.Sector(0);
+    table[466] = row.type2;
+    demo::SetEntry(table, 3, false, 0x83, 23'000'000, 1000);
+    demo::SetEntry(table, 4, true, 0x17, 24'000'000, 1000);
+    stick.SetSector(0, table);
+    if (row.companion) program.pc.toolkit.AnswerNext(Answer::No, "Run MOVE_VOLPAK?");
+    program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
+    program.Start({Open("E:" + image)});
+
+    const auto place = [](const char* text, const std::string& built) {
+      return *text == '\0' ? built : text;
+    };
+    std::string report = "PTN1: Type=07 (NTFS)   Start=129024 (0x1F800) \r\nE:" + image;
+    report += std::string("\r\n\r\nPTN2: ") + row.ptn2;
+    report += "\r\n\r\nPTN3: " +
+              place(row.ptn3, "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I");
+    report += "\r\n\r\nPTN4: " +
+              place(row.ptn4, "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D");
+    const BoxRows boxes = program.TakeBoxes();
+    EXPECT_EQ(boxes.back().text, report + "\r\n\r\nOK to write new MBR to Drive 1?");
+
+    Build(table, 1, 7, 0x1F800, 0x2000);
+    if (row.entry2 == kEmpty) std::fill_n(table.begin() + 462, 16, std::uint8_t{0});
+    if (row.entry3 != kKept) std::fill_n(table.begin() + 478, 16, std::uint8_t{0});
+    if (row.entry3 == kFile) Build(table, 3, 0x0C, 0x10203, 513);
+    std::fill_n(table.begin() + 494, 16, std::uint8_t{0});
+    if (row.entry4 == kFile) Build(table, 4, 7, 0x908070, 99);
+    std::copy_n(table.begin() + 454, 4, table.begin() + 440);
+    EXPECT_EQ(stick.Sector(0), table);
+    const VirtualSector none{};  // what isn't the picked image keeps its boot record
+    EXPECT_EQ(stick.Sector(0x10203), row.companion ? demo::Fat32BootRecord() : none);
+    EXPECT_EQ(stick.Sector(0x908070), row.fourth ? demo::NtfsBootRecord() : none);
+  }
+}
+
+TEST(Table, CountsALastSectorThatIsNotFull) {
+  ProgramOnPc program;
+  program.world.e.AddFile("\\_ISO\\I.volPAK", 32 * 512 + 1, 0x1F800);
+  program.world.stick.SetSector(0x1F800, demo::NtfsBootRecord());
+  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
+  program.Start({Open("E:\\_ISO\\I.volPAK")});
+  EXPECT_EQ(EntryOf(program.world.stick.Sector(0), 1), (TableEntry{true, 7, 0x1F800, 33}));
+}
+
+TEST(ReportOfTheTable, WordsEachEntryInItsOwnWay) {
+  struct Row {
+    std::uint64_t type;
+    const char *entry1, *entry3, *entry4;
+  };
+  const Row kRows[] = {{12, "0C (FAT32) ", "0C (FAT32 )", "0C (FAT32)"},
+                       {7, "07 (NTFS)  ", "07 (NTFS)  ", "07 (NTFS) "},
+                       {131, "83", "83", "83"},
+                       {0, "00", "00", "00"}};
+  for (const Row& row : kRows) {
+    SwitchRun run;
+    run.ImageFile = "E:\\I";
+    run.CompanionFile = "F:\\C";
+    run.CompanionName = "C";
+    run.FourthFile = "G:\\D";
+    run.PTYPE1 = run.PTYPE3 = run.PTYPE4 = row.type;
+    run.Start1 = run.Start3 = run.Start4 = "FFFFFFFF";
+    run.Ptn2Text = "(keep)";
+    const std::string start = " Start=4294967295 (0xFFFFFFFF) \r\n";
+    EXPECT_EQ(TableReport(run), "PTN1: Type=" + (row.entry1 + start) + "E:\\I\r\n\r\nPTN2: (keep)" +
+                                    "\r\n\r\nPTN3: Type=" + row.entry3 + start +
+                                    "F:\\C\r\n\r\nPTN4: Type=" + row.entry4 + start + "G:\\D\r\n");
+  }
+}
+
+TEST(PartitionType, IsReadFromTheImagesFirstSector) {
+  struct Row {
+    const char* name;
+    std::size_t at3, at82;  // lengths of "NTFS" and "FAT32" put there
+    std::uint64_t bytes;
+    int type;
+  };
+  const Row kRows[] = {
+      {"NTFS", 4, 0, 1024, 7},    {"FAT32", 0, 5, 1024, 12},    {"both", 4, 5, 1024, 12},
+      {"neither", 0, 0, 1024, 0}, {"FAT3 only", 0, 4, 1024, 0}, {"NTF only", 3, 0, 1024, 0},
+      {"cut at 86", 0, 5, 86, 0}, {"short", 4, 0, 7, 7},        {"nothing in it", 0, 0, 0, 0}};
+  for (const Row& row : kRows) {
+    ProgramOnPc program;
+    program.Prepare();
+    std::string content(row.bytes, 'x');
+    if (row.at3 != 0) content.replace(3, row.at3, "NTFS", row.at3);
+    if (row.at82 != 0) content.replace(82, row.at82, "FAT32", row.at82);
+    program.world.e.AddText("\\i", content.substr(0, row.bytes));
+    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\i"), row.type) << row.name; });
+    EXPECT_EQ(program.TakeBoxes(), BoxRows());
+  }
+}
+
+TEST(PartitionType, OfAFileThatCannotBeOpenedIsReported) {
+  ProgramOnPc program;
+  program.Prepare();
+  program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none"), 0); });
+  EXPECT_EQ(program.TakeBoxes(),
+            (BoxRows{{kTitle,
+                      "Err.Number=53 Err.Description=File not found Me.Name=Form1."
+                      "Get_Format_Type(fname) Erl=0"}}));
+}
+
+TEST(PartitionType, IsAskedForInHexadecimal) {
+  struct Row {
+    const char* answer;
+    std::uint64_t type;
+  };
+  const Row kRows[] = {{"0x83", 131}, {"0X83", 131}, {"ox83", 131},  {"83", 131}, {"0xox0C", 12},
+                       {"af", 175},   {"7", 7},      {"", 0},        {"0x", 0},   {"zz", 0},
+                       {"0", 0},      {"1", 1},      {"0x1FF", 511}, {"83h", 131}};
+  for (const Row& row : kRows) {
+    ProgramOnPc program;
+    program.Prepare();
+    program.pc.toolkit.AnswerInput(row.answer);
+    program.Call([&] { EXPECT_EQ(Ask_User_What_Type(0, "2nd"), row.type) << row.answer; });
+    ASSERT_EQ(program.pc.toolkit.inputs.size(), 1U);
+    const ShownInput& input = program.pc.toolkit.inputs[0];
+    EXPECT_EQ(input.title, "Set partition type (hex)");
+    EXPECT_EQ(input.initial, "0x83");
+    EXPECT_EQ(input.prompt,
+              "Set partition type for the 2nd image file:\r\n\r\nExamples\r\n========\r\n\r\n0x83 "
+              "= linux ext (*Default)\r\n0x82 = linux swap space\r\n0xAF = HFS for Mac OS X\r\n"
+              "0x0C = FAT32\r\n0x07 = NTFS or exFAT\r\n0x00 = none (Cancel)");
+  }
+}
+
+TEST(PartitionType, IsAskedForEachFileThatShowsNone) {
+  ProgramOnPc program;
+  program.world.stick.SetSector(demo::kMarkedImage.lba, demo::ForeignBootRecord());
+  program.world.stick.SetSector(demo::kCompanion.lba, demo::ForeignBootRecord());
+  for (const char* answer : {"0x100", "", "0B"}) program.pc.toolkit.AnswerInput(answer);
+  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
+  program.Start({Open("E:\\_ISO\\A.volPAKX4DATA")});
+  const auto& inputs = program.pc.toolkit.inputs;
+  ASSERT_EQ(inputs.size(), 3U);
+  const char* kFiles[] = {"1st", "2nd", "4th"};
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(inputs[i].prompt.substr(27, 3), kFiles[i]);
+  const VirtualSector table = program.world.stick.Sector(0);
+  EXPECT_EQ(table[450], 0);  // 0x100 doesn't fit; the emptied entry's byte stays
+  EXPECT_EQ(table[482], 0);  // Cancel
+  EXPECT_EQ(table[498], 0x0B);
+}
+
+TEST(TableEntryBytes, ComeLowestFirstOutOfTheTexts) {
+  ProgramOnPc program;
+  program.Prepare();
+  Form1.FStart = "1F800";
+  Form1.FLength = "ABCDEF01";
+  program.Call([] { Get_start_length_bytes(); });
+  EXPECT_EQ(Form1.StartBytes, (std::array<std::string, 4>{"00", "F8", "1", "00"}));
+  EXPECT_EQ(Form1.LengthBytes, (std::array<std::string, 4>{"01", "EF", "CD", "AB"}));
+  SectorBuffer.assign(512, 0x55);
+  program.Call([] { Patch_PTN_Table(478, Form1.StartBytes, Form1.LengthBytes, 0x1234); });
+  const std::vector<std::uint8_t> expected{0, 0xFE, 0xFF, 0xFF, 0x55, 0xFE, 0xFF, 0xFF,
+                                           0, 0xF8, 1,    0,    1,    0xEF, 0xCD, 0xAB};
+  EXPECT_TRUE(std::equal(expected.begin(), expected.end(), SectorBuffer.begin() + 478));
+  EXPECT_EQ(std::count(SectorBuffer.begin(), SectorBuffer.end(), 0x55), 512 - 15);
+}
+
+}  // namespace
