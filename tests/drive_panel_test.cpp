@@ -1,0 +1,251 @@
+// The list of drives, the drive under work, its images and the two buttons.
+#include "shell/drive_panel.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "disk/drive_discovery.h"
+#include "disk/sector_buffer.h"
+#include "shell/drive_inventory.h"
+#include "tests/support.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// 14 GiB is what 1945 cylinders of the stick come to.
+const std::string kE = "E: DRIVE 1  TSD      14GiB Tessel USB Stick               ";
+const std::string kF = "F: DRIVE 1  (no label)      14GiB Tessel USB Stick               ";
+const std::string kC = "C: DRIVE 0  System     238GiB ATA System SSD                 ";
+
+BoxRow ReadFailed(const std::string& drive) {
+  return {"SECTOR READ FAILED", "READ SECTOR 0 from DRIVE " + drive + " FAILED!", Buttons::Ok,
+          Icon::Stop};
+}
+
+const BoxRow kShowAll{kTitle, "WARNING: Lists all drives containing grub4dos MBR!",
+                      Buttons::OkCancel};
+
+void GiveBootCode(VirtualDisk& disk) {
+  VirtualSector mbr = disk.Sector(0);
+  const std::string mark = "Missing hel";
+  std::copy(mark.begin(), mark.end(), mbr.begin() + 300);
+  disk.SetSector(0, mbr);
+}
+
+void SetType(ProgramOnPc& p, std::size_t entry, std::uint8_t type) {
+  VirtualSector mbr = p.world.stick.Sector(0);
+  mbr[450 + 16 * (entry - 1)] = type;
+  p.world.stick.SetSector(0, mbr);
+}
+
+TEST(DrivePanel, DrivesOnOffer) {
+  const struct {
+    const char* name;
+    std::function<void(ProgramOnPc&)> prepare;
+    Texts rows;
+    BoxRows boxes;
+  } rows[] = {
+      {"stick with two volumes", [](auto&) {}, {kE, kF}, {}},
+      {"system disk with boot code",
+       [](auto& p) { GiveBootCode(p.world.systemDisk); },
+       {kE, kF},
+       {}},
+      {"not on USB", [](auto& p) { p.world.stick.bus = kBusSata; }, {}, {}},
+      {"no boot code", [](auto& p) { p.world.stick.Put(0, demo::kBootCodeMark, "x"); }, {}, {}},
+      {"sector 0 can't be read",
+       [](auto& p) { p.world.stick.unreadable.insert(0); },
+       {},
+       {ReadFailed("1")}},
+      {"no volumes", [](auto& p) { p.world.e.present = p.world.f.present = false; }, {}, {}},
+      {"no size", [](auto& p) { p.world.stick.bytes = 8'225'279; }, {}, {}},
+      {"number 4 of 4 letters", [](auto& p) { p.world.stick.number = 4; }, {}, {}},
+      {"number 4 of 5 letters",
+       [](auto& p) {
+         p.world.stick.number = 4;
+         p.pc.facts.furtherDrives = 1;
+       },
+       {"E: DRIVE 4" + kE.substr(10), "F: DRIVE 4" + kF.substr(10)},
+       {}},
+      {"label too long to be told",
+       [](auto& p) { p.world.e.label = "14 characters."; },
+       {"E: DRIVE 1  " + kE.substr(15), kF},
+       {}},
+      {"label of blanks", [](auto& p) { p.world.f.label = "  "; }, {kE, kF}, {}},
+      {"letters sort, not numbers",
+       [](auto& p) {
+         p.world.systemDisk.bus = kBusUsb;
+         GiveBootCode(p.world.systemDisk);
+         p.world.c.letter = 'Z';
+       },
+       {kE, kF, "Z" + kC.substr(1)},
+       {}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    ProgramOnPc p;
+    p.Start();
+    row.prepare(p);
+    p.TakeBoxes();
+    p.Do(Click(Control::cmdRefreshDrive));
+    EXPECT_EQ(p.Rows(Control::Combo1), row.rows);
+    EXPECT_EQ(p.pc.toolkit.At(Control::Combo1).selected, row.rows.empty() ? -1 : 0);
+    EXPECT_EQ(p.Rows(Control::List1).size(), row.rows.empty() ? 0U : 4U);
+    EXPECT_EQ(p.TakeBoxes(), row.boxes);
+    EXPECT_EQ(p.Enabled(Control::cmdSwitchPtns), true) << "nothing selected changes nothing";
+  }
+}
+
+TEST(DrivePanel, FirstRowIsSelectedAnew) {
+  ProgramOnPc p;
+  p.Start({Pick(Control::Combo1, "F:")});
+  EXPECT_EQ(MYDRIVE, "F:");
+  EXPECT_EQ(Physical_Drive_no, 1);
+  EXPECT_EQ(p.Rows(Control::List1), Texts()) << "no images on the second volume";
+  EXPECT_TRUE(p.Enabled(Control::cmdRestoreTSD));
+  p.Do(Click(Control::cmdRefreshDrive));
+  EXPECT_EQ(MYDRIVE, "E:");
+  EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
+}
+
+TEST(DrivePanel, RowsTellTheBytesWhileLoggingIsOn) {
+  ProgramOnPc p;
+  p.Start();
+  p.TurnLoggingOn();
+  p.Do(Click(Control::cmdRefreshDrive));
+  EXPECT_EQ(p.Rows(Control::Combo1),
+            (Texts{kE + " 15,998,169,600 Bytes ", kF + " 15,998,169,600 Bytes "}));
+  const Texts log = p.TakeLog();
+  const auto at = std::find(log.begin(), log.end(), "rgbGetVolume F: TSD 1A2B-3C4D");
+  EXPECT_NE(at, log.end());
+  EXPECT_EQ(log.front(), "Drive1_Change");
+}
+
+TEST(DrivePanel, ShowingAllDrives) {
+  ProgramOnPc p;
+  GiveBootCode(p.world.systemDisk);
+  p.Start();
+  p.pc.toolkit.AnswerNext(Answer::Cancel);
+  p.Do(Click(Control::chkShowAll));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{kShowAll});
+  EXPECT_FALSE(p.pc.toolkit.At(Control::chkShowAll).ticked);
+  EXPECT_FALSE(ShowAllDrives);
+  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kE, kF}));
+  p.pc.toolkit.AnswerNext(Answer::Ok);
+  p.Do(Click(Control::chkShowAll));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{kShowAll});
+  EXPECT_TRUE(ShowAllDrives);
+  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kC, kE, kF}));
+  EXPECT_EQ(MYDRIVE, "C:");
+  p.Do(Click(Control::chkShowAll));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows()) << "taking the tick away asks nothing";
+  EXPECT_FALSE(ShowAllDrives);
+  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kE, kF}));
+}
+
+TEST(DrivePanel, ButtonsFollowTheTable) {
+  const struct {
+    const char* name;
+    std::function<void(ProgramOnPc&)> prepare;
+    bool swap;
+  } rows[] = {
+      {"two partitions", [](auto&) {}, true},
+      {"fixed drive", [](auto& p) { p.world.stick.removable = false; }, false},
+      {"first is 0x21", [](auto& p) { SetType(p, 1, 0x21); }, false},
+      {"second is 0x21", [](auto& p) { SetType(p, 2, 0x21); }, false},
+      {"second is empty", [](auto& p) { SetType(p, 2, 0); }, false},
+      {"first has a bad boot byte", [](auto& p) { p.world.stick.Put(0, 446, "\x81"); }, false},
+      {"no signature", [](auto& p) { p.world.stick.Put(0, 510, "x"); }, false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    ProgramOnPc p;
+    row.prepare(p);
+    EXPECT_EQ(p.Start({Pick(Control::Combo1, "E:")}), RunEnd::Returned);
+    EXPECT_EQ(p.Enabled(Control::cmdSwitchPtns), row.swap);
+    EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
+  }
+}
+
+TEST(DrivePanel, SelectingADriveThatCannotBeReadOrHasNoBootCode) {
+  ProgramOnPc p;
+  p.Start();
+  p.world.stick.unreadable.insert(0);
+  p.Do(Pick(Control::Combo1, "F:"));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{ReadFailed("1")});
+  EXPECT_EQ(p.Rows(Control::List1).size(), 4U) << "list and buttons stay";
+  EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
+  p.world.stick.unreadable.clear();
+  p.world.stick.Put(0, demo::kBootCodeMark, "x");
+  p.Do(Pick(Control::Combo1, "E:"));
+  EXPECT_EQ(p.Rows(Control::List1), Texts());
+  EXPECT_TRUE(p.Enabled(Control::cmdRestoreTSD));
+  EXPECT_TRUE(p.Enabled(Control::cmdSwitchPtns));
+}
+
+TEST(DrivePanel, SearchFolderTick) {
+  ProgramOnPc p;
+  p.world.e.AddText("\\root.volPAK", "x");
+  p.Start({Click(Control::Chk_ISO)});
+  EXPECT_EQ(p.Rows(Control::List1).size(), 5U);
+  p.Do(Click(Control::Chk_ISO));
+  EXPECT_EQ(p.Rows(Control::List1),
+            (Texts{"E:\\_ISO\\A.volPAKX4DATA :&: A :&X4: DATA", "E:\\_ISO\\Linux.volPAK",
+                   "E:\\_ISO\\Rescue.volPAK", "E:\\_ISO\\Tools.volPAK"}));
+
+  ProgramOnPc none;
+  none.world.stick.plugged = false;
+  none.Start({Click(Control::Chk_ISO)});
+  EXPECT_EQ(none.TakeBoxes(), BoxRows{ReadFailed("99")});
+  EXPECT_EQ(MYDRIVE, ":");
+  EXPECT_EQ(Physical_Drive_no, 99);
+}
+
+TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
+  const struct {
+    std::size_t name;  // length of an image's name; a character is 6 pixels wide
+    bool companion;
+    std::vector<std::intptr_t> extents;
+  } rows[] = {{20, false, {6}},
+              {81, false, {6}},
+              {82, false, {6, 90 * 6 + 6}},
+              {220, true, {6, 32767 / 15 + 6}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    ProgramOnPc p;
+    const std::string stem(row.name - 7, 'n');
+    p.world.e.AddText("\\_ISO\\" + stem + ".volPAK", "x");
+    if (row.companion) p.world.f.AddText("\\_ISO\\" + stem, "x");
+    p.Start();
+    std::vector<std::intptr_t> extents;
+    for (const auto& message : p.pc.toolkit.sent) {
+      EXPECT_EQ(message.control, Control::List1);
+      EXPECT_EQ(message.message, 0x194U);
+      extents.push_back(message.wParam);
+    }
+    EXPECT_EQ(extents, row.extents);
+  }
+}
+
+TEST(DrivePanel, LabelAndSerialOfAVolume) {
+  ProgramOnPc p;
+  p.Prepare();
+  std::string label, serial;
+  const struct {
+    const char *volume, *label, *serial;
+  } rows[] = {{"E:", "TSD", "1A2B-3C4D"},
+              {"F:", "(no label)", "5566-7788"},
+              {"C:", "System", "C0DE-C0DE"},
+              {"Q:", "", ""}};
+  p.world.f.serial = 0x55667788;
+  for (const auto& row : rows) {
+    rgbGetVolume(row.volume, label, serial);
+    EXPECT_EQ(label, row.label);
+    EXPECT_EQ(serial, row.serial);
+  }
+  p.world.e.serial = 0x000A0001;
+  rgbGetVolume("E:", label, serial);
+  EXPECT_EQ(serial, "000A-0001");
+}
+
+}  // namespace

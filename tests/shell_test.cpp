@@ -1,0 +1,147 @@
+// The window: its small events, how the program ends, and that one action runs at a time.
+#include "disk/raw_sector_io.h"
+#include "disk/sector_buffer.h"
+#include "shell/main_window.h"
+#include "tests/support.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const BoxRow kHelp{
+    "Rotate_TSD for .volPAK files",
+    "This 32-bit Windows utility can be used to replace the TSD partition with different "
+    "partitions or switch back to the TSD partition without needing to boot to the TSD menu."
+    "\r\n\r\nDouble-click on a .volPAK file to replace the TSD partition with the .volPAK "
+    "partition image. The USB drive will then boot to the CSM Menu instead of the TSD Menu."
+    "\r\n\r\nTo restore the TSD partition, click on the 'Restore TSD Partitions' button."};
+
+bool ToolCopyIsThere(ProgramOnPc& p) {
+  return p.world.c.Find("\\Temp\\getFileExtents.exe") != nullptr;
+}
+
+TEST(Window, HelpAndHomePage) {
+  ProgramOnPc p;
+  p.Start({Click(Control::cmdHelp), Click(Control::Label2)});
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{kHelp});
+  EXPECT_EQ(p.Lines(MaskOf(Op::ShellExecute)),
+            Texts{"shell-execute https://tesseldyn.example/ open [0] [0] 1 ok"});
+  p.pc.processes.shellExecuteResult = 2;
+  p.Do(Click(Control::Label2));
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+}
+
+TEST(Window, KeepsItsSize) {
+  ProgramOnPc p;
+  p.Start();
+  const float height = p.pc.toolkit.height, width = p.pc.toolkit.width;
+  p.Do(Resize(15360, 20480));
+  EXPECT_EQ(p.pc.toolkit.height, height);
+  EXPECT_EQ(p.pc.toolkit.width, width);
+  p.pc.toolkit.minimised = true;
+  p.Do(Resize(0, 0));
+  EXPECT_EQ(p.pc.toolkit.height, 0) << "minimising leaves it minimised";
+}
+
+TEST(Window, BothWaysOutTakeTheToolAway) {
+  ProgramOnPc closed;
+  EXPECT_EQ(closed.Start({CloseWindow()}), RunEnd::Returned);
+  EXPECT_TRUE(closed.pc.toolkit.unloaded);
+  EXPECT_FALSE(ToolCopyIsThere(closed));
+
+  ProgramOnPc left;
+  left.Start();
+  Open_Physical_Disk_hDrive(1);
+  EXPECT_EQ(left.Do(Click(Control::cmdExit)), RunEnd::ProcessEnded);
+  EXPECT_FALSE(left.pc.toolkit.unloaded) << "the process ends before the window does";
+  EXPECT_FALSE(ToolCopyIsThere(left));
+
+  ProgramOnPc refused;
+  refused.Start();
+  refused.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete));
+  EXPECT_EQ(refused.Do(Click(Control::cmdExit)), RunEnd::ProcessEnded);
+  EXPECT_TRUE(ToolCopyIsThere(refused));
+  EXPECT_EQ(refused.TakeBoxes(), BoxRows());
+}
+
+TEST(Window, DoubleClickBesideTheRowsDoesNothing) {
+  ProgramOnPc p;
+  p.Start();
+  p.pc.machine.journal.Clear();
+  OnUserEvent(UserEvent::List1_DblClick);
+  EXPECT_EQ(p.Lines(kAnyOp), Texts());
+  EXPECT_EQ(p.TakeBoxes(), BoxRows());
+}
+
+TEST(Window, FailureAtTheTopOfARoutineIsReported) {
+  ProgramOnPc p;
+  p.Start();
+  p.Plan(FaultKind::FaultThrown, MaskOf(Op::Fact));
+  EXPECT_EQ(p.Do(Click(Control::cmdRefreshDrive)), RunEnd::Returned);
+  EXPECT_EQ(p.TakeBoxes(), (BoxRows{{kTitle,
+                                     "Err.Number=57 Err.Description=Device I/O error "
+                                     "Me.Name=Form1.cmdRefreshDrive_Click Erl=0"}}));
+  p.Do(Click(Control::cmdRefreshDrive));
+  EXPECT_EQ(p.Rows(Control::Combo1).size(), 2U) << "the program goes on";
+}
+
+TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {
+  const UserAction meanwhile[] = {
+      Click(Control::chkShowAll),      Click(Control::Chk_ISO),
+      Click(Control::cmdRefreshDrive), Click(Control::cmdHelp),
+      Click(Control::cmdSwitchPtns),   Click(Control::Label2),
+      DoubleClick(Control::Label1),    Pick(Control::Combo1, "F:"),
+      Open("E:\\_ISO\\Rescue"),        Pick(Control::List1, "E:\\_ISO\\Tools")};
+  ProgramOnPc calm;
+  calm.Start({Pick(Control::Combo1, "E:")});
+  for (const UserAction& action : meanwhile) {
+    SCOPED_TRACE(static_cast<int>(action.control));
+    ProgramOnPc p;
+    p.Start({});
+    p.pc.machine.journal.Clear();
+    p.pc.toolkit.atEveryDoEvents = action;
+    p.Do(Pick(Control::Combo1, "E:"));
+    EXPECT_EQ(p.TakeBoxes(), BoxRows());
+    EXPECT_EQ(p.Lines(kAnyOp), calm.Lines(kAnyOp));
+    EXPECT_FALSE(p.pc.toolkit.At(Control::chkShowAll).ticked);
+    EXPECT_TRUE(p.pc.toolkit.At(Control::Chk_ISO).ticked);
+    EXPECT_FALSE(ShowAllDrives);
+    EXPECT_EQ(p.pc.toolkit.At(Control::Combo1).selected, 0);
+    EXPECT_EQ(p.pc.toolkit.At(Control::List1).selected, -1);
+    EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
+  }
+}
+
+TEST(OneAction, ClosingWaitsForTheActionsEnd) {
+  for (const bool exit : {true, false}) {
+    SCOPED_TRACE(exit ? "Exit" : "close");
+    ProgramOnPc p;
+    p.Start({});
+    p.pc.machine.journal.Clear();
+    const UserAction end = exit ? Click(Control::cmdExit) : CloseWindow();
+    p.pc.toolkit.atDoEvents[p.pc.toolkit.doEventsCalls + 1] = end;
+    EXPECT_EQ(p.Do(Click(Control::cmdRefreshDrive)),
+              exit ? RunEnd::ProcessEnded : RunEnd::Returned);
+    EXPECT_EQ(p.Rows(Control::Combo1).size(), 2U) << "the list was built to its end";
+    EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
+    EXPECT_EQ(p.pc.toolkit.unloaded, !exit);
+    EXPECT_FALSE(ToolCopyIsThere(p));
+    const Texts lines = p.Lines(MaskOf(Op::PointerChange, Op::Delete));
+    EXPECT_EQ(lines.back(), "delete C:\\Temp\\getFileExtents.exe ok");
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), lines.back()), 1);
+  }
+}
+
+TEST(OneAction, ClicksOfABlockedTimeAreDropped) {
+  ProgramOnPc p;
+  p.Start({});
+  p.pc.machine.journal.Clear();
+  p.pc.toolkit.atDoEvents[p.pc.toolkit.doEventsCalls + 1] = Click(Control::cmdRefreshDrive);
+  p.Do(Click(Control::cmdHelp));  // lets events run at its end only
+  EXPECT_EQ(p.TakeBoxes(), BoxRows{kHelp});
+  EXPECT_EQ(p.Lines(kAnyOp), Texts());
+  p.Do(Click(Control::cmdRefreshDrive));
+  EXPECT_NE(p.Lines(kAnyOp), Texts());
+}
+
+}  // namespace
