@@ -1,4 +1,4 @@
-// One failure, planned for the n-th operation.
+// One failure, planned for the n-th operation, or for all from there on.
 #pragma once
 
 #include <cstddef>
@@ -23,11 +23,12 @@ enum class FaultKind : std::uint8_t {
 struct FaultPlan {
   FaultKind kind = FaultKind::None;
   std::size_t nth = 1;         // 1: the first operation that the mask allows
+  bool forGood = false;        // every operation behind the n-th as well
   OpMask mask = kAnyOp;        // cuts are narrowed to kChangingOps, short ones to transfers
   std::uint32_t error = 1117;  // Windows error of a refused call (ERROR_IO_DEVICE)
   int faultNumber = 57;        // number of a thrown Fault
   std::size_t seen = 0;        // operations counted so far
-  std::size_t hits = 0;        // 1 once it has struck
+  std::size_t hits = 0;        // how often it has struck
 
   // What strikes the operation that begins now.
   FaultKind Next(Op op);
