@@ -44,77 +44,51 @@ struct Measuring : ProgramOnPc {
 };
 
 TEST(Extents, OutputsOfTheTool) {
+  enum Outcome { kMeasured, kPieces, kBox, kSilent };
   const std::string one = "File offset 0 LBA: 1f800 Sectors: 20\r\n";
   const std::string two = "File offset 0 LBA: 64 Sectors: 8\r\nFile offset 1000 LBA: C8 Sectors: 8";
   const struct {
-    const char* name;
     std::string text;
-    const char *start, *startSectors;
-    bool pieces;
-    BoxRows boxes;
-    bool textKept;
+    Outcome outcome;
+    const char *start = "old start", *startSectors = "0";
   } rows[] = {
-      {"one extent", one, "1f800", "129024", false, {}, true},
-      {"something before the count",
-       "File offset 0 LBA: A x y Sectors: 1\r\n",
-       "A",
-       "10",
-       false,
-       {},
-       true},
-      {"16 digits",
-       "File offset 0 LBA: FFFFFFFFFFFFFFFF Sectors: 1\r\n",
-       "FFFFFFFFFFFFFFFF",
-       "18446744073709551615",
-       false,
-       {},
-       true},
-      {"lower \"file\" on the next line", one + "file", "1f800", "129024", false, {}, true},
-      {"two extents", two, "old start", "0", true, {InPieces(kImage)}, true},
-      {"nothing", "", "old start", "0", false, {ToolFailed()}, false},
-      {"no \"offset\"", "Access is denied\r\n", "old start", "0", false, {ToolFailed()}, false},
-      {"\"offset\" but another beginning",
-       "OFFSET: Access is denied",
-       "old start",
-       "0",
-       false,
-       {},
-       true},
-      {"beginning in another case",
-       "file offset 0 LBA: 1 Sectors: 1\r\n",
-       "old start",
-       "0",
-       false,
-       {},
-       true},
-      {"two extents behind another beginning", " " + two, "old start", "0", false, {}, true},
-      {"LBA that isn't hexadecimal",
-       "File offset 0 LBA: zz Sectors: 1\r\n",
-       "old start",
-       "0",
-       false,
-       {},
-       true},
-      {"LBA without an end", "File offset 0 LBA: 12", "old start", "0", false, {}, true},
+      {one, kMeasured, "1f800", "129024"},
+      {one + "file", kMeasured, "1f800", "129024"},
+      {"File offset 0 LBA: A x y Sectors: 1\r\n", kMeasured, "A", "10"},
+      {"File offset 0 LBA: FFFFFFFFFFFFFFFF Sectors: 1\r\n", kMeasured, "FFFFFFFFFFFFFFFF",
+       "18446744073709551615"},
+      {two, kPieces},
+      {"", kBox},
+      {"Access is denied\r\n", kBox},
+      {"OFFSET: Access is denied", kSilent},
+      {"file offset 0 LBA: 1 Sectors: 1\r\n", kSilent},
+      {" " + two, kSilent},
+      {"File offset 0 LBA: zz Sectors: 1\r\n", kSilent},
+      {"File offset 0 LBA: 12", kSilent},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(row.text);
     Measuring m;
     m.pc.processes.toolTexts[UpperCase(kImage)] = row.text;
     GetFileStart(kImage);
-    EXPECT_EQ(m.TakeBoxes(), row.boxes);
+    BoxRows boxes;
+    if (row.outcome == kPieces) boxes = {InPieces(kImage)};
+    if (row.outcome == kBox) boxes = {ToolFailed()};
+    EXPECT_EQ(m.TakeBoxes(), boxes);
     EXPECT_EQ(Form1.GFE_Command, kCommand);
     EXPECT_EQ(m.Lines(MaskOf(Op::Shell)),
               std::vector<std::string>{std::string("shell ") + kCommand + " style=0 ok"});
     EXPECT_EQ(Form1.FStart, row.start);
     EXPECT_EQ(Form1.FStartSectors.ToDecimal(), row.startSectors);
-    EXPECT_EQ(Form1.MoreThanOneExtent, row.pieces);
-    EXPECT_EQ(Form1.GFE_Text, row.textKept ? row.text : "");
-    if (std::string(row.startSectors) == "0") {
-      EXPECT_EQ(Form1.FLength, "old length");
-    } else {
-      EXPECT_EQ(Form1.FLength, "20000") << "of the file, whatever the tool counts";
+    EXPECT_EQ(Form1.MoreThanOneExtent, row.outcome == kPieces);
+    EXPECT_EQ(Form1.GFE_Text, row.outcome == kBox ? "" : row.text);
+    // Of the file, whatever the tool counts.
+    EXPECT_EQ(Form1.FLength, row.outcome == kMeasured ? "20000" : "old length");
+    if (row.outcome == kMeasured) {
       EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), "131072");
+    }
+    if (row.outcome == kBox) {
+      EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), "0");
     }
     EXPECT_FALSE(m.OutputIsThere());
   }

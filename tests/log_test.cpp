@@ -73,41 +73,29 @@ TEST(Log, RotatesBehind60001Lines) {
 
 TEST(Log, RotationThatFails) {
   const struct {
-    const char* name;
-    std::function<void(Logging&)> prepare;
-    BoxRows boxes;
-    bool written;
-  } rows[] = {
-      {"copy refused",
-       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 70); },
-       {{kTitle, "WriteLog: Error 70:Permission denied"}},
-       false},
-      {"delete refused",
-       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete), 1, 0, 75); },
-       {{kTitle, "WriteLog: Error 75:Path/File access error"}},
-       false},
-      {"path not found once",
-       [](auto& l) { l.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 76); },
-       {},
-       true},
-      {"folder and log have vanished",
-       [](auto& l) {
-         l.world.c.Remove("\\Temp\\Rotate_TSD.log");
-         l.world.c.Remove("\\Temp");
-       },
-       {{kTitle, "WriteLog: Error 53:File not found"}},
-       false},
-  };
+    Op op;  // Count: folder and log have vanished
+    int number;
+    const char* text;  // empty: the line is written
+  } rows[] = {{Op::Copy, 70, "WriteLog: Error 70:Permission denied"},
+              {Op::Delete, 75, "WriteLog: Error 75:Path/File access error"},
+              {Op::Copy, 76, ""},
+              {Op::Count, 0, "WriteLog: Error 53:File not found"}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(row.text);
     Logging l;
     LoggingEnabled = true;
     WriteLog("old");
     LogLineCount = 60001;
-    row.prepare(l);
+    if (row.op == Op::Count) {
+      l.world.c.Remove("\\Temp\\Rotate_TSD.log");
+      l.world.c.Remove("\\Temp");
+    } else {
+      l.Plan(FaultKind::FaultThrown, MaskOf(row.op), 1, 0, row.number);
+    }
     WriteLog("new");
-    EXPECT_EQ(l.TakeBoxes(), row.boxes);
-    EXPECT_EQ(l.Content("Rotate_TSD.log").ends_with("\tnew\r\n"), row.written);
+    const std::string text = row.text;
+    EXPECT_EQ(l.TakeBoxes(), text.empty() ? BoxRows() : BoxRows({{kTitle, text}}));
+    EXPECT_EQ(l.Content("Rotate_TSD.log").ends_with("\tnew\r\n"), text.empty());
     EXPECT_EQ(LogLineCount, 1);
     EXPECT_TRUE(l.world.c.FolderExists("\\Temp"));
   }
@@ -149,12 +137,7 @@ TEST(Reports, Layouts) {
     on.Ignore();
     on(fail);
     ErrorMode()(fail);
-    EXPECT_EQ(on(7,
-                 [&]() -> int {
-                   fail();
-                   return 8;
-                 }),
-              7);
+    EXPECT_EQ(on(7, []() -> int { throw MakeFault(53); }), 7);
     EXPECT_EQ(l.TakeBoxes(), BoxRows());
     on.Report();
     on(fail);

@@ -100,102 +100,61 @@ TEST(Startup, Order) {
 }
 
 TEST(Startup, BoxesAndEnds) {
+  using World = std::function<void(ProgramOnPc&)>;
+  const auto says = [](const char* file, const std::string& text) -> World {
+    return [=](ProgramOnPc& p) { p.pc.processes.toolTexts[file] = text; };
+  };
+  const auto fails = [](FaultKind kind, Op op, int number) -> World {
+    return [=](ProgramOnPc& p) { p.Plan(kind, MaskOf(op), 1, 1117, number); };
+  };
+  const auto pe = [](bool onRamDisk, const std::string& text) -> World {
+    return [=](ProgramOnPc& p) {
+      AddPe(p, onRamDisk);
+      p.pc.processes.toolTexts[""] = text;
+    };
+  };
+  const World gone = [](ProgramOnPc& p) { p.world.c.Remove("\\Rotate\\getFileExtents.exe"); };
+  const World full = [](ProgramOnPc& p) { p.world.c.full = true; };
+  const World otherLetters = [](ProgramOnPc& p) {
+    p.world.c.Move("\\Rotate\\getFileExtents.exe", "\\Rotate\\GetFileExtents.EXE");
+    p.world.c.Find("\\Rotate\\GetFileExtents.EXE")->attributes = kAttributeHidden;
+  };
   const std::string hasOffset = "offset? Access is denied";
+  const std::string upper = "offset ACCESS is denied";
   const std::string incorrect = hasOffset + " GETNEXTTRANSLATION: incorrect function";
+  const BoxRows none, copyFailed{CopyFailed()}, denied{Denied(hasOffset)},
+      otherText{NoRights(upper)};
+  const BoxRows missing{{"Missing file!",
+                         "Error: getFileExtents.exe helper file not found at C:\\Rotate",
+                         Buttons::Ok, Icon::Stop}};
+  const BoxRows refused{Report("Err.Number=70 Err.Description=Permission denied"), CopyFailed()};
+  const BoxRows noRoom{Report("Err.Number=61 Err.Description=Disk full"), CopyFailed()};
+  const BoxRows twice{Failed("C:\\Rotate\\getFileExtents.exe"),
+                      Failed("C:\\Temp\\getFileExtents.exe"), NoRights("")};
+  const char *temp = "C:\\Temp\\getFileExtents.exe", *root = "C:\\getFileExtents.exe";
+  constexpr auto kRuns = RunEnd::Returned, kEnds = RunEnd::ProcessEnded;
   const struct {
     const char* name;
-    std::function<void(ProgramOnPc&)> prepare;
+    World prepare;
     BoxRows boxes;
     RunEnd end;
     const char* toolPath;
   } rows[] = {
-      {"tool missing",
-       [](auto& p) { p.world.c.Remove("\\Rotate\\getFileExtents.exe"); },
-       {{"Missing file!", "Error: getFileExtents.exe helper file not found at C:\\Rotate",
-         Buttons::Ok, Icon::Stop}},
-       RunEnd::ProcessEnded,
-       ""},
-      {"tool in other letters, hidden",
-       [](auto& p) {
-         p.world.c.Move("\\Rotate\\getFileExtents.exe", "\\Rotate\\GetFileExtents.EXE");
-         p.world.c.Find("\\Rotate\\GetFileExtents.EXE")->attributes = kAttributeHidden;
-       },
-       {},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"temp folder takes no copy",
-       [](auto& p) { p.Plan(FaultKind::FaultThrown, MaskOf(Op::Copy), 1, 0, 70); },
-       {Report("Err.Number=70 Err.Description=Permission denied"), CopyFailed()},
-       RunEnd::Returned,
-       "C:\\getFileExtents.exe"},
-      {"copy can't be held open",
-       [](auto& p) { p.Plan(FaultKind::Refusal, MaskOf(Op::Open)); },
-       {CopyFailed()},
-       RunEnd::Returned,
-       "C:\\getFileExtents.exe"},
-      {"copy can't be compared with the original",
-       [](auto& p) { p.Plan(FaultKind::FaultThrown, MaskOf(Op::ReadText)); },
-       {CopyFailed()},
-       RunEnd::Returned,
-       "C:\\getFileExtents.exe"},
-      {"no place takes a copy",
-       [](auto& p) { p.world.c.full = true; },
-       {Report("Err.Number=61 Err.Description=Disk full"), CopyFailed()},
-       RunEnd::ProcessEnded,
-       "C:\\getFileExtents.exe"},
-      {"tool says nothing",
-       [](auto& p) { p.pc.processes.toolTexts[""] = ""; },
-       {Failed("C:\\Rotate\\getFileExtents.exe"), Failed("C:\\Temp\\getFileExtents.exe"),
-        NoRights("")},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"denied without \"offset\"",
-       [](auto& p) { p.pc.processes.toolTexts[""] = "Access is denied"; },
-       {Failed("C:\\Rotate\\getFileExtents.exe"), Failed("C:\\Temp\\getFileExtents.exe"),
-        NoRights("")},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"denied",
-       [&](auto& p) { p.pc.processes.toolTexts[""] = hasOffset; },
-       {Denied(hasOffset)},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"denied in other letters",
-       [](auto& p) { p.pc.processes.toolTexts[""] = "offset ACCESS is denied"; },
-       {NoRights("offset ACCESS is denied")},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"no place on this kind of disk",
-       [&](auto& p) { p.pc.processes.toolTexts[""] = incorrect; },
-       {},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"only the copy can be measured",
-       [&](auto& p) { p.pc.processes.toolTexts[kTool] = hasOffset; },
-       {},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"only the original can be measured",
-       [&](auto& p) { p.pc.processes.toolTexts[kCopy] = hasOffset; },
-       {},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
-      {"PE with its temp folder on X:",
-       [](auto& p) {
-         AddPe(p, true);
-         p.pc.processes.toolTexts[""] = "";
-       },
-       {},
-       RunEnd::Returned,
-       "X:\\Temp\\getFileExtents.exe"},
-      {"PE with its temp folder elsewhere",
-       [&](auto& p) {
-         AddPe(p, false);
-         p.pc.processes.toolTexts[""] = hasOffset;
-       },
-       {Denied(hasOffset)},
-       RunEnd::Returned,
-       "C:\\Temp\\getFileExtents.exe"},
+      {"tool missing", gone, missing, kEnds, ""},
+      {"tool in other letters, hidden", otherLetters, none, kRuns, temp},
+      {"no copy", fails(FaultKind::FaultThrown, Op::Copy, 70), refused, kRuns, root},
+      {"copy isn't held", fails(FaultKind::Refusal, Op::Open, 0), copyFailed, kRuns, root},
+      {"copy isn't read", fails(FaultKind::FaultThrown, Op::ReadText, 70), copyFailed, kRuns, root},
+      {"no place takes a copy", full, noRoom, kEnds, root},
+      {"tool says nothing", says("", ""), twice, kRuns, temp},
+      {"denied without \"offset\"", says("", "Access is denied"), twice, kRuns, temp},
+      {"denied", says("", hasOffset), denied, kRuns, temp},
+      {"denied in other letters", says("", upper), otherText, kRuns, temp},
+      {"no place on this kind of disk", says("", incorrect), none, kRuns, temp},
+      {"only the copy can be measured", says(kTool, hasOffset), none, kRuns, temp},
+      {"only the original can be measured", says(kCopy, hasOffset), none, kRuns, temp},
+      {"PE, temp folder on X:", pe(true, ""), none, kRuns, "X:\\Temp\\getFileExtents.exe"},
+      {"PE, temp folder elsewhere", pe(false, hasOffset), denied, kRuns, temp},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -204,9 +163,8 @@ TEST(Startup, BoxesAndEnds) {
     EXPECT_EQ(p.Start(), row.end);
     EXPECT_EQ(p.TakeBoxes(), row.boxes);
     EXPECT_EQ(GFE_Path, row.toolPath);
-    const bool runs = row.end == RunEnd::Returned;
-    EXPECT_EQ(p.pc.toolkit.shown, runs);
-    EXPECT_EQ(p.Rows(Control::Combo1).size(), runs ? 2U : 0U);
+    EXPECT_EQ(p.pc.toolkit.shown, row.end == kRuns);
+    EXPECT_EQ(p.Rows(Control::Combo1).size(), row.end == kRuns ? 2U : 0U);
     EXPECT_EQ(p.pc.toolkit.At(Control::cmd_rebootPE).visible,
               std::string(row.name).starts_with("PE"));
   }

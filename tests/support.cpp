@@ -1,5 +1,6 @@
 #include "tests/support.h"
 
+#include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
 #include "shell/log_writer.h"
 #include "shell/main_window.h"
@@ -27,6 +28,7 @@ void ProgramOnPc::Prepare() {
   Sys = pc.platform();
   ResetProgram();
   TempFolder = "C:\\Temp\\";
+  SectorBuffer.resize(4097);
   Sys.toolkit->CreateForm(kFormDesign, OnUserEvent);
 }
 

@@ -32,8 +32,8 @@ class ProgramOnPc {
   ProgramOnPc(const ProgramOnPc&) = delete;
   ProgramOnPc& operator=(const ProgramOnPc&) = delete;
 
-  // The program with its window but without start-up, for calling one routine. The temp folder is
-  // known, the tool's copy isn't there.
+  // The program with its window but without start-up, for calling one routine: the temp folder is
+  // known and the buffer has its size, but there is no copy of the tool.
   void Prepare();
 
   // Start-up, then the actions, one behind the other. What start-up showed and did is forgotten
