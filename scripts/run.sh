@@ -19,4 +19,4 @@ for preset in win64 win32; do
     exit 1
   }
 done
-exec python3 -B tests/wine/demo.py
+exec python3 -B -u tests/wine/demo.py

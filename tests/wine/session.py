@@ -1,5 +1,6 @@
 """A run of the shipped executable in a real window: prefix, display, virtual stick, robot user."""
 
+import fcntl
 import json
 import os
 import shutil
@@ -17,11 +18,17 @@ STICK = os.path.join(RIG, "stick.img")
 WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
              if os.path.exists(path)), "wine64")
 SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
+_held = None
 
 
-def prepare(force_stick=False):
-    """Builds the rig's Windows side, the pristine prefix and the demo stick, where not there yet."""
+def prepare():
+    """Builds the rig's Windows side, the pristine prefix and the demo stick, where not there yet.
+    One run at a time: the folder is held until the process ends."""
     os.makedirs(RIG, exist_ok=True)
+    global _held
+    _held = open(os.path.join(RIG, "lock"), "w", encoding="utf-8")
+    fcntl.flock(_held, fcntl.LOCK_EX)
+    stick.release_leftovers(RIG)
     stick.run(os.path.join(HERE, "build.sh"), BIN)
     pristine = os.path.join(RIG, "prefix")
     if not os.path.exists(os.path.join(pristine, "system.reg")):
@@ -34,7 +41,7 @@ def prepare(force_stick=False):
               for name in ("mbr.asm", "volume.asm", "say.inc", "efi_hello.c")]
     stale = not os.path.exists(STICK) or any(
         os.path.getmtime(part) > os.path.getmtime(STICK) for part in parts)
-    if stale or force_stick:
+    if stale:
         stick.run(os.path.join(HERE, "make_stick.py"), STICK)
 
 
@@ -54,7 +61,10 @@ class Robot:
     def ask(self, command):
         self.process.stdin.write(command + "\n")
         self.process.stdin.flush()
-        return json.loads(self.process.stdout.readline())
+        answer = self.process.stdout.readline()
+        if not answer:
+            raise AssertionError(f"the robot ended at {command!r}")
+        return json.loads(answer)
 
     def do(self, command):
         if self.ask(command) is not True:

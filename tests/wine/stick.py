@@ -63,6 +63,18 @@ def release_all():
         detach(device)
 
 
+def release_leftovers(folder):
+    """Releases what a run that was killed outright left mounted or attached below folder."""
+    with open("/proc/mounts", encoding="utf-8") as mounts:
+        for place in [line.split(" ")[1] for line in mounts]:
+            if place.startswith(folder + "/"):
+                run("umount", "--lazy", place)
+    for line in run("losetup", "--list", "--noheadings", "-O", "NAME,BACK-FILE").splitlines():
+        device, _, file = line.strip().partition(" ")
+        if file.strip().startswith(folder + "/"):
+            run("losetup", "--detach", device)
+
+
 class Ntfs:
     """with Ntfs(image, start, sectors, folder): the volume's files lie in folder."""
 
