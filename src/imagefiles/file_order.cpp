@@ -42,6 +42,12 @@ std::optional<FindData> Look(const std::string& path) {
   return found;
 }
 
+bool IsTaken(const std::string& path) {
+  ErrorMode quietly;
+  return quietly(kInvalidAttributes, [&] { return Sys.files->GetFileAttributesA(path); }) !=
+         kInvalidAttributes;
+}
+
 // What the copy consists of must be on the device before the original goes.
 bool IsFlushed(const std::string& path) {
   ErrorMode quietly;
@@ -73,9 +79,10 @@ class MovingFile {
   }
 
   // Not started where the interpreter would do something else with the line than copy, would wait
-  // for an answer that nobody can give (the target exists), or the original couldn't be deleted.
+  // for an answer that nobody can give (the target exists), would copy into a folder of the
+  // target's name, or the original couldn't be deleted.
   void Copy() const {
-    if (InterpreterChangesBare(file_) || FileIsThere(temp_)) return;
+    if (InterpreterChangesBare(file_) || IsTaken(temp_)) return;
     const std::optional<FindData> original = Look(file_);
     if (original && (original->attributes & kAttributeReadOnly) != 0) return;
     RunCmd("cmd.exe /c copy " + file_ + " " + temp_, kWindowHidden);
@@ -205,6 +212,7 @@ void ShowOutcome(bool inOrder, const std::string& last) {
 
 void MoveFiles(const std::string& FirstFile, const std::string& LastFile) {
   WriteLog("MoveFiles started");
+  StepNo = 0;
   Form1.MoreThanOneExtent = false;
   MovingFile last(LastFile, "xxx");
   MovingFile first(FirstFile, "zzz");
