@@ -49,15 +49,15 @@ void FormWindow::DrawRow(const DRAWITEMSTRUCT& item) {
   const HBRUSH plain = own != nullptr ? own : ::GetSysColorBrush(COLOR_WINDOW);
   ::FillRect(item.hDC, &item.rcItem, selected ? ::GetSysColorBrush(COLOR_HIGHLIGHT) : plain);
   if (item.itemID != static_cast<UINT>(-1)) {
-    std::string row(
-        static_cast<std::size_t>(::SendMessageA(item.hwndItem, CB_GETLBTEXTLEN, item.itemID, 0)),
-        '\0');
-    ::SendMessageA(item.hwndItem, CB_GETLBTEXT, item.itemID, reinterpret_cast<LPARAM>(row.data()));
+    std::wstring row(
+        static_cast<std::size_t>(::SendMessageW(item.hwndItem, CB_GETLBTEXTLEN, item.itemID, 0)),
+        L'\0');
+    ::SendMessageW(item.hwndItem, CB_GETLBTEXT, item.itemID, reinterpret_cast<LPARAM>(row.data()));
     RECT place = item.rcItem;
     place.left += ScaledPixels(3, dpi_);
     ::SetBkMode(item.hDC, TRANSPARENT);
     ::SetTextColor(item.hDC, text);
-    ::DrawTextA(item.hDC, row.c_str(), -1, &place,
+    ::DrawTextW(item.hDC, row.c_str(), -1, &place,
                 DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
   }
   if ((item.itemState & ODS_FOCUS) != 0) ::DrawFocusRect(item.hDC, &item.rcItem);
@@ -80,13 +80,14 @@ LRESULT FormWindow::DrawButton(const NMCUSTOMDRAW& item) {
   const UINT style = DT_CENTER | DT_WORDBREAK | ((cues & UISF_HIDEACCEL) != 0 ? DT_HIDEPREFIX : 0u);
   RECT room{face.left + gap + icon + gap / 2, face.top, face.right - gap / 2, face.bottom};
   RECT text = room;
+  const std::wstring caption = WideText(design->caption);
   const HGDIOBJ before = ::SelectObject(item.hdc, font_);
-  ::DrawTextA(item.hdc, design->caption, -1, &text, style | DT_CALCRECT);
+  ::DrawTextW(item.hdc, caption.c_str(), -1, &text, style | DT_CALCRECT);
   room.top += (face.bottom - face.top - (text.bottom - text.top)) / 2;
   const bool disabled = (item.uItemState & CDIS_DISABLED) != 0;
   ::SetBkMode(item.hdc, TRANSPARENT);
   ::SetTextColor(item.hdc, ::GetSysColor(disabled ? COLOR_GRAYTEXT : COLOR_BTNTEXT));
-  ::DrawTextA(item.hdc, design->caption, -1, &room, style);
+  ::DrawTextW(item.hdc, caption.c_str(), -1, &room, style);
   ::SelectObject(item.hdc, before);
   if ((item.uItemState & CDIS_FOCUS) != 0 && (cues & UISF_HIDEFOCUS) == 0) {
     RECT frame = face;
@@ -117,7 +118,8 @@ SIZE FormWindow::TextPixels(const std::string& text) const {
   const HDC screen = ::GetDC(frame_);
   const HGDIOBJ before = ::SelectObject(screen, font_);
   SIZE size{};
-  ::GetTextExtentPoint32A(screen, text.data(), static_cast<int>(text.size()), &size);
+  const std::wstring wide = WideText(text);
+  ::GetTextExtentPoint32W(screen, wide.data(), static_cast<int>(wide.size()), &size);
   TEXTMETRICA metric{};
   ::GetTextMetricsA(screen, &metric);
   size.cy = metric.tmHeight;

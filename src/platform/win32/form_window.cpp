@@ -193,6 +193,25 @@ void FormWindow::SetEnabled(Control control, bool enabled) {
   if (focused) KeepFocus();
 }
 
+void FormWindow::AddRow(Control list, const std::string& text) {
+  Part& part = parts_[Index(list)];
+  if (!part.frozen) {
+    ::SendMessageA(part.window, WM_SETREDRAW, FALSE, 0);
+    part.frozen = true;
+  }
+  ::SendMessageA(part.window, IsDropDown(list) ? CB_ADDSTRING : LB_ADDSTRING, 0,
+                 reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void FormWindow::ShowRows() {
+  for (Part& part : parts_) {
+    if (!part.frozen) continue;
+    part.frozen = false;
+    ::SendMessageA(part.window, WM_SETREDRAW, TRUE, 0);
+    ::InvalidateRect(part.window, nullptr, TRUE);
+  }
+}
+
 void FormWindow::Forget() {
   for (Part& part : parts_) {
     if (part.font != nullptr) ::DeleteObject(part.font);

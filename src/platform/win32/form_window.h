@@ -34,6 +34,11 @@ class FormWindow {
   void SetVisible(Control control, bool visible);
   void SetEnabled(Control control, bool enabled);
 
+  // Adds a row to a list. The list is drawn anew only when events are handed out or a box opens
+  // (ShowRows): drawn row by row, ten thousand rows take minutes.
+  void AddRow(Control list, const std::string& text);
+  void ShowRows();
+
   // Hands out one message of the queue, with the keys of a dialog.
   void HandOut(MSG& message);
   // Hands out a close that arrived while a box was open.
@@ -70,6 +75,7 @@ class FormWindow {
     HWND window = nullptr;  // null: not made yet, or a control without a window
     HFONT font = nullptr;   // null: the window's font
     HBRUSH back = nullptr;  // null: the system's
+    bool frozen = false;    // a list that isn't drawn at the moment
     HICON icon = nullptr;   // null: none, the system draws the button
   };
 

@@ -27,7 +27,8 @@ SIZE MeasurePrompt(HWND dialog, const InputBox& box) {
   const HDC screen = ::GetDC(dialog);
   const HGDIOBJ before = ::SelectObject(screen, box.font);
   RECT area{0, 0, box.Scaled(400), 0};
-  ::DrawTextA(screen, box.text.prompt.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+  ::DrawTextW(screen, WideText(box.text.prompt).c_str(), -1, &area,
+              DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
   ::SelectObject(screen, before);
   ::ReleaseDC(dialog, screen);
   return {area.right, area.bottom};

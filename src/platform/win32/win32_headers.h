@@ -12,10 +12,16 @@
 // Needs windows.h before it.
 #include <shellapi.h>
 
+#include <string>
+
 #include "platform/fault.h"
 
 // The fault that belongs to a system error number of a failed statement.
 Fault FaultOfSystemError(DWORD error);
+
+// Text for the drawing calls. Their single-byte forms take the text for the system's own code page
+// and not for the one that the manifest asks for; all other calls know.
+std::wstring WideText(const std::string& text);
 
 // Gives a system function that the oldest Windows lacks, or null there.
 template <class Function>

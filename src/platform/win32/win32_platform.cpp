@@ -19,6 +19,14 @@ void PrepareProcess() {
   if (::GetSystemDirectoryA(folder, MAX_PATH) != 0) ::SetCurrentDirectoryA(folder);
 }
 
+std::wstring WideText(const std::string& text) {
+  const int bytes = static_cast<int>(text.size());
+  const int size = ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), size);
+  return wide;
+}
+
 Fault FaultOfSystemError(DWORD error) {
   switch (error) {
     case ERROR_FILE_NOT_FOUND:

@@ -8,13 +8,13 @@ namespace {
 
 // The messages of the two kinds of list, which differ in name only.
 struct ListMessages {
-  UINT clear, add, count, text, textLength, selection, select;
+  UINT clear, count, text, textLength, selection, select;
 };
 
 const ListMessages& MessagesOf(Control list) {
-  static constexpr ListMessages kCombo{CB_RESETCONTENT, CB_ADDSTRING, CB_GETCOUNT, CB_GETLBTEXT,
+  static constexpr ListMessages kCombo{CB_RESETCONTENT, CB_GETCOUNT,  CB_GETLBTEXT,
                                        CB_GETLBTEXTLEN, CB_GETCURSEL, CB_SETCURSEL};
-  static constexpr ListMessages kList{LB_RESETCONTENT, LB_ADDSTRING, LB_GETCOUNT, LB_GETTEXT,
+  static constexpr ListMessages kList{LB_RESETCONTENT, LB_GETCOUNT,  LB_GETTEXT,
                                       LB_GETTEXTLEN,   LB_GETCURSEL, LB_SETCURSEL};
   return FormWindow::IsDropDown(list) ? kCombo : kList;
 }
@@ -74,9 +74,11 @@ class RealToolkit final : public Toolkit {
 
   void RunEventLoop() override {
     MSG message;
+    TheForm.ShowRows();
     while (TheForm.IsOpen() && ::GetMessageA(&message, nullptr, 0, 0) > 0) {
       TheForm.HandOut(message);
       TheForm.HandOutLateClose();
+      TheForm.ShowRows();
     }
   }
 
@@ -121,7 +123,8 @@ class RealToolkit final : public Toolkit {
   void ClearItems(Control list) override { Send(list, MessagesOf(list).clear, 0, 0); }
 
   void AddItem(Control list, const std::string& text) override {
-    Send(list, MessagesOf(list).add, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    const FormWindow::Quiet quiet(TheForm);
+    TheForm.AddRow(list, text);
   }
 
   int ItemCount(Control list) override {
@@ -159,6 +162,7 @@ class RealToolkit final : public Toolkit {
 
   Answer MsgBox(const Box& box) override {
     const FormWindow::Modal modal(TheForm);
+    TheForm.ShowRows();
     switch (::MessageBoxA(Owner(), box.text.c_str(), box.title.c_str(), StyleOf(box))) {
       case IDYES:
         return Answer::Yes;
@@ -174,6 +178,7 @@ class RealToolkit final : public Toolkit {
   std::string InputBox(const std::string& prompt, const std::string& title,
                        const std::string& initial) override {
     const FormWindow::Modal modal(TheForm);
+    TheForm.ShowRows();
     return AskForText({prompt, title, initial}, Owner(), TheForm.Font(), TheForm.Dpi());
   }
 
@@ -181,6 +186,7 @@ class RealToolkit final : public Toolkit {
 
   void DoEvents() override {
     MSG message;
+    TheForm.ShowRows();
     while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
       if (message.message == WM_QUIT) {
         ::PostQuitMessage(static_cast<int>(message.wParam));
