@@ -6,6 +6,7 @@
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
 #include "platform/platform.h"
+#include "shell/drive_inventory.h"
 #include "shell/failure.h"
 #include "shell/log_writer.h"
 #include "tests/support.h"
@@ -108,6 +109,49 @@ TEST(Log, LinesWithoutAFolderAreLost) {
   WriteLog("lost");
   EXPECT_EQ(l.TakeBoxes(), BoxRows());
   EXPECT_FALSE(l.world.c.FolderExists("\\Temp"));
+}
+
+TEST(Log, LinesOfTheDiskRoutines) {
+  const auto started = [](const std::string& name) {
+    return "------- " + name + " Started ----------------";
+  };
+  const std::string letters[] = {started("Get_Drive_Volumes(1,,,,)"),
+                                 "------- Get_Drive_Volumes(1,E:,F:,,) Result=True  "
+                                 "----------------"};
+  const struct {
+    std::function<void()> routine;
+    Texts log;
+  } rows[] = {
+      {[] { ReadandParseSector("E:", 60); },
+       {started("ReadandParseSector(E:, 60)"), started("Open_Physical_Disk_hDrive"),
+        started("DirectReadDrive(60,1)"), started("MyCloseHandle"), started("ParseSectorBuffer")}},
+      {[] { WriteSector(1, 4294967295); },
+       {started("WriteSector(1, 4294967295)"), started("Open_Physical_Disk_hDrive"),
+        started("DirectWriteDrive(4294967295,1)"), started("MyCloseHandle")}},
+      {[] { GetDriveLetter(1); },
+       {started("GetDriveLetter(1)"), letters[0], letters[1],
+        "v1=E:", "Finished GetDriveLetter - GetDriveLetter=E:"}},
+      {[] { Open_Lock_Dismount_Volume("Q:\\"); },
+       {started("Open_Lock_Dismount_Volume Q:\\"), started("Open_Volume_get_lngHandle")}},
+      {[] { Lock_Unlock_All_Volumes(7, "LOCK"); },
+       {started("Lock_Unlock_All_Volumes LOCK"), started("Get_Drive_Volumes(7,,,,)"),
+        "------- Get_Drive_Volumes(7,,,,) Result=False  ----------------"}},
+      {[] { Lock_Unlock_All_Volumes(7, "UNLOCK"); }, {started("Lock_Unlock_All_Volumes UNLOCK")}},
+      {[] { ReMount_Drive(7); }, {started("ReMount_Drive(7)")}},
+      {[] { DisMount_All_VolumesX(1); },
+       {started("DisMount_All_VolumesX"), letters[0], letters[1],
+        started("Open_Lock_Dismount_Volume E:"), started("Open_Volume_get_lngHandle"),
+        started("MyLock_Volume"), started("MyDismount_Volume"), started("MyCloseHandle"),
+        started("Open_Lock_Dismount_Volume F:"), started("Open_Volume_get_lngHandle"),
+        started("MyLock_Volume"), started("MyDismount_Volume"), started("MyCloseHandle")}},
+      {[] { GetUSBDiskDriveInfo(0); }, {"GetUSBDiskDriveInfo 0"}},
+  };
+  for (const auto& row : rows) {
+    Logging l;
+    l.TurnLoggingOn();
+    row.routine();
+    EXPECT_EQ(l.TakeLog(), row.log);
+  }
 }
 
 TEST(Reports, Layouts) {

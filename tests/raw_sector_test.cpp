@@ -14,9 +14,9 @@ class RawSectors : public ::testing::Test {
   RawSectors() { p.Prepare(); }
 
   // A disk of 3 TB and a letter on it.
-  VirtualDisk& AddBigDisk(int number) {
+  VirtualDisk& AddBigDisk(int number, char letter) {
     VirtualDisk& disk = p.pc.AddDisk(number, 3'000'000'000'000);
-    p.pc.AddVolume('H', disk, 2048, 100'000).tiedToTable = false;
+    p.pc.AddVolume(letter, disk, 2048, 100'000).tiedToTable = false;
     p.pc.RenewTables();
     return disk;
   }
@@ -86,7 +86,7 @@ TEST_F(RawSectors, UnknownVolumeLeavesBufferAndFlags) {
 }
 
 TEST_F(RawSectors, OffsetsBeyond32Bits) {
-  VirtualDisk& disk = AddBigDisk(2);
+  VirtualDisk& disk = AddBigDisk(2, 'H');
   SectorBuffer.assign(512, 0x77);
   EXPECT_TRUE(WriteSector(2, kFarSector));
   EXPECT_EQ(disk.Sector(kFarSector), FilledSector(0x77));
@@ -109,14 +109,11 @@ TEST_F(RawSectors, OffsetsBeyond32Bits) {
 TEST_F(RawSectors, HighestDriveIs80) {
   for (const int number : {80, 81}) {
     SCOPED_TRACE(number);
-    ProgramOnPc q;
-    q.Prepare();
-    VirtualDisk& disk = q.pc.AddDisk(number, 3'000'000'000'000);
-    q.pc.AddVolume('H', disk, 2048, 100'000).tiedToTable = false;
-    q.pc.RenewTables();
+    const std::string volume = number == 80 ? "H:" : "I:";
+    VirtualDisk& disk = AddBigDisk(number, volume[0]);
     SectorBuffer.assign(512, 0x77);
     EXPECT_EQ(WriteSector(number, 30), number == 80);
-    EXPECT_EQ(ReadandParseSector("H:", 30), number == 80);
+    EXPECT_EQ(ReadandParseSector(volume, 30), number == 80);
     EXPECT_EQ(disk.Contents().size(), number == 80 ? 1U : 0U);
     EXPECT_EQ(Physical_Drive_no, number);
   }
@@ -132,6 +129,7 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
                    "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok", "sleep 50"}));
+  EXPECT_EQ(Physical_Drive_no, 1);
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }
 
