@@ -50,11 +50,12 @@ bool JudgeBackup(SwitchRun& run, std::int64_t sector, bool& usable) {
 }
 
 // A switch leaves the start of entry 1 in the disk signature, so the table under work is an
-// unsaved one only if these differ. Its start may still be near enough to pass the checks.
+// unsaved one only if these differ. Its start may still be near enough to pass the checks. A type
+// answered with 0 doesn't make it an unsaved one, and a swap makes entry 1 the second.
 bool TableIsSwitched() {
-  const std::uint32_t start = SectorNumberAt(kEntry1 + kEntryStart);
-  return start != 0 && SectorBuffer[kEntry1 + kEntryType] != 0 &&
-         SectorNumberAt(kDiskSignature) == start;
+  const std::uint32_t signature = SectorNumberAt(kDiskSignature);
+  return signature != 0 && (SectorNumberAt(kEntry1 + kEntryStart) == signature ||
+                            SectorNumberAt(kEntry2 + kEntryStart) == signature);
 }
 
 // Keeps the saved table in place of the switched one. False: there is none to go back to.
