@@ -267,19 +267,26 @@ TEST(FileOrder, EqualStartsPass) {
 
 TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
   FourVolumes program;
-  program.Put("E:\\_ISO\\P\\A.volPAK", 5'000'000);
-  program.Put("E:\\_ISO\\P\\A", 4'000'000);
+  const std::string image = Paths("E:~A.volPAKX4D")[0], companion = Paths("E:~A")[0];
+  program.Put(image, 5'000'000);
+  program.Put(companion, 4'000'000);
+  program.Put(Paths("E:~D")[0], 5'500'000);
   program.world.e.placements = {{.lba = 6'000'000}};
   program.pc.toolkit.AnswerNext(Answer::Yes, kOrderQuestion);
+  program.pc.toolkit.AnswerNext(Answer::No,
+                                kOrderQuestion);  // D is below the companion's new place
   program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Start({Open("E:\\_ISO\\P\\A.volPAK")});
+  program.Start({Open(image)});
   const BoxRows boxes = program.TakeBoxes();
-  ASSERT_EQ(boxes.size(), 3U);
-  EXPECT_EQ(boxes[1],
-            (BoxRow{"E:\\_ISO\\P\\A is now last", "OK - Files are now in correct order."}));
-  EXPECT_TRUE(Contains(boxes[2].text, "PTN3: Type=07 (NTFS)   Start=6000000 (0x5B8D80) \r\n"));
-  EXPECT_EQ(EntryOf(program.world.stick.Sector(0), 1), (TableEntry{true, 7, 5'000'000, 64}));
-  EXPECT_EQ(EntryOf(program.world.stick.Sector(0), 3), (TableEntry{false, 7, 6'000'000, 64}));
+  ASSERT_EQ(boxes.size(), 4U);
+  EXPECT_EQ(boxes[0], WrongOrder(companion));
+  EXPECT_EQ(boxes[1], (BoxRow{companion + " is now last", "OK - Files are now in correct order."}));
+  EXPECT_EQ(boxes[2], WrongOrder(Paths("E:~D")[0]));
+  EXPECT_TRUE(Contains(boxes[3].text, "PTN3: Type=07 (NTFS)   Start=6000000 (0x5B8D80) \r\n"));
+  const VirtualSector table = program.world.stick.Sector(0);
+  EXPECT_EQ(EntryOf(table, 1), (TableEntry{true, 7, 5'000'000, 64}));
+  EXPECT_EQ(EntryOf(table, 3), (TableEntry{false, 7, 6'000'000, 64}));
+  EXPECT_EQ(EntryOf(table, 4), (TableEntry{false, 7, 5'500'000, 64}));
   EXPECT_EQ(program.world.stick.Sector(6'000'000), demo::NtfsBootRecord());
 }
 
