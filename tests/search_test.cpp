@@ -110,6 +110,13 @@ TEST(Search, NamesWithoutStemOrMark) {
   EXPECT_EQ(s.Found(), (Texts{"E:\\_ISO\\.volPAK", "E:\\_ISO\\aX4b.volPAK"}));
 }
 
+TEST(Search, VolumesAreLookedUpAnewBehindTheCompanion) {
+  Searching s;
+  for (const char* file : {"E:\\_ISO\\a.volPAKX4b", "F:\\_ISO\\a", "F:\\_ISO\\b"}) s.Add(file);
+  vol1 = vol2 = vol3 = vol4 = "";
+  EXPECT_EQ(s.Found(), Texts{"E:\\_ISO\\a.volPAKX4b :&X4: F:\\_ISO\\b"});
+}
+
 TEST(Search, CountsAndRoots) {
   Searching s;
   s.Add("E:\\$RECYCLE.BIN\\a.volPAK");
@@ -125,6 +132,9 @@ TEST(Search, CountsAndRoots) {
     MYDRIVE = root;
     EXPECT_EQ(s.Found(), Texts()) << root;
   }
+  s.Add("E:\\_ISO\\tsd\\c.volPAK");
+  MYDRIVE = "E:\\_ISO\\tsd";
+  EXPECT_EQ(s.Found(), Texts()) << "also where the walk begins there";
   MYDRIVE = "E:\\other";
   EXPECT_EQ(s.Found(), Texts{"E:\\other\\b.volPAK"}) << "nothing is appended";
 }

@@ -93,22 +93,29 @@ TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {
       DoubleClick(Control::Label1),    Pick(Control::Combo1, "F:"),
       Open("E:\\_ISO\\Rescue"),        Pick(Control::List1, "E:\\_ISO\\Tools")};
   ProgramOnPc calm;
-  calm.Start({Pick(Control::Combo1, "E:")});
+  calm.Start();
+  const std::size_t first = calm.pc.toolkit.doEventsCalls + 1;
+  calm.pc.machine.journal.Clear();
+  calm.Do(Pick(Control::Combo1, "E:"));
+  const std::size_t last = calm.pc.toolkit.doEventsCalls;
+  ASSERT_GT(last, first);
   for (const UserAction& action : meanwhile) {
-    SCOPED_TRACE(static_cast<int>(action.control));
-    ProgramOnPc p;
-    p.Start({});
-    p.pc.machine.journal.Clear();
-    p.pc.toolkit.atEveryDoEvents = action;
-    p.Do(Pick(Control::Combo1, "E:"));
-    EXPECT_EQ(p.TakeBoxes(), BoxRows());
-    EXPECT_EQ(p.Lines(kAnyOp), calm.Lines(kAnyOp));
-    EXPECT_FALSE(p.pc.toolkit.At(Control::chkShowAll).ticked);
-    EXPECT_TRUE(p.pc.toolkit.At(Control::Chk_ISO).ticked);
-    EXPECT_FALSE(ShowAllDrives);
-    EXPECT_EQ(p.pc.toolkit.At(Control::Combo1).selected, 0);
-    EXPECT_EQ(p.pc.toolkit.At(Control::List1).selected, -1);
-    EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
+    for (std::size_t call = first; call <= last; ++call) {
+      SCOPED_TRACE(::testing::Message() << static_cast<int>(action.control) << " at " << call);
+      ProgramOnPc p;
+      p.Start();
+      p.pc.machine.journal.Clear();
+      p.pc.toolkit.atDoEvents[call] = action;
+      p.Do(Pick(Control::Combo1, "E:"));
+      EXPECT_EQ(p.TakeBoxes(), BoxRows());
+      EXPECT_EQ(p.Lines(kAnyOp), calm.Lines(kAnyOp));
+      EXPECT_FALSE(p.pc.toolkit.At(Control::chkShowAll).ticked);
+      EXPECT_TRUE(p.pc.toolkit.At(Control::Chk_ISO).ticked);
+      EXPECT_FALSE(ShowAllDrives);
+      EXPECT_EQ(p.pc.toolkit.At(Control::Combo1).selected, 0);
+      EXPECT_EQ(p.pc.toolkit.At(Control::List1).selected, -1);
+      EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
+    }
   }
 }
 
@@ -130,6 +137,15 @@ TEST(OneAction, ClosingWaitsForTheActionsEnd) {
     EXPECT_EQ(lines.back(), "delete C:\\Temp\\getFileExtents.exe ok");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), lines.back()), 1);
   }
+}
+
+TEST(OneAction, ClosingDuringStartUp) {
+  ProgramOnPc p;
+  p.pc.toolkit.atDoEvents[1] = CloseWindow();
+  EXPECT_EQ(p.Start(), RunEnd::Returned);
+  EXPECT_TRUE(p.pc.toolkit.unloaded);
+  EXPECT_FALSE(ToolCopyIsThere(p));
+  EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
 }
 
 TEST(OneAction, ClicksOfABlockedTimeAreDropped) {

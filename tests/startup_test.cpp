@@ -115,6 +115,10 @@ TEST(Startup, BoxesAndEnds) {
   };
   const World gone = [](ProgramOnPc& p) { p.world.c.Remove("\\Rotate\\getFileExtents.exe"); };
   const World full = [](ProgramOnPc& p) { p.world.c.full = true; };
+  const World planted = [=](ProgramOnPc& p) {
+    p.world.c.AddText("\\Temp\\getFileExtents.exe", "MZ another tool");
+    fails(FaultKind::FaultThrown, Op::Copy, 70)(p);
+  };
   const World otherLetters = [](ProgramOnPc& p) {
     p.world.c.Move("\\Rotate\\getFileExtents.exe", "\\Rotate\\GetFileExtents.EXE");
     p.world.c.Find("\\Rotate\\GetFileExtents.EXE")->attributes = kAttributeHidden;
@@ -143,6 +147,7 @@ TEST(Startup, BoxesAndEnds) {
       {"tool missing", gone, missing, kEnds, ""},
       {"tool in other letters, hidden", otherLetters, none, kRuns, temp},
       {"no copy", fails(FaultKind::FaultThrown, Op::Copy, 70), refused, kRuns, root},
+      {"another tool in the copy's place", planted, refused, kRuns, root},
       {"copy isn't held", fails(FaultKind::Refusal, Op::Open, 0), copyFailed, kRuns, root},
       {"copy isn't read", fails(FaultKind::FaultThrown, Op::ReadText, 70), copyFailed, kRuns, root},
       {"no place takes a copy", full, noRoom, kEnds, root},
