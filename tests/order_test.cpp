@@ -184,8 +184,8 @@ TEST(OrderRepair, TrustsNoCopyThatIsNotProven) {
     Placement first;
     OpMask refused;
   };
-  const Row kRows[] = {{"cut in a sector", {.keepBytes = 4999}, 0},
-                       {"cut at the start", {.keepBytes = 0}, 0},
+  const Row kRows[] = {{"cut in a sector", {.keepBytes = 4999, .lastWriteTime = 77}, 0},
+                       {"cut at the start", {.keepBytes = 0, .lastWriteTime = 77}, 0},
                        {"another time", {.lastWriteTime = 78}, 0},
                        {"not flushed", {}, MaskOf(Op::Flush)},
                        {"not made", {}, MaskOf(Op::ChildCopy)}};

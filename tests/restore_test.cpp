@@ -173,6 +173,19 @@ TEST(Restore, LooksAtTheVolumeFirst) {
   }
 }
 
+TEST(Restore, TurnsToTheVolumeThatHoldsTheFiles) {
+  SwitchedStick program;
+  VirtualSector table = program.world.stick.Sector(0);
+  demo::SetEntry(table, 2, false, 0x0C, demo::kSecondStart, demo::kSecondSectors);
+  program.world.stick.SetSector(0, table);
+  program.world.stick.SetSector(30, TableWith('S'));
+  program.pc.RenewTables();
+  program.pc.toolkit.AnswerNext(Answer::Cancel);
+  program.Start({Pick(Control::Combo1, "F:"), Click(Control::cmdRestoreTSD)});
+  EXPECT_EQ(program.TakeBoxes(), BoxRows{kAsk});  // F: would have brought the warning
+  EXPECT_EQ(MYDRIVE, "E:");
+}
+
 TEST(Restore, RefusesInSilence) {
   struct Row {
     const char* name;
