@@ -88,11 +88,6 @@ bool MeasureFurther(const std::string& file) {
   return Form1.FStartSectors == 0 ? StopInvalid(file) : true;
 }
 
-bool LiesWithin2TB(const std::string& file, const std::string& start) {
-  if (start.size() <= kHexDigitsOf32Bits) return true;
-  return Stop("File beyond 2TB", "ERROR: File " + file + " is beyond 2TB on disk!");
-}
-
 bool TakeCompanion(SwitchRun& run) {
   if (!MeasureFurther(run.CompanionFile)) return false;
   run.FStart2 = Form1.FStart;
@@ -129,6 +124,11 @@ void TakeNameApart(SwitchRun& run) {
   run.ImageExt = UpperCase(file.substr(ext));
   run.Mark23Pos = Position(file.find("23", ext));
   run.FStart2.clear();
+}
+
+bool LiesWithin2TB(const std::string& file, const std::string& start) {
+  if (start.size() <= kHexDigitsOf32Bits) return true;
+  return Stop("File beyond 2TB", "ERROR: File " + file + " is beyond 2TB on disk!");
 }
 
 bool SelectFiles(SwitchRun& run) {

@@ -12,3 +12,7 @@ bool SelectFiles(SwitchRun& run);
 
 // The parts of run.ImageFile, but for FourthName and the X4 mark.
 void TakeNameApart(SwitchRun& run);
+
+// start is the file's, in hexadecimal digits. False: no table entry can point there, which a box
+// has told.
+bool LiesWithin2TB(const std::string& file, const std::string& start);

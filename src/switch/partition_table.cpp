@@ -11,6 +11,7 @@
 #include "shell/log_writer.h"
 #include "shell/message_box.h"
 #include "switch/commit.h"
+#include "switch/image_selection.h"
 #include "text/text.h"
 
 namespace {
@@ -45,12 +46,14 @@ void KeepOrClearMiddleEntries(SwitchRun& run) {
   }
 }
 
-// Measures the file anew, since an order repair may have moved it, and builds its entry. False: it
-// can't be measured any more; what FStart holds then is another file's place.
+// Measures the file anew, since an order repair may have moved it, also beyond 2 TB, and builds its
+// entry. False: it can't be measured any more, and FStart may hold another file's place, or it lies
+// where no entry can point.
 bool BuildEntry(std::size_t entry, const std::string& file, const std::string& position,
                 std::string& start, std::uint64_t& type) {
   GetFileStart(file);
   if (!StartIsAtLeast(1) || !LengthIsAtLeast(1)) return false;
+  if (!LiesWithin2TB(file, Form1.FStart)) return false;
   start = Form1.FStart;
   Get_start_length_bytes();
   type = Get_Format_Type(file);
