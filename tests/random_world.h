@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -24,3 +25,26 @@ unsigned FormatOf(const VirtualSector& first);
 bool CarriesGrub4dos(const VirtualSector& sector);
 bool IsSound(const VirtualSector& sector);
 bool IsOneValue(const VirtualSector& sector);
+
+// A stick with two volumes, files, names, marks, a table, backup sectors and a user, all made from
+// the seed. Play performs some switches, swaps and restores, each judged by the oracle.
+class RandomWorld {
+ public:
+  explicit RandomWorld(std::uint64_t seed);
+  ~RandomWorld();
+  RandomWorld(const RandomWorld&) = delete;
+  RandomWorld& operator=(const RandomWorld&) = delete;
+
+  // Empty: all went as the rules say. Else what did not.
+  std::string Play();
+
+  // What the worlds of this process came to, so that a test can tell that they are not all alike.
+  struct Tally {
+    int switches = 0, repaired = 0, refused = 0, swaps = 0, restores = 0, alreadySwitched = 0;
+  };
+  static Tally tally;
+
+ private:
+  struct Inside;
+  std::unique_ptr<Inside> inside_;
+};
