@@ -196,6 +196,8 @@ TEST(Extents, LogTellsEachStep) {
 }
 
 TEST(Children, FailuresOfSyncShell) {
+  const ChildScript well, refused{.match = "x", .refusedWith = 5},
+      gone{.match = "x", .goneBeforeOpen = true}, hides{.match = "x", .hidesExitCode = true};
   const struct {
     const char* command;
     ChildScript script;
@@ -203,31 +205,17 @@ TEST(Children, FailuresOfSyncShell) {
     std::uint32_t number;
     const char* description;
   } rows[] = {
-      {"cmd /c nothere", {}, 9009, 0, ""},
-      {"cmd /c getFileExtents.exe x", {.match = "cmd"}, 9009, 0, ""},
-      {"nothere", {}, 0, 0x8004AA02, "Failed to Shell child process"},
-      {"cmd /c x",
-       {.match = "x", .refusedWith = 5},
-       0,
-       0x8004AA02,
-       "Failed to Shell child process"},
-      {"cmd /c x",
-       {.match = "x", .goneBeforeOpen = true},
-       0,
-       0x8004AA01,
-       "Failed to open child process"},
-      {"cmd /c x",
-       {.match = "x", .hidesExitCode = true},
-       0,
-       0x8004AA00,
-       "Failed to retrieve exit code, error 5"},
+      {"cmd /c nothere", well, 9009, 0, ""},
+      {"nothere", well, 0, 0x8004AA02, "Failed to Shell child process"},
+      {"cmd /c x", refused, 0, 0x8004AA02, "Failed to Shell child process"},
+      {"cmd /c x", gone, 0, 0x8004AA01, "Failed to open child process"},
+      {"cmd /c x", hides, 0, 0x8004AA00, "Failed to retrieve exit code, error 5"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.command);
     ProgramOnPc p;
     p.Prepare();
-    p.pc.processes.scripts = {row.script};
-    if (row.script.match.empty()) p.pc.processes.scripts.clear();
+    if (!row.script.match.empty()) p.pc.processes.scripts = {row.script};
     EXPECT_EQ(SyncShell(row.command, 0), row.result);
     EXPECT_EQ(LastShellFailure.number, row.number);
     EXPECT_EQ(LastShellFailure.description, row.description);
