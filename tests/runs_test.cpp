@@ -1,0 +1,199 @@
+// The extents tool's arithmetic: boot sectors, run lists, and from both the places on the disk.
+#include "helper/runs.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+
+namespace {
+
+using RunList = std::vector<Run>;
+using BootSector = std::array<std::uint8_t, 512>;
+
+void Put(BootSector& sector, std::size_t at, std::size_t bytes, std::uint64_t value) {
+  for (std::size_t i = 0; i < bytes; ++i) {
+    sector[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+  }
+}
+
+BootSector Named(const char* name) {
+  BootSector sector{};
+  std::memcpy(sector.data() + 3, name, 8);
+  Put(sector, 510, 2, 0xAA55);
+  return sector;
+}
+
+BootSector Ntfs(std::uint8_t sectorsPerCluster = 8) {
+  BootSector s = Named("NTFS    ");
+  Put(s, 11, 2, 512);
+  s[13] = sectorsPerCluster;
+  Put(s, 40, 8, 1'000'000);
+  return s;
+}
+
+BootSector Fat32() {
+  BootSector s = Named("MSDOS5.0");
+  Put(s, 11, 2, 512);
+  s[13] = 16;
+  Put(s, 14, 2, 32);  // reserved
+  s[16] = 2;          // FATs
+  Put(s, 32, 4, 2'000'000);
+  Put(s, 36, 4, 1'000);  // sectors a FAT
+  return s;
+}
+
+BootSector Fat16() {
+  BootSector s = Fat32();
+  Put(s, 14, 2, 1);
+  Put(s, 17, 2, 512);  // root entries: 32 sectors
+  Put(s, 22, 2, 200);
+  Put(s, 36, 4, 0);
+  return s;
+}
+
+BootSector ExFat() {
+  BootSector s = Named("EXFAT   ");
+  Put(s, 72, 8, 3'000'000);
+  Put(s, 88, 4, 4096);  // cluster heap, in sectors
+  s[108] = 9;           // 512 bytes
+  s[109] = 6;           // 64 sectors
+  return s;
+}
+
+BootSector With(BootSector sector, std::size_t at, std::size_t bytes, std::uint64_t value) {
+  Put(sector, at, bytes, value);
+  return sector;
+}
+
+TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
+  const struct {
+    const char* name;
+    BootSector sector;
+    std::uint64_t cluster, firstCluster, volume;  // bytes; cluster 0: refused
+  } cases[] = {
+      {"NTFS", Ntfs(), 4096, 0, 512'000'000},
+      {"NTFS, clusters of 1 MB", Ntfs(0xF5), 2048 * 512, 0, 512'000'000},
+      {"NTFS, cluster of 3 sectors", Ntfs(3), 0, 0, 0},
+      {"NTFS, absurd shift", Ntfs(0xC0), 0, 0, 0},
+      {"FAT32", Fat32(), 8192, 2032 * 512, 1'024'000'000},
+      {"FAT16 has a root folder in front", Fat16(), 8192, (1 + 400 + 32) * 512, 1'024'000'000},
+      {"exFAT", ExFat(), 32768, 4096 * 512, 1'536'000'000},
+      {"no signature", With(Fat32(), 510, 2, 0), 0, 0, 0},
+      {"sector size 0", With(Fat32(), 11, 2, 0), 0, 0, 0},
+      {"no FATs", With(Fat32(), 16, 1, 0), 0, 0, 0},
+      {"first cluster behind the volume", With(Fat32(), 32, 4, 100), 0, 0, 0},
+      {"exFAT, shifts out of range", With(ExFat(), 108, 2, 0xFFFF), 0, 0, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    VolumeLayout layout{};
+    ASSERT_EQ(ReadBootSector(c.sector.data(), layout), c.cluster != 0);
+    if (c.cluster == 0) continue;
+    EXPECT_EQ(layout.clusterBytes, c.cluster);
+    EXPECT_EQ(layout.firstClusterByte, c.firstCluster);
+    EXPECT_EQ(layout.volumeBytes, c.volume);
+  }
+}
+
+// RETRIEVAL_POINTERS_BUFFER: count, starting VCN, then pairs of next VCN and LCN.
+std::vector<std::uint8_t> Answer(std::uint32_t count, const std::vector<std::int64_t>& numbers) {
+  std::vector<std::uint8_t> buffer(8 + 8 * numbers.size());
+  std::memcpy(buffer.data(), &count, sizeof count);
+  std::memcpy(buffer.data() + 8, numbers.data(), 8 * numbers.size());
+  return buffer;
+}
+
+TEST(Runs, AnswersThatDontAddUpAreRefused) {
+  const struct {
+    const char* name;
+    std::uint32_t count;
+    std::vector<std::int64_t> numbers;
+    std::int64_t startVcn;
+    bool taken;
+  } cases[] = {
+      {"one run", 1, {0, 10, 500}, 0, true},
+      {"one that ends where it begins", 1, {1, 0, 0}, 0, false},
+      {"begins behind what was asked", 1, {5, 10, 500}, 0, false},
+      {"begins earlier, rounded down", 1, {0, 10, 500}, 4, true},
+      {"ends before what was asked", 1, {0, 4, 500}, 4, false},
+      {"runs that go back", 2, {0, 10, 500, 8, 700}, 0, false},
+      {"a count beyond the buffer", 3, {0, 10, 500}, 0, false},
+      {"no runs", 0, {0}, 0, false},
+      {"a place below a hole's", 1, {0, 10, -2}, 0, false},
+      {"negative start", 1, {-1, 10, 500}, 0, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    RunList runs;
+    const auto buffer = Answer(c.count, c.numbers);
+    EXPECT_EQ(AppendRuns(buffer.data(), buffer.size(), c.startVcn, runs), c.taken);
+    EXPECT_EQ(runs.empty(), !c.taken) << "a refused answer leaves nothing";
+  }
+  RunList runs;
+  const auto buffer = Answer(1, {0, 10, 500});
+  ASSERT_TRUE(AppendRuns(buffer.data(), buffer.size(), 4, runs));
+  EXPECT_EQ(runs[0].startVcn, 4);
+  EXPECT_EQ(runs[0].lcn, 504) << "the part in front of what was asked is cut off";
+  EXPECT_FALSE(AppendRuns(buffer.data(), 8, 0, runs)) << "shorter than its head";
+}
+
+TEST(Runs, PlacesOnTheDisk) {
+  constexpr std::uint64_t kVolumeStart = 2048 * 512;
+  VolumeLayout ntfs{}, fat{};
+  ASSERT_TRUE(ReadBootSector(Ntfs().data(), ntfs));
+  ASSERT_TRUE(ReadBootSector(Fat32().data(), fat));
+  const struct {
+    const char* name;
+    const VolumeLayout& layout;
+    RunList runs;
+    std::uint64_t bytes;
+    const char* text;  // empty: refused
+  } cases[] = {
+      {"NTFS counts from the volume's start",
+       ntfs,
+       {{0, 2, 100}},
+       8192,
+       "File offset 0 LBA: B20 Sectors: 10\r\n"},
+      {"FAT32 counts from the data area",
+       fat,
+       {{0, 1, 100}},
+       8192,
+       "File offset 0 LBA: 1630 Sectors: 10\r\n"},
+      {"neighbours are one",
+       ntfs,
+       {{0, 1, 100}, {1, 2, 101}},
+       8192,
+       "File offset 0 LBA: B20 Sectors: 10\r\n"},
+      {"two pieces",
+       ntfs,
+       {{0, 1, 100}, {1, 2, 200}},
+       8192,
+       "File offset 0 LBA: B20 Sectors: 8\r\nFile offset 1000 LBA: E40 Sectors: 8\r\n"},
+      {"room behind the end isn't the file's",
+       ntfs,
+       {{0, 1, 100}, {1, 9, 200}},
+       4096,
+       "File offset 0 LBA: B20 Sectors: 8\r\n"},
+      {"a hole", ntfs, {{0, 1, 100}, {1, 2, -1}}, 8192, ""},
+      {"a gap between runs", ntfs, {{0, 1, 100}, {2, 3, 200}}, 12288, ""},
+      {"runs end before the file", ntfs, {{0, 1, 100}}, 4097, ""},
+      {"outside the volume", ntfs, {{0, 2, 124999}}, 8192, ""},
+      {"the last cluster is inside",
+       ntfs,
+       {{0, 1, 124999}},
+       1,
+       "File offset 0 LBA: F4A38 Sectors: 8\r\n"},
+      {"an empty file", ntfs, {}, 0, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Placement placed = PlaceFile(c.runs, c.layout, kVolumeStart, c.bytes);
+    EXPECT_EQ(ExtentsText(placed.extents), c.text);
+    EXPECT_EQ(placed.problem.empty(), *c.text != '\0');
+  }
+  EXPECT_FALSE(PlaceFile({{0, 1, 1}}, ntfs, 100, 512).problem.empty()) << "off a sector";
+}
+
+}  // namespace
