@@ -210,27 +210,36 @@ const BoxRow kSwitchedAlready{"Partition table is already switched!",
 TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
   struct Row {
     char at30, at60;
-    bool switched;  // the disk signature says that the table isn't the stick's own
+    // The entry whose start the disk signature shows, since a switch (and a swap) left it there; 0:
+    // entry 1, which got the type 0. Blank: the table is the stick's own.
+    char switched;
     const char* written;
     BoxRow box;
   };
-  const Row kRows[] = {{'0', '0', false, "60 30", kLastQuestion},
-                       {'s', 'n', false, "60 30", kLastQuestion},
-                       {'1', 'f', false, "30", kLastQuestion},
-                       {'f', '0', false, "60", kLastQuestion},
-                       {'f', 'f', false, "", kNoRoom},
-                       {'s', '0', true, "", kLastQuestion},
-                       {'f', 's', true, "", kLastQuestion},
-                       {'n', '0', true, "", kSwitchedAlready},
-                       {'f', 'f', true, "", kNoRoom}};
+  const Row kRows[] = {{'0', '0', ' ', "60 30", kLastQuestion},
+                       {'s', 'n', ' ', "60 30", kLastQuestion},
+                       {'1', 'f', ' ', "30", kLastQuestion},
+                       {'f', '0', ' ', "60", kLastQuestion},
+                       {'f', 'f', ' ', "", kNoRoom},
+                       {'s', '0', '1', "", kLastQuestion},
+                       {'f', 's', '1', "", kLastQuestion},
+                       {'s', 's', '2', "", kLastQuestion},
+                       {'s', 's', '0', "", kLastQuestion},
+                       {'n', '0', '1', "", kSwitchedAlready},
+                       {'0', '0', '2', "", kSwitchedAlready},
+                       {'f', 'f', '1', "", kNoRoom}};
   for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(1, row.at30) + row.at60 + (row.switched ? " switched" : ""));
+    SCOPED_TRACE(std::string(1, row.at30) + row.at60 + row.switched);
     ProgramOnPc program;
     VirtualDisk& stick = program.world.stick;
     stick.SetSector(30, SectorOf(row.at30));
     stick.SetSector(60, SectorOf(row.at60));
     VirtualSector table = stick.Sector(0);
-    if (row.switched) Put32(table, 440, 2048);
+    if (row.switched != ' ') Put32(table, 440, row.switched == '2' ? demo::kSecondStart : 2048);
+    if (row.switched == '0') {
+      table[450] = 0;
+      demo::SetEntry(table, 4, false, 0x17, 63, 100);  // near the start
+    }
     stick.SetSector(0, table);
     auto expected = stick.Contents();
     const std::string written = row.written;
@@ -280,7 +289,7 @@ TEST(SwitchFailures, EachReadAndWriteThatFailsIsTold) {
 
 // Between the choice of the files and the table everything is measured and read once more.
 TEST(SwitchFailures, WhatChangesUnderTheRunStopsIt) {
-  enum Change { kTableUnreadable, kToolSaysNothing, kInPieces, kEmptied };
+  enum Change { kTableUnreadable, kToolSaysNothing, kInPieces, kEmptied, kBeyond2TB };
   struct Row {
     const char* file;  // of the three that A.volPAKX4DATA brings along
     int run;           // of the extents tool, at which it happens
@@ -290,6 +299,7 @@ TEST(SwitchFailures, WhatChangesUnderTheRunStopsIt) {
   const Row kRows[] = {{"A.volPAKX4DATA", 3, kTableUnreadable, {"SECTOR READ FAILED"}},
                        {"A.volPAKX4DATA", 4, kToolSaysNothing, {kToolFailed, "Bad FStart"}},
                        {"A.volPAKX4DATA", 4, kEmptied, {"Bad FLength"}},
+                       {"A.volPAKX4DATA", 4, kBeyond2TB, {"File beyond 2TB"}},
                        {"A", 5, kInPieces, {"More than one extent", "Bad FStart"}},
                        {"DATA", 6, kToolSaysNothing, {kToolFailed, "Bad FStart"}}};
   for (const Row& row : kRows) {
@@ -305,6 +315,7 @@ TEST(SwitchFailures, WhatChangesUnderTheRunStopsIt) {
       if (row.change == kTableUnreadable) program.world.stick.unreadable = {0};
       if (row.change == kToolSaysNothing) output.clear();
       if (row.change == kInPieces) output += "File offset 1000 LBA: 40000 Sectors: 8\r\n";
+      if (row.change == kBeyond2TB) output.insert(19, "1000");
       if (row.change == kEmptied) program.world.e.Find(path)->size = 0;
     };
     program.pc.machine.journal.Clear();
