@@ -1,12 +1,13 @@
 #!/bin/sh
 # Installs what a task needs from Debian's packages: setup.sh GROUP...
-# Groups: native, windows, wine, boot, tidy. As root it installs what is missing; otherwise it says
+# Groups: native, x64, windows, wine, boot, tidy. As root it installs what is missing; otherwise it says
 # what is missing and fails.
 set -eu
 
 packages() {
   case $1 in
     native) echo cmake ninja-build g++ libgtest-dev libbenchmark-dev python3 ;;
+    x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
     wine) echo wine wine64 xvfb imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
       g++-mingw-w64-x86-64 python3 ;;

@@ -33,7 +33,8 @@ told() {
   name=$1
   shift
   "$@" 2>&1 | tee "build/log/$name.log"
-  total=$(tail -n 1 "build/log/$name.log" | sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p')
+  total=$(tail -n 1 "build/log/$name.log" |
+    sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p')
   # shellcheck disable=SC2086
   count ${total:-0 1}
 }

@@ -76,7 +76,8 @@ def fat32_image(path, label, work):
     program = os.path.join(files, "EFI", "BOOT", "BOOTX64.EFI")
     os.makedirs(os.path.dirname(program))
     stick.run("x86_64-w64-mingw32-gcc", "-O1", "-ffreestanding", "-nostdlib", "-shared", "-s",
-              "-Wl,--subsystem,10", "-Wl,-e,efi_main", os.path.join(BOOT, "efi_hello.c"), "-o", program)
+              "-Wl,--subsystem,10", "-Wl,-e,efi_main", os.path.join(BOOT, "efi_hello.c"), "-o",
+              program)
     stick.run("mcopy", "-s", "-i", path, *(os.path.join(files, name) for name in os.listdir(files)),
               "::")
     put_boot_code(path, 0, FAT32_CODE, label)
@@ -120,14 +121,15 @@ def fill_main(folder, images):
 
 
 def check_places(folder):
-    """One piece each, beyond the near start, companion behind the image, fourth file behind both."""
+    """One piece each, beyond the near start; companion behind image, fourth file behind both."""
     places = {}
     for name in (RESCUE, UEBUNG, EXT, PACK, COMPANION, FOURTH):
         pieces = stick.file_runs(os.path.join(folder, name), MAIN_START)
         if len(pieces) != 1:
             raise RuntimeError(f"{name} lies in {len(pieces)} pieces")
         places[name] = pieces[0][1]
-    if not 65536 < places[PACK] < places[COMPANION] < places[FOURTH] or min(places.values()) <= 65536:
+    in_order = places[PACK] < places[COMPANION] < places[FOURTH]
+    if not in_order or min(places.values()) <= 65536:
         raise RuntimeError(f"wrong order on the stick: {places}")
 
 

@@ -170,15 +170,16 @@ class Session:
         self.robot = Robot(self.environment)
         self.children.append(self.robot.process)
         self.launched = subprocess.Popen(
-            [WINE, os.path.join(BIN, "launcher.exe"), windows_path(os.path.join(BIN, "virtual_usb.dll")),
-             "C:\\rotate\\Rotate_TSD.exe"], env=self.environment, cwd=place,
+            [WINE, os.path.join(BIN, "launcher.exe"),
+             windows_path(os.path.join(BIN, "virtual_usb.dll")), "C:\\rotate\\Rotate_TSD.exe"], env=self.environment, cwd=place,
             stdin=subprocess.DEVNULL)
         self.children.append(self.launched)
 
     def display(self):
         ready, told = os.pipe()
-        server = subprocess.Popen(["Xvfb", "-displayfd", str(told), "-screen", "0", "1024x768x24",
-                                   "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
+        server = subprocess.Popen(
+            ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(told), "-screen", "0",
+             "1024x768x24", "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
         self.children.append(server)
         os.close(told)
         with os.fdopen(ready) as pipe:

@@ -20,14 +20,15 @@ def run(*command, **options):
     environment = dict(os.environ, LC_ALL="C.UTF-8", MTOOLS_SKIP_CHECK="1")
     done = subprocess.run(command, capture_output=True, text=True, env=environment, **options)
     if done.returncode != 0:
-        raise RuntimeError(f"{' '.join(map(str, command))}: {done.stderr.strip()}{done.stdout.strip()}")
+        raise RuntimeError(f"{' '.join(map(str, command))}: {done.stderr}{done.stdout}")
     return done.stdout
 
 
 def attach(image, start=0, sectors=None):
     """A loop device over part of an image."""
     size = [] if sectors is None else ["--sizelimit", str(sectors * SECTOR)]
-    device = run("losetup", "--find", "--show", "--offset", str(start * SECTOR), *size, image).strip()
+    place = ["--offset", str(start * SECTOR), *size]
+    device = run("losetup", "--find", "--show", *place, image).strip()
     _loops.append(device)
     return device
 
@@ -122,7 +123,7 @@ def write(image, lba, data):
 
 
 def entry(kind, start, sectors, active=False):
-    """A table entry; the cylinder fields say "see the sector numbers", as the program writes them."""
+    """A table entry; its cylinder fields say "see the sector numbers", as the program's do."""
     return struct.pack("<B3sB3sII", 0x80 if active else 0, b"\xfe\xff\xff", kind, b"\xfe\xff\xff",
                        start, sectors)
 

@@ -3,9 +3,9 @@ locked, dismounted; what each control code answers; a journal of every operation
 
 It answers the library in the program's process (virtual_usb.cpp) and the stand-in for the extents
 tool. A volume is mounted by the first access to its files, unmounted by a dismount, and mounted
-afresh by the next access, so that raw writes and the file system's cache never go apart. The letters
-follow the table only when it is read anew. As on Windows, a raw write inside a volume is refused
-while that volume is mounted and not locked.
+afresh by the next access, so that raw writes and the file system's cache never go apart. The
+letters follow the table only when it is read anew. As on Windows, a raw write inside a volume is
+refused while that volume is mounted and not locked.
 """
 
 import os
@@ -307,7 +307,7 @@ class VirtualUsb:
         return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
 
     def do_box(self, style, title):
-        """Message boxes stand in the journal too, so that a story sees what came in front of what."""
+        """Message boxes stand in the journal too: a story sees what came in front of what."""
         self.note(f"box {ICONS[int(style) >> 4 & 15]} {title}")
         return "pass"
 
