@@ -12,7 +12,7 @@ import zipfile
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
 TARGETS = {"x64": "build/win64", "x86": "build/win32"}
-TEXTS = ["docs/guide.md", "LICENSE"]
+TEXTS = ["docs/guide.md", "docs/security.md", "LICENSE"]
 
 
 def version():
