@@ -250,7 +250,7 @@ Breaches Stage::Everything(RunEnd end, bool renamesFail) {
   }
   for (const std::string& name : pc.HeldLocks()) breaches.push_back("5: locked " + name);
   const std::string tool =
-      "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" \"";
+      "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"" + GFE_Path.substr(2) + "\" \"";
   for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Shell, Op::Executed))) {
     const bool known =
         entry.subject.starts_with(tool) || entry.subject.starts_with("cmd.exe /c copy E:\\_ISO\\B");
