@@ -84,7 +84,6 @@ bool MayBeEntered(const std::string& folder) {
 }  // namespace
 
 void ListFiles() {
-  ErrorMode on;
   WriteLog("ListFiles started");
   Sys.toolkit->ClearItems(Control::List1);
   std::string root = MYDRIVE;

@@ -171,7 +171,6 @@ void cmdHelp_Click() {
 }
 
 void cmdExit_Click() {
-  ErrorMode on;
   MyCloseHandle(hDrive);
   DeleteToolCopy();
   Sys.processes->EndProcess();
