@@ -9,8 +9,6 @@
 
 namespace {
 
-const VirtualSector kBlank{};
-
 void Nothing(VirtualPc&, demo::World&) {
 }
 
@@ -92,8 +90,9 @@ RunEnd Stage::Perform() {
 void Stage::ShowImageVolume() {
   const VirtualSector table = world.stick.Sector(0);
   if (act_.kind != Act::Kind::Switch || table == before) return;
-  world.inner.firstSector = static_cast<std::uint64_t>(table[454]) | table[455] << 8 |
-                            table[456] << 16 | static_cast<std::uint64_t>(table[457]) << 24;
+  std::uint64_t start = 0;
+  for (std::size_t n = 4; n-- > 0;) start = start << 8 | table[454 + n];
+  world.inner.firstSector = start;
   pc.RenewTables();
 }
 
