@@ -29,13 +29,13 @@ void Put32(std::uint8_t* bytes, std::size_t value) {
 
 std::vector<std::uint8_t> WidenScsiRecord(const std::uint8_t* record, std::size_t size) {
   if (size < kNarrowScsiHeader) return {};
-  std::vector<std::uint8_t> wide(size + kGrowth, 0);
+  std::vector<std::uint8_t> wide(kWideScsiHeader, 0);
   std::copy_n(record, kSameFields, wide.begin());
   wide[0] = kWideScsiHeader;
   Put32(&wide[kWideDataOffset], Get32(record + kNarrowDataOffset) + kGrowth);
   Put32(&wide[kWideSenseOffset], Get32(record + kNarrowSenseOffset) + kGrowth);
   std::copy_n(record + kNarrowCdb, kCdbSize, wide.begin() + kWideCdb);
-  std::copy(record + kNarrowScsiHeader, record + size, wide.begin() + kWideScsiHeader);
+  wide.insert(wide.end(), record + kNarrowScsiHeader, record + size);
   return wide;
 }
 
