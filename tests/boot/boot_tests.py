@@ -16,7 +16,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "wine"))
 
 import stick  # noqa: E402
-from session import RIG, STICK  # noqa: E402
+from program_run import RIG, STICK  # noqa: E402
 
 RUNS = os.path.join(RIG, "runs")
 FIRMWARE = "/usr/share/OVMF/OVMF_{}_4M.fd"

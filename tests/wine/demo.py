@@ -8,7 +8,7 @@ import sys
 
 import make_stick
 import stick
-from session import RIG, STICK, Session, box_text, prepare
+from program_run import RIG, STICK, ProgramRun, box_text, prepare
 
 
 def show_table(image, when):
@@ -67,7 +67,7 @@ def main():
     image = os.path.join(RIG, "demo.img")
     stick.copy(STICK, image)
     display = os.environ.get("DISPLAY")
-    with Session(os.path.join(RIG, "demo"), image, display=display, writable=True) as run:
+    with ProgramRun(os.path.join(RIG, "demo"), image, display=display, writable=True) as run:
         if not display:
             return play(run)
         print(f"The window is on display {display}; the stick is {image}. Close the window to end.")

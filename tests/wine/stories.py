@@ -13,13 +13,13 @@ import traceback
 
 import make_stick
 import stick
-from session import RIG, STICK, Session, box_text, control, prepare
+from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
+                    check_sector_0, check_writes, doubleclick, fresh_stick, new_table, ordered,
+                    places, started)
+from program_run import STICK, box_text, control, prepare
 
-RUNS = os.path.join(RIG, "runs")
-DISK = "PhysicalDrive1"
-TAB, ENTER, ESCAPE, DOWN, ALT, SHIFT = 9, 13, 27, 40, 18, 16
+TAB, ENTER, ESCAPE, DOWN, ALT = 9, 13, 27, 40, 18
 RESTORE, SWAP = "Restore TSD partitions", "Access Partition 2 on a Removable drive"
-ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
 
 STORIES = []
 
@@ -29,123 +29,13 @@ def story(function):
     return function
 
 
-def check(what, got, expected):
-    if got != expected:
-        raise AssertionError(f"{what}:\n  expected {expected!r}\n  got      {got!r}")
-
-
-def fresh_stick(name, source=STICK):
-    os.makedirs(RUNS, exist_ok=True)
-    image = os.path.join(RUNS, name + ".img")
-    stick.copy(source, image)
-    return image
-
-
-def session(name, image):
-    return Session(os.path.join(RUNS, name), image)
-
-
-def places():
-    """Where the images lie, asked of the demo stick's file system: name to (start, sectors)."""
-    found = {}
-    probe = fresh_stick("places")
-    with stick.Ntfs(probe, os.path.join(RIG, "look"), make_stick.MAIN_START,
-                    make_stick.MAIN_SECTORS) as folder:
-        for name in (make_stick.RESCUE, make_stick.UEBUNG, make_stick.EXT, make_stick.PACK,
-                     make_stick.COMPANION, make_stick.FOURTH):
-            path = os.path.join(folder, name)
-            found[name] = (stick.file_runs(path, make_stick.MAIN_START)[0][1],
-                           os.path.getsize(path) // stick.SECTOR)
-    os.remove(probe)
-    return found
-
-
-def ordered(journal):
-    """The operations whose order matters around a write; a close only where it ends a lock."""
-    return [line.replace(" " + DISK, "") for line in journal
-            if line.split(" ")[0] in ORDERED or line.endswith("and its lock")]
-
-
-def each(letters, *steps):
-    """The steps for each letter in turn."""
-    return [step.replace("?", letter + ":") for letter in letters for step in steps]
-
-
-def written(lba):
-    return [f"write {lba}", "flush"]
-
-
-DISMOUNT = ("lock ?", "dismount ?", "close ? and its lock")
-
-
-def new_table(letters_before, letters_after):
-    """The order in which a new sector 0 reaches the disk and the volumes come back."""
-    return (each(letters_before, *DISMOUNT) + written(0) + ["renew"]
-            + each(letters_after, "lock ?", "dismount ?") + each(letters_after, "unlock ?")
-            + ["renew", "renew"])
-
-
-def backups():
-    return written(60) + written(30)
-
-
-def boot_record(letters, start):
-    """The order around the image's boot record: the volumes stay locked during the write."""
-    return (each(letters, *DISMOUNT) + each(letters, "lock ?", "dismount ?") + written(start)
-            + each(letters, "unlock ?"))
-
-
-def check_sector_0(image, before):
-    after = stick.read(image, 0)
-    for first, end in ((0, 440), (444, 446), (510, 512)):
-        check(f"bytes {first} to {end - 1} of sector 0", after[first:end], before[first:end])
-    for lba in (30, 60):
-        check(f"the backup at LBA {lba}", stick.read(image, lba), before)
-
-
-def check_image(image, start, sectors):
-    """Entry 1's sectors are the image file's bytes, all but the hidden-sectors field."""
-    expected = bytearray(stick.read(STICK, start, sectors))
-    expected[28:32] = start.to_bytes(4, "little")
-    if stick.read(image, start, sectors) != bytes(expected):
-        raise AssertionError("the partition does not hold the image file's bytes")
-
-
-def check_changed(image, sectors):
-    """These sectors of the whole disk differ from the demo stick, and no others."""
-    changed, step = [], 4096
-    for first in range(0, make_stick.TOTAL_SECTORS, step):
-        now, before = stick.read(image, first, step), stick.read(STICK, first, step)
-        if now != before:
-            changed += [first + at // stick.SECTOR for at in range(0, len(now), stick.SECTOR)
-                        if now[at:at + stick.SECTOR] != before[at:at + stick.SECTOR]]
-    check("the sectors changed on the disk", changed, sectors)
-
-
-def check_writes(run, sectors):
-    writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
-    check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
-
-
-def doubleclick(run, name, before_question=lambda: None):
-    """Double-clicks an image and agrees; gives the words of the last question."""
-    run.usb.journal.clear()
-    run.robot.doubleclick(name.replace("/", "\\"))
-    before_question()
-    box = run.robot.expect_box("Change partition table")
-    check("the default button", [part["text"] for part in box["controls"] if part.get("default")],
-          ["OK"])
-    run.robot.answer("OK")
-    return box_text(box)
-
-
 @story
 def switch(place):
     """A double-click on an NTFS image with blanks in its name."""
     image = fresh_stick("switch")
     before = stick.read(image, 0)
     start, sectors = place[make_stick.RESCUE]
-    with session("switch", image) as run:
+    with started("switch", image) as run:
         state = run.robot.wait_ready()
         check("the drives", [row[:11] for row in state["drives"]], ["E: DRIVE 1 ", "F: DRIVE 1 "])
         check("the label in the row", "TSD Stick Ü" in state["drives"][0], True)
@@ -179,7 +69,7 @@ def way_back(_):
     old = stick.read(STICK, 0)
     main = (7, make_stick.MAIN_START, make_stick.MAIN_SECTORS, True)
     second = (0x0E, make_stick.SECOND_START, make_stick.SECOND_SECTORS, False)
-    with session("way_back", image) as run:
+    with started("way_back", image) as run:
         state = run.robot.wait_ready()
         check("images before the restore", state["images"], [])
         run.usb.journal.clear()
@@ -210,7 +100,7 @@ def pack(place):
     image = fresh_stick("pack")
     before = stick.read(image, 0)
     start, sectors = place[make_stick.PACK]
-    with session("pack", image) as run:
+    with started("pack", image) as run:
         state = run.robot.wait_ready()
         row = "E:\\" + make_stick.PACK.replace("/", "\\") + " :&: Pack :&X4: persist"
         check("the row", row in state["images"], True)
@@ -239,7 +129,7 @@ def other_format(place):
     """An image of another format: its type is typed, its boot record stays as it is."""
     image = fresh_stick("other_format")
     start, sectors = place[make_stick.EXT]
-    with session("other_format", image) as run:
+    with started("other_format", image) as run:
         run.robot.wait_ready()
 
         def type_question():
@@ -262,7 +152,7 @@ def keyboard(place):
     """Keys only: the tab order, an accelerator, Enter on a row with umlauts."""
     image = fresh_stick("keyboard")
     start, sectors = place[make_stick.UEBUNG]
-    with session("keyboard", image) as run:
+    with started("keyboard", image) as run:
         state = run.robot.wait_ready()
         run.robot.do("focus")
         check("the first stop", state["focus"], "ComboBox")
@@ -309,7 +199,7 @@ def keyboard(place):
 def refused_write(place):
     """A cancel, and a stick that refuses sector 0: the user is told, the old table stands."""
     image = fresh_stick("refused_write")
-    with session("refused_write", image) as run:
+    with started("refused_write", image) as run:
         run.robot.wait_ready()
         run.robot.doubleclick(make_stick.RESCUE.replace("/", "\\"))
         run.robot.box("Change partition table", "Cancel")

@@ -131,8 +131,8 @@ def control(state, text):
     return next(part for part in state["main"]["controls"] if part["text"] == text)
 
 
-class Session:
-    """with Session(folder, stick image) as session: the program runs and the robot looks at it.
+class ProgramRun:
+    """with ProgramRun(folder, stick image) as run: the program runs and the robot looks at it.
     Everything that was started ends with the block, whatever happened in it."""
 
     def __init__(self, folder, image, program=None, display=None, writable=False):
@@ -197,6 +197,8 @@ class Session:
             child.terminate()
             child.wait()
         if self.usb:
+            if failure and failure[0] is not None:
+                print("\n".join(["The journal's end:", *self.usb.journal[-12:]]))
             self.usb.close()
         shutil.rmtree(os.path.join(self.folder, "prefix"), ignore_errors=True)
 

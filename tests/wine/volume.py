@@ -1,0 +1,61 @@
+"""A volume of the virtual stick that has a letter: its loop device, its links, its mount."""
+
+import os
+import shutil
+
+import stick
+
+
+class Volume:
+    """One volume that has a letter."""
+
+    def __init__(self, image, letter, number, entry, links, folder, options):
+        self.options = options
+        self.image, self.letter, self.number = image, letter, number
+        self.kind, self.start, self.sectors, _ = entry
+        self.links, self.folder = links, folder
+        self.mounted = False
+        self.locked_by = None
+        self.device = stick.attach(image, self.start, self.sectors)
+        os.makedirs(folder, exist_ok=True)
+        os.symlink(folder, self.link(":"))
+        os.symlink(self.device, self.link("::"))
+
+    def link(self, colons):
+        return os.path.join(self.links, self.letter.lower() + colons)
+
+    def mount(self):
+        if self.mounted:
+            return True
+        try:
+            if self.kind in stick.NTFS_TYPES:
+                stick.mount_ntfs(self.device, self.folder, self.options)
+            else:  # no FAT in every kernel: a copy of its files, to be read only
+                stick.run("mcopy", "-s", "-n", "-i", self.device, "::", self.folder)
+        except RuntimeError as failure:
+            if self.kind in stick.NTFS_TYPES or "no match" not in str(failure).lower():
+                return False
+        self.mounted = True
+        return True
+
+    def dismount(self):
+        if self.mounted and self.kind in stick.NTFS_TYPES:
+            stick.unmount(self.folder)
+        elif self.mounted:
+            shutil.rmtree(self.folder)
+            os.makedirs(self.folder)
+        self.mounted = False
+
+    def remove(self):
+        self.dismount()
+        os.remove(self.link(":"))
+        os.remove(self.link("::"))
+        stick.detach(self.device)
+
+    def facts(self):
+        """Label, serial number and file system's name, read from the volume itself."""
+        label = stick.run("blkid", "-p", "-o", "value", "-s", "LABEL", self.device).strip()
+        record = stick.read(self.image, self.start)
+        ntfs = record[3:7] == b"NTFS"
+        at = 72 if ntfs else 67 if record[82:87] == b"FAT32" else 39
+        return label, record[at:at + 4], "NTFS" if ntfs else "FAT"
