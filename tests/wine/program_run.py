@@ -155,7 +155,13 @@ class ProgramRun:
         shutil.rmtree(self.folder, ignore_errors=True)
         os.makedirs(self.folder)
         prefix = os.path.join(self.folder, "prefix")
-        stick.run("cp", "-al", os.path.join(RIG, "prefix"), prefix)
+        # Links are enough for all but the registry, which the server writes in place.
+        pristine = os.path.join(RIG, "prefix")
+        stick.run("cp", "-al", pristine, prefix)
+        for name in os.listdir(pristine):
+            if name.endswith(".reg"):
+                os.remove(os.path.join(prefix, name))
+                shutil.copy(os.path.join(pristine, name), prefix)
         place = os.path.join(prefix, "drive_c", "rotate")
         os.makedirs(place)
         shutil.copy(self.program, os.path.join(place, "Rotate_TSD.exe"))
