@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "imagefiles/child_process.h"
 #include "imagefiles/extents_text.h"
 #include "imagefiles/file_extents.h"
@@ -23,30 +25,28 @@ TEST(Text, HexDigitsAndPadding) {
   EXPECT_EQ(HexPadded(0xAF, 4), "00AF");
 }
 
+template <class Result>
+using Cases = std::vector<std::pair<const char*, Result>>;
+
 TEST(Text, HexPrefixValue) {
-  const struct {
-    const char* text;
-    std::uint64_t value;
-  } cases[] = {{"83", 131}, {"af", 175}, {"", 0},     {"G1", 0},
-               {"1G", 1},   {" 1", 0},   {"0x83", 0}, {"FFFFFFFFFFFFFFFFFF", UINT64_MAX}};
-  for (const auto& c : cases) EXPECT_EQ(HexPrefixValue(c.text), c.value) << c.text;
+  const Cases<std::uint64_t> cases{
+      {"83", 131}, {"af", 175}, {"", 0},     {"G1", 0},
+      {"1G", 1},   {" 1", 0},   {"0x83", 0}, {"FFFFFFFFFFFFFFFFFF", UINT64_MAX}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(HexPrefixValue(text), value) << text;
 }
 
 TEST(Text, HexToDecIsExact) {
-  const struct {
-    const char* text;
-    const char* decimal;
-  } cases[] = {{" 1f800 ", "129024"},
-               {"", "0"},
-               {"FFFFFFFF", "4294967295"},
-               {"FFFFFFFFFFFFFFFF", "18446744073709551615"},
-               {"FFFFFFFFFFFFFFFFFFFFFFFF", "79228162514264337593543950335"},
-               {"1000000000000000000000000", "0"},  // 25 digits don't fit
-               {"G", "16"},                         // no check of the digits
-               {"/", "-1"},
-               {"1/", "15"},
-               {"//", "-17"}};
-  for (const auto& c : cases) EXPECT_EQ(HexToDec(c.text).ToDecimal(), c.decimal) << c.text;
+  const Cases<std::string> cases{{" 1f800 ", "129024"},
+                                 {"", "0"},
+                                 {"FFFFFFFF", "4294967295"},
+                                 {"FFFFFFFFFFFFFFFF", "18446744073709551615"},
+                                 {"FFFFFFFFFFFFFFFFFFFFFFFF", "79228162514264337593543950335"},
+                                 {"1000000000000000000000000", "0"},  // 25 digits don't fit
+                                 {"G", "16"},
+                                 {"/", "-1"},
+                                 {"1/", "15"},  // no check of the digits
+                                 {"//", "-17"}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(HexToDec(text).ToDecimal(), value) << text;
 }
 
 TEST(Text, ExactIntegersCompare) {
@@ -79,15 +79,13 @@ TEST(Text, NulEndsAText) {
 }
 
 TEST(Text, WindowsVersions) {
-  const struct {
-    unsigned platform, major, minor;
-    int code;
-  } cases[] = {{1, 4, 0, 1},  {1, 4, 10, 2}, {1, 4, 90, 3}, {2, 3, 51, 4}, {2, 4, 0, 5},
-               {2, 5, 0, 6},  {2, 5, 1, 7},  {2, 5, 2, 8},  {2, 6, 0, 9},  {2, 6, 1, 10},
-               {2, 6, 2, 11}, {2, 10, 0, 0}, {1, 4, 1, 0},  {0, 0, 0, 0}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(VersionCode(c.platform, c.major, c.minor), c.code)
-        << c.platform << " " << c.major << "." << c.minor;
+  const unsigned cases[][4] = {// platform, major, minor, code
+                               {1, 4, 0, 1}, {1, 4, 10, 2}, {1, 4, 90, 3}, {2, 3, 51, 4},
+                               {2, 4, 0, 5}, {2, 5, 0, 6},  {2, 5, 1, 7},  {2, 5, 2, 8},
+                               {2, 6, 0, 9}, {2, 6, 1, 10}, {2, 6, 2, 11}, {2, 10, 0, 0},
+                               {1, 4, 1, 0}, {0, 0, 0, 0}};
+  for (const auto& [platform, major, minor, code] : cases) {
+    EXPECT_EQ(VersionCode(platform, major, minor), static_cast<int>(code)) << major << "." << minor;
   }
 }
 
@@ -102,58 +100,39 @@ TEST(Text, ExtentsLines) {
 }
 
 TEST(Text, NamesThatTheInterpreterWouldChange) {
-  const struct {
-    const char* path;
-    bool quoted, bare;
-  } cases[] = {
-      {"E:\\_ISO\\a.volPAK", false, false},
-      {"E:\\a b.volPAK", false, false},
-      {"E:\\\xC3\x9C.volPAK", false, false},
-      {"E:\\100%.volPAK", false, true},
-      {"E:\\%OS%.volPAK", true, true},
-      {"E:\\a!b!.volPAK", true, true},
-      {"E:\\a\".volPAK", true, true},
-      {"E:\\a\n.volPAK", true, true},
-      {"E:\\a&b.volPAK", false, true},
-      {"E:\\a|b", false, true},
-      {"E:\\a^b", false, true},
-      {"E:\\a(b)", false, true},
-      {"E:\\a+b", false, true},
-      {"E:\\a,b", false, true},
-      {"E:\\a;b", false, true},
-      {"E:\\a=b", false, true},
-      {"E:\\a<b", false, true},
-      {"E:\\a>b", false, true},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(InterpreterChangesQuoted(c.path), c.quoted) << c.path;
-    EXPECT_EQ(InterpreterChangesBare(c.path), c.bare) << c.path;
+  enum Change { kNever, kBare, kAlways };
+  std::vector<std::pair<std::string, Change>> cases{{"E:\\_ISO\\a.volPAK", kNever},
+                                                    {"E:\\a b", kNever},
+                                                    {"E:\\\xC3\x9C", kNever},
+                                                    {"E:\\%OS%", kAlways},
+                                                    {"E:\\a!b!", kAlways},
+                                                    {"E:\\a\"", kAlways},
+                                                    {"E:\\a\n", kAlways}};
+  for (const char c : std::string("&|<>^%()!+,;=")) cases.push_back({{'a', c, 'b'}, kBare});
+  for (const auto& [path, change] : cases) {
+    EXPECT_EQ(InterpreterChangesQuoted(path), change == kAlways) << path;
+    EXPECT_EQ(InterpreterChangesBare(path), change != kNever) << path;
   }
 }
 
 TEST(Text, ImageNamesTakenApart) {
   const struct {
-    const char* file;
-    const char *stem, *base, *dir, *folder, *ext;
+    const char *file, *stem, *base, *dir, *folder, *ext;
     std::size_t mark23;
   } cases[] = {
-      {"E:\\_ISO\\WIN\\A.volPAK", "E:\\_ISO\\WIN\\A", "A", "E:\\_ISO\\WIN\\", "\\_ISO\\WIN\\",
-       ".VOLPAK", 0},
+      {"E:\\I\\A.volPAK", "E:\\I\\A", "A", "E:\\I\\", "\\I\\", ".VOLPAK", 0},
       {"E:\\A23.volPAK23", "E:\\A23", "A23", "E:\\", "\\", ".VOLPAK23", 14},
       {"E:\\a.volPAK.txt", "E:\\a.volPAK", "a.volPAK", "E:\\", "\\", ".TXT", 0},
       {"E:\\.volPAK", "E:\\", "", "E:\\", "\\", ".VOLPAK", 0},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.file);
     SwitchRun run;
     run.ImageFile = c.file;
     TakeNameApart(run);
+    EXPECT_EQ(std::tie(run.ImageStem, run.ImageBase, run.ImageDir, run.ImageFolder, run.ImageExt),
+              std::tie(c.stem, c.base, c.dir, c.folder, c.ext))
+        << c.file;
     EXPECT_EQ(run.ImageDrive, "E:");
-    EXPECT_EQ(run.ImageStem, c.stem);
-    EXPECT_EQ(run.ImageBase, c.base);
-    EXPECT_EQ(run.ImageDir, c.dir);
-    EXPECT_EQ(run.ImageFolder, c.folder);
-    EXPECT_EQ(run.ImageExt, c.ext);
     EXPECT_EQ(run.Mark23Pos, c.mark23);
   }
 }
