@@ -28,18 +28,12 @@ void Entry(std::vector<std::uint8_t>& sector, std::size_t entry, std::uint8_t bo
 // T entry 2 has type 0x21, N near the start.
 std::string FlagsText() {
   const SectorVerdicts& f = SectorFlags;
+  const std::pair<bool, char> flags[] = {
+      {f.SigOK, 'S'},    {f.Ptn1OK, '1'},      {f.Ptn2OK, '2'},      {f.Ptn3OK, '3'},
+      {f.Ptn4OK, '4'},   {f.AnyPtnOK, 'A'},    {f.HasGrub4dos, 'G'}, {f.IsUniform, 'U'},
+      {f.Ptn2Is21, 'T'}, {f.PtnNearStart, 'N'}};
   std::string text;
-  const auto add = [&](bool flag, const char* name) { text += flag ? name : ""; };
-  add(f.SigOK, "S");
-  add(f.Ptn1OK, "1");
-  add(f.Ptn2OK, "2");
-  add(f.Ptn3OK, "3");
-  add(f.Ptn4OK, "4");
-  add(f.AnyPtnOK, "A");
-  add(f.HasGrub4dos, "G");
-  add(f.IsUniform, "U");
-  add(f.Ptn2Is21, "T");
-  add(f.PtnNearStart, "N");
+  for (const auto& [flag, letter] : flags) text.append(flag ? 1 : 0, letter);
   return text;
 }
 
@@ -71,6 +65,15 @@ const SectorCase kCases[] = {
     {"two-part mark", "G", [](auto& s) { Put(s, 345, "FLBT......Boot"); }},
     {"half of it", "", [](auto& s) { Put(s, 345, "FLBT"); }},
     {"the other half", "", [](auto& s) { Put(s, 355, "Boot"); }},
+    // A mark may run over the start of the table but must begin at 446 at the latest.
+    {"long mark at 446", "G", [](auto& s) { Put(s, 446, "Missing MBR-hel"); }},
+    {"long mark at 447", "1A", [](auto& s) { Put(s, 447, "Missing MBR-hel"); }},
+    {"short mark at 446", "G", [](auto& s) { Put(s, 446, "Missing hel"); }},
+    {"short mark at 447", "1A", [](auto& s) { Put(s, 447, "Missing hel"); }},
+    {"pattern of a failed read", "",
+     [](auto& s) {
+       for (std::size_t i = 0; i < 512; ++i) s[i] = static_cast<std::uint8_t>(i % 16);
+     }},
 };
 
 TEST(SectorBuffer, Verdicts) {
@@ -81,35 +84,6 @@ TEST(SectorBuffer, Verdicts) {
     ParseSectorBuffer();
     EXPECT_EQ(FlagsText(), c.flags);
   }
-}
-
-// A mark may run over the start of the table but must begin at 446 at the latest.
-TEST(SectorBuffer, LastPlaceOfAMark) {
-  for (const char* mark : {"Missing MBR-hel", "Missing hel"}) {
-    for (const std::size_t at : {446U, 447U}) {
-      SectorBuffer.assign(512, 0);
-      Put(SectorBuffer, at, mark);
-      ParseSectorBuffer();
-      EXPECT_EQ(SectorFlags.HasGrub4dos, at == 446U) << mark << " at " << at;
-    }
-  }
-}
-
-TEST(SectorBuffer, FlagsDescribeTheParseNotTheBuffer) {
-  SectorBuffer.assign(512, 0);
-  ParseSectorBuffer();
-  Put(SectorBuffer, 510, "\x55\xAA");
-  EXPECT_FALSE(SectorFlags.SigOK);
-  ParseSectorBuffer();
-  EXPECT_TRUE(SectorFlags.SigOK);
-  EXPECT_FALSE(SectorFlags.IsUniform);
-}
-
-TEST(SectorBuffer, FillPatternPassesNoTest) {
-  SectorBuffer.resize(512);
-  for (std::size_t i = 0; i < 512; ++i) SectorBuffer[i] = static_cast<std::uint8_t>(i % 16);
-  ParseSectorBuffer();
-  EXPECT_EQ(FlagsText(), "");
 }
 
 TEST(SectorBuffer, SoundAndSwappable) {
