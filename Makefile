@@ -1,7 +1,7 @@
 # A thin front over the CMake presets and scripts/. Each task installs what it lacks from Debian's
 # packages when run as root, and says what is missing otherwise.
 .DEFAULT_GOAL := help
-.PHONY: run test windows rehearse bench dist format clean help
+.PHONY: run test windows rehearse bench fuzz dist tidy format clean help
 
 run: ## the real window under Wine on a demo stick; without a display a robot user works it
 	@scripts/run.sh
@@ -14,10 +14,10 @@ windows: ## the executables, to build/win64 and build/win32
 	@cmake --preset win64 && cmake --build --preset win64
 	@cmake --preset win32 && cmake --build --preset win32
 
-rehearse: ## the program on a PC in memory, in the terminal
-	@scripts/setup.sh native
-	@cmake --preset native >/dev/null && cmake --build --preset native --target rehearse >/dev/null
-	@"$$(find build/native -name rehearse -type f -perm -u+x)"
+rehearse: ## the program on a PC in memory, in the terminal; needs nothing but a compiler
+	@command -v g++ >/dev/null || command -v $(CXX) >/dev/null || scripts/setup.sh compiler
+	@$(MAKE) --no-print-directory -j "$$(nproc)" -f scripts/rehearse.mk build/rehearse/rehearse
+	@build/rehearse/rehearse
 
 bench: ## timings of the logic
 	@scripts/setup.sh native
@@ -25,11 +25,19 @@ bench: ## timings of the logic
 	@cmake --build build/bench --target rotate_bench >/dev/null
 	@"$$(find build/bench -name rotate_bench -type f)"
 
+fuzz: ## the fuzz harnesses for a minute each, then a million worlds made at random
+	@scripts/setup.sh native tidy
+	@scripts/fuzz.sh
+
 dist: windows ## the zips, to dist/
 	@python3 scripts/dist.py
 
+tidy: ## clang-format and clang-tidy, as they have to be clean
+	@scripts/setup.sh native tidy
+	@scripts/tidy.sh
+
 format: ## clang-format over everything of ours
-	@scripts/setup.sh tidy
+	@scripts/setup.sh format
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
 
 clean: ## removes build/ and dist/

@@ -1,18 +1,20 @@
 #!/bin/sh
 # Installs what a task needs from Debian's packages: setup.sh GROUP...
-# Groups: native, x64, windows, wine, boot, tidy. As root it installs what is missing; otherwise it says
-# what is missing and fails.
+# Groups: compiler, native, x64, windows, wine, boot, format, tidy. As root it installs what is
+# missing; otherwise it says what is missing and fails.
 set -eu
 
 packages() {
   case $1 in
+    compiler) echo g++ ;;
     native) echo cmake ninja-build g++ libgtest-dev libbenchmark-dev python3 ;;
     x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
     wine) echo wine wine64 xvfb imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
       g++-mingw-w64-x86-64 python3 ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
-    tidy) echo clang clang-tidy clang-format ;;
+    format) echo clang-format git ;;
+    tidy) echo clang clang-tidy clang-format git ;;
     *) echo "setup.sh: no group $1" >&2; exit 2 ;;
   esac
 }

@@ -71,7 +71,14 @@ skip() {
   fi
 }
 
-scripts/setup.sh native windows || exit 1
+# Where everything of ours is laid out by clang-format.
+formatted() {
+  git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
+}
+
+scripts/setup.sh native windows format || exit 1
+
+quiet format formatted
 
 for preset in win64 win32; do
   quiet "$preset-configure" cmake --preset "$preset" &&

@@ -96,7 +96,7 @@ Handle VirtualFiles::FindFirstFileA(const std::string& pattern, FindData& found)
     }
     if (search.rest.empty()) error = kErrorFileNotFound;
   }
-  if (!machine_.End(step, error == 0, error)) return kInvalidHandle;
+  if (!machine_.End(step, error == 0, error) || place.volume == nullptr) return kInvalidHandle;
   search.kind = OpenHandle::Kind::Search;
   search.name = pattern;
   search.volume = place.volume;
@@ -141,7 +141,7 @@ std::uint32_t VirtualFiles::GetFileAttributesA(const std::string& path) {
     error = kErrorFileNotFound;
   }
   if (!machine_.End(step, error == 0, error)) return kInvalidAttributes;
-  return isRoot ? kAttributeDirectory : place.file->attributes;
+  return place.file == nullptr ? kAttributeDirectory : place.file->attributes;
 }
 
 void VirtualFiles::FileCopy(const std::string& from, const std::string& to) {

@@ -73,7 +73,7 @@ void Machine::ReadTable(VirtualDisk& disk) {
   const VirtualSector table = disk.Sector(0);
   const auto entryAt = [&](std::uint64_t start) {
     for (int i = 0; i < 4; ++i) {
-      const std::uint8_t* entry = table.data() + 446 + 16 * i;
+      const std::uint8_t* entry = &table[446 + 16 * static_cast<std::size_t>(i)];
       if (entry[4] == 0) continue;
       std::uint32_t first = 0;
       for (int byte = 11; byte >= 8; --byte) first = first << 8 | entry[byte];

@@ -66,7 +66,7 @@ bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t b
     if (file == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
     const std::string text =
         open->volume->Read(*file, open->offset, step.Short() ? bytes / 2 : bytes);
-    std::memcpy(data, text.data(), text.size());
+    if (!text.empty() && data != nullptr) std::memcpy(data, text.data(), text.size());
     transferred = static_cast<std::uint32_t>(text.size());
   } else {
     const std::uint32_t sectors = bytes / 512 / (step.Short() ? 2 : 1);
