@@ -72,6 +72,6 @@ bool InterpreterChangesQuoted(const std::string& path) {
 }
 
 bool InterpreterChangesBare(const std::string& path) {
-  // The + joins files, and , ; = split arguments as a blank does.
-  return HasControlOrQuote(path) || path.find_first_of("&|<>^%()!+,;=") != std::string::npos;
+  // The + joins files, * and ? match others, and , ; = split arguments as a blank does.
+  return HasControlOrQuote(path) || path.find_first_of("&|<>^%()!+*?,;=") != std::string::npos;
 }
