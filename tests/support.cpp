@@ -12,6 +12,28 @@ void PrintTo(const BoxRow& box, std::ostream* out) {
        << static_cast<int>(box.buttons) << " icon " << static_cast<int>(box.icon);
 }
 
+BoxRow Stop(const std::string& title, const std::string& text) {
+  return {title, text, Buttons::Ok, Icon::Stop};
+}
+
+BoxRow Warning(const std::string& title, const std::string& text) {
+  return {title, text, Buttons::Ok, Icon::Exclamation};
+}
+
+BoxRow Note(const std::string& title, const std::string& text) {
+  return {title, text, Buttons::Ok, Icon::Information};
+}
+
+BoxRow ReadFailed(int sector) {
+  return Stop("SECTOR READ FAILED",
+              "READ SECTOR " + std::to_string(sector) + " from DRIVE 1 FAILED!");
+}
+
+BoxRow WriteFailed(int sector) {
+  return Stop("SECTOR WRITE FAILED",
+              "WRITE SECTOR " + std::to_string(sector) + " to DRIVE 1 FAILED!");
+}
+
 ProgramOnPc::ProgramOnPc() : world(demo::Make(pc)) {
 }
 
@@ -41,6 +63,15 @@ RunEnd ProgramOnPc::Start(const std::vector<UserAction>& actions) {
     if (end == RunEnd::Returned) end = Do(action);
   }
   return end;
+}
+
+BoxRows ProgramOnPc::Boxes(const UserAction& action, const std::vector<Answer>& answers) {
+  if (pc.toolkit.design == nullptr) Start();
+  TakeBoxes();
+  pc.machine.journal.Clear();
+  for (const Answer answer : answers) pc.toolkit.AnswerNext(answer);
+  EXPECT_EQ(Do(action), RunEnd::Returned);
+  return TakeBoxes();
 }
 
 RunEnd ProgramOnPc::Do(const UserAction& action) {

@@ -21,6 +21,13 @@ struct BoxRow {
 void PrintTo(const BoxRow& box, std::ostream* out);
 using BoxRows = std::vector<BoxRow>;
 
+// Boxes that only tell something.
+BoxRow Stop(const std::string& title, const std::string& text);
+BoxRow Warning(const std::string& title, const std::string& text);
+BoxRow Note(const std::string& title, const std::string& text);
+BoxRow ReadFailed(int sector);  // of drive 1
+BoxRow WriteFailed(int sector);
+
 constexpr const char* kTitle = "ROTATE_TSD";  // of the boxes that name no title
 
 // A fresh program and a fresh PC. Ends with a failure where a box had no scripted answer, an
@@ -39,6 +46,10 @@ class ProgramOnPc {
   // Start-up, then the actions, one behind the other. What start-up showed and did is forgotten
   // before the first action, where there is one.
   RunEnd Start(const std::vector<UserAction>& actions = {});
+
+  // What one action shows, with the answers for its questions, after start-up if that hasn't been.
+  // The boxes and the journal's lines from before it are forgotten.
+  BoxRows Boxes(const UserAction& action, const std::vector<Answer>& answers = {});
 
   // One more action. Hung, ProcessEnded and PowerCut end the program.
   RunEnd Do(const UserAction& action);
