@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr const char* kTitleOfQuestion = "Make 2nd partition accessible on Removable drive?";
-const BoxRow kAsk{kTitleOfQuestion,
+const BoxRow kAsk{"Make 2nd partition accessible on Removable drive?",
                   "OK to swap Partition 1 (type=0C hex) with Partition 2 (type=07 hex) on Drive 1?",
                   Buttons::OkCancel};
+const UserAction kSwap = Click(Control::cmdSwitchPtns);
 
 TEST(Swap, ExchangesTwoEntriesAndTwiceChangesNothing) {
   ProgramOnPc program;
@@ -20,27 +20,21 @@ TEST(Swap, ExchangesTwoEntriesAndTwiceChangesNothing) {
   demo::SetEntry(table, 4, false, 0x82, 24'000'000, 1000);
   stick.SetSector(0, table);
   const auto before = stick.Contents();
-  program.pc.toolkit.AnswerNext(Answer::Ok);
-  program.pc.toolkit.AnswerNext(Answer::Ok);
-  program.Start({Pick(Control::Combo1, "F:"), Click(Control::cmdSwitchPtns)});
-
-  EXPECT_EQ(program.TakeBoxes(), BoxRows{kAsk});
+  const auto selected = [&] {
+    const auto row = static_cast<std::size_t>(program.pc.toolkit.At(Control::Combo1).selected);
+    return program.Rows(Control::Combo1)[row].substr(0, 2);
+  };
+  program.Boxes(Pick(Control::Combo1, "F:"));
+  EXPECT_EQ(program.Boxes(kSwap, {Answer::Ok}), BoxRows{kAsk});
   auto expected = before;
   std::swap_ranges(expected[0].begin() + 446, expected[0].begin() + 462, expected[0].begin() + 462);
   EXPECT_EQ(stick.Contents(), expected);
   EXPECT_EQ(program.pc.machine.journal.Writes(),
             (std::vector<std::string>{"write PhysicalDrive1 lba=0 n=1 ok"}));
-  const auto selected = [&] {
-    return program
-        .Rows(Control::Combo1)[static_cast<std::size_t>(
-            program.pc.toolkit.At(Control::Combo1).selected)]
-        .substr(0, 2);
-  };
   EXPECT_EQ(selected(), "F:");  // the refresh selects E:, and SWITCH goes back
   EXPECT_EQ(MYDRIVE, "F:");
 
-  program.Do(Click(Control::cmdSwitchPtns));
-  EXPECT_EQ(program.TakeBoxes()[0].text,
+  EXPECT_EQ(program.Boxes(kSwap, {Answer::Ok})[0].text,
             "OK to swap Partition 1 (type=07 hex) with Partition 2 (type=0C hex) on Drive 1?");
   EXPECT_EQ(stick.Contents(), before);
   EXPECT_EQ(selected(), "F:");
@@ -50,21 +44,10 @@ TEST(Swap, LeavesTheSelectionOfTheRefreshWhereTheVolumeIsGone) {
   ProgramOnPc program;
   program.pc.machine.onlyFirstOfRemovable = true;
   program.pc.RenewTables();
-  program.pc.toolkit.AnswerNext(Answer::Ok);
-  program.Start({Click(Control::cmdSwitchPtns)});
+  program.Boxes(kSwap, {Answer::Ok});
   ASSERT_EQ(program.Rows(Control::Combo1).size(), 1U);
   EXPECT_EQ(MYDRIVE, "F:");
   EXPECT_EQ(program.pc.toolkit.At(Control::Combo1).selected, 0);
-}
-
-TEST(Swap, CancelLeavesTheDiskAlone) {
-  ProgramOnPc program;
-  const auto before = program.world.stick.Contents();
-  program.pc.toolkit.AnswerNext(Answer::Cancel);
-  program.Start({Click(Control::cmdSwitchPtns)});
-  EXPECT_EQ(program.TakeBoxes(), BoxRows{kAsk});
-  EXPECT_EQ(program.world.stick.Contents(), before);
-  EXPECT_TRUE(program.Lines(MaskOf(Op::Write, Op::Lock, Op::Dismount, Op::RenewTable)).empty());
 }
 
 // The same test enables the button and stands in front of the question.
@@ -96,21 +79,26 @@ TEST(Swap, IsForTwoSoundEntriesOfARemovableDrive) {
   }
 }
 
-TEST(Swap, TellsOfASectorThatCannotBeReadOrWritten) {
-  for (const bool reading : {true, false}) {
+TEST(Swap, LeavesTheDiskAloneAtCancelAndWhereASectorFails) {
+  struct Row {
+    bool readable, writable;
+    std::vector<Answer> answers;
+    BoxRows boxes;
+  };
+  const Row kRows[] = {{true, true, {Answer::Cancel}, {kAsk}},
+                       {false, true, {}, {ReadFailed(0)}},
+                       {true, false, {Answer::Ok}, {kAsk, WriteFailed(0)}}};
+  for (const Row& row : kRows) {
     ProgramOnPc program;
     program.Start();
-    const auto before = program.world.stick.Contents();
-    (reading ? program.world.stick.unreadable : program.world.stick.unwritable) = {0};
-    if (!reading) program.pc.toolkit.AnswerNext(Answer::Ok);
-    program.Do(Click(Control::cmdSwitchPtns));
-    const BoxRow kRead{"SECTOR READ FAILED", "READ SECTOR 0 from DRIVE 1 FAILED!", Buttons::Ok,
-                       Icon::Stop};
-    const BoxRow kWrite{"SECTOR WRITE FAILED", "WRITE SECTOR 0 to DRIVE 1 FAILED!", Buttons::Ok,
-                        Icon::Stop};
-    EXPECT_EQ(program.TakeBoxes(), reading ? BoxRows{kRead} : (BoxRows{kAsk, kWrite}));
-    EXPECT_EQ(program.world.stick.Contents(), before);
+    VirtualDisk& stick = program.world.stick;
+    const auto before = stick.Contents();
+    if (!row.readable) stick.unreadable = {0};
+    if (!row.writable) stick.unwritable = {0};
+    EXPECT_EQ(program.Boxes(kSwap, row.answers), row.boxes);
+    EXPECT_EQ(stick.Contents(), before);
     EXPECT_TRUE(program.Lines(MaskOf(Op::RenewTable)).empty());
+    EXPECT_EQ(program.Lines(MaskOf(Op::Lock, Op::Dismount)).empty(), row.writable);
   }
 }
 
