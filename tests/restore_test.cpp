@@ -39,18 +39,19 @@ struct SwitchedStick : ProgramOnPc {
 
 const BoxRow kAsk{"Restore TSD partition table", "Restore Tesseldyn partitions on Drive 1?",
                   Buttons::OkCancel};
-const BoxRow kNoBackup{"Invalid backup sectors at LBA30 and LBA60",
-                       "ERROR: Cannot find a valid backup sector!", Buttons::Ok, Icon::Exclamation};
+const BoxRow kNoBackup = Warning("Invalid backup sectors at LBA30 and LBA60",
+                                 "ERROR: Cannot find a valid backup sector!");
 const BoxRow kAskFile{"Use MBR.BIN backup?",
                       "OK to use E:\\tsd\\MBR.BIN to restore original TSD partitions?",
                       Buttons::OkCancel};
-const BoxRow kOldTable{"INFO: An old MBR is present at LBA1.",
-                       "INFORMATION: Only the old grub4dos LBA1 backup MBR is present on this "
-                       "drive!\r\nHowever, it may not have valid partitions.",
-                       Buttons::Ok, Icon::Information};
-const BoxRow kNothing{"No valid backup sectors!",
-                      "ERROR: Cannot find a valid backup sector to restore TSD partitions!",
-                      Buttons::Ok, Icon::Exclamation};
+const BoxRow kOldTable =
+    Note("INFO: An old MBR is present at LBA1.",
+         "INFORMATION: Only the old grub4dos LBA1 backup MBR is present on this "
+         "drive!\r\nHowever, it may not have valid partitions.");
+const BoxRow kNothing =
+    Warning("No valid backup sectors!",
+            "ERROR: Cannot find a valid backup sector to restore TSD partitions!");
+const UserAction kRestore = Click(Control::cmdRestoreTSD);
 
 TEST(Restore, LooksAtThePlacesInTheirOrder) {
   struct Row {
@@ -62,9 +63,7 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
     BoxRows boxes;
     const char* transfers;  // up to the write
   };
-  const BoxRow kRead30{"SECTOR READ FAILED", "READ SECTOR 30 from DRIVE 1 FAILED!", {}, Icon::Stop};
-  const BoxRow kRead60{"SECTOR READ FAILED", "READ SECTOR 60 from DRIVE 1 FAILED!", {}, Icon::Stop};
-  const BoxRow kWrite{"SECTOR WRITE FAILED", "WRITE SECTOR 0 to DRIVE 1 FAILED!", {}, Icon::Stop};
+  const BoxRows kFileNotWritten{kNoBackup, kAskFile, WriteFailed(0), kOldTable};
   const Row kRows[] = {
       {"30", "SSSS", 512, 60, 'O', {kAsk}, "30 w0"},
       {"30, Cancel", "SSSS", 512, -1, 'C', {kAsk}, "30"},
@@ -73,18 +72,12 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
       {"30 without boot code", "bS-S", 0, -1, 'C', {kAsk}, "30 60"},
       {"30 without 55 AA", "eS-S", 0, -1, 'C', {kAsk}, "30 60"},
       {"30 without a partition", "pS-S", 0, -1, 'C', {kAsk}, "30 60"},
-      {"30 not read", "SSSS", 512, 30, ' ', {kRead30}, "30 30"},
-      {"60 not read", "uSSS", 512, 60, ' ', {kRead60}, "30 60 60"},
-      {"0 not written", "SSSS", 512, 0, 'O', {kAsk, kWrite}, "30 w0"},
+      {"30 not read", "SSSS", 512, 30, ' ', {ReadFailed(30)}, "30 30"},
+      {"60 not read", "uSSS", 512, 60, ' ', {ReadFailed(60)}, "30 60 60"},
+      {"0 not written", "SSSS", 512, 0, 'O', {kAsk, WriteFailed(0)}, "30 w0"},
       {"file", "ueSS", 512, -1, 'O', {kNoBackup, kAskFile}, "30 60 w0"},
       {"long file", "buSS", 600, -1, 'O', {kNoBackup, kAskFile}, "30 60 w0"},
-      {"file, not written",
-       "uuSS",
-       512,
-       0,
-       'O',
-       {kNoBackup, kAskFile, kWrite, kOldTable},
-       "30 60 w0 1"},
+      {"file, not written", "uuSS", 512, 0, 'O', kFileNotWritten, "30 60 w0 1"},
       {"file, Cancel", "uuSS", 512, -1, 'C', {kNoBackup, kAskFile, kOldTable}, "30 60 1"},
       {"file a byte short", "ubSu", 511, -1, ' ', {kNoBackup}, "30 60 1"},
       {"file without boot code", "uubb", 512, -1, ' ', {kNoBackup, kOldTable}, "30 60 1"},
@@ -111,13 +104,10 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
       const auto sector = static_cast<std::uint64_t>(row.defect);
       (row.defect == 0 ? stick.unwritable : stick.unreadable) = {sector};
     }
-    if (row.answer != ' ') {
-      program.pc.toolkit.AnswerNext(row.answer == 'O' ? Answer::Ok : Answer::Cancel);
-    }
     auto expected = stick.Contents();
-    program.pc.machine.journal.Clear();
-    program.Do(Click(Control::cmdRestoreTSD));
-    EXPECT_EQ(program.TakeBoxes(), row.boxes);
+    std::vector<Answer> answers;
+    if (row.answer != ' ') answers = {row.answer == 'O' ? Answer::Ok : Answer::Cancel};
+    EXPECT_EQ(program.Boxes(kRestore, answers), row.boxes);
     const bool written = row.answer == 'O' && row.defect != 0;
     const std::string transfers = program.Transfers();
     EXPECT_EQ(written ? transfers.substr(0, std::strlen(row.transfers)) : transfers, row.transfers);
@@ -130,21 +120,20 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
 TEST(Restore, BringsBackExactlyTheTableThatASwitchSaved) {
   ProgramOnPc program;
   const VirtualSector table = program.world.stick.Sector(0);
-  program.pc.toolkit.AnswerNext(Answer::Ok, "Change partition table");
-  program.pc.toolkit.AnswerNext(Answer::Ok, kAsk.title);
-  program.Start({Open("E:\\_ISO\\Rescue.volPAK"), Click(Control::cmdRestoreTSD)});
+  program.Boxes(Open("E:\\_ISO\\Rescue.volPAK"), {Answer::Ok});
+  EXPECT_EQ(program.Boxes(kRestore, {Answer::Ok}), BoxRows{kAsk});
   EXPECT_EQ(program.world.stick.Sector(0), table);
   EXPECT_EQ(program.Rows(Control::Combo1).size(), 2U);
   EXPECT_FALSE(program.Enabled(Control::cmdRestoreTSD));
 }
 
 TEST(Restore, LooksAtTheVolumeFirst) {
-  const BoxRow kNormal{"Drive is not in CSM mode!",
-                       "Volume E: already contains Tesseldyn files.\r\nPartition not updated.",
-                       Buttons::Ok, Icon::Information};
-  const BoxRow kWarning{"Check for \\menu.lst,\\boot6,\\grldr,\\tsd\\unifont.hex.gz",
-                        "WARNING: Volume E: does not appear to contain valid Tesseldyn CSM files",
-                        Buttons::Ok, Icon::Information};
+  const BoxRow kNormal =
+      Note("Drive is not in CSM mode!",
+           "Volume E: already contains Tesseldyn files.\r\nPartition not updated.");
+  const BoxRow kWarning =
+      Note("Check for \\menu.lst,\\boot6,\\grldr,\\tsd\\unifont.hex.gz",
+           "WARNING: Volume E: does not appear to contain valid Tesseldyn CSM files");
   struct Row {
     const char* file;
     std::uint32_t attributes;  // kInvalidAttributes: it is missing
@@ -166,10 +155,9 @@ TEST(Restore, LooksAtTheVolumeFirst) {
     } else {
       program.world.inner.AddText(row.file, "").attributes = row.attributes;
     }
-    if (row.boxes.back() == kAsk) program.pc.toolkit.AnswerNext(Answer::Cancel);
-    program.Start({Click(Control::cmdRestoreTSD)});
-    EXPECT_EQ(program.TakeBoxes(), row.boxes);
-    EXPECT_EQ(program.Transfers().empty(), row.boxes.size() == 1 && row.boxes[0] == kNormal);
+    const bool asked = row.boxes.back() == kAsk;
+    EXPECT_EQ(program.Boxes(kRestore, std::vector(asked ? 1 : 0, Answer::Cancel)), row.boxes);
+    EXPECT_EQ(program.Transfers().empty(), !asked);
   }
 }
 
@@ -180,9 +168,9 @@ TEST(Restore, TurnsToTheVolumeThatHoldsTheFiles) {
   program.world.stick.SetSector(0, table);
   program.world.stick.SetSector(30, TableWith('S'));
   program.pc.RenewTables();
-  program.pc.toolkit.AnswerNext(Answer::Cancel);
-  program.Start({Pick(Control::Combo1, "F:"), Click(Control::cmdRestoreTSD)});
-  EXPECT_EQ(program.TakeBoxes(), BoxRows{kAsk});  // F: would have brought the warning
+  program.Boxes(Pick(Control::Combo1, "F:"));
+  EXPECT_EQ(program.Boxes(kRestore, {Answer::Cancel}),
+            BoxRows{kAsk});  // F: would have brought the warning
   EXPECT_EQ(MYDRIVE, "E:");
 }
 
