@@ -1,5 +1,7 @@
 // The switch from the double-click to the last write: the checks of the drive, the backups, the
 // order of everything that reaches the disk, the last question, and what each failure leaves.
+#include <cstring>
+
 #include "disk/sector_buffer.h"
 #include "shell/form1.h"
 #include "switch/hidden_sectors.h"
@@ -15,6 +17,7 @@ constexpr OpMask kDiskWork = MaskOf(Op::Lock, Op::Unlock, Op::Dismount, Op::Rene
 constexpr const char* kRescue = "E:\\_ISO\\Rescue.volPAK";
 constexpr const char* kQuestion = "Change partition table";
 constexpr const char* kToolFailed = "getFileExtents failed";
+const UserAction kSwitch = Open(kRescue);
 constexpr const char* kHiddenTitle = "Error in Adjusting Hidden Sectors in PBR";
 constexpr const char* kHiddenWriteTitle = "Error Adjusting Hidden Sectors in PBR";
 const BoxRow kLastQuestion{kQuestion,
@@ -22,16 +25,6 @@ const BoxRow kLastQuestion{kQuestion,
                            "E:\\_ISO\\Rescue.volPAK\r\n\r\nPTN2: -\r\n\r\nPTN3: -\r\n\r\nPTN4: -"
                            "\r\n\r\nOK to write new MBR to Drive 1?",
                            Buttons::OkCancel};
-
-BoxRow ReadFailed(int sector) {
-  return {"SECTOR READ FAILED", "READ SECTOR " + std::to_string(sector) + " from DRIVE 1 FAILED!",
-          Buttons::Ok, Icon::Stop};
-}
-
-BoxRow WriteFailed(int sector) {
-  return {"SECTOR WRITE FAILED", "WRITE SECTOR " + std::to_string(sector) + " to DRIVE 1 FAILED!",
-          Buttons::Ok, Icon::Stop};
-}
 
 Lines Titles(const BoxRows& boxes) {
   Lines titles;
@@ -52,55 +45,33 @@ void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value) {
   for (std::size_t i = 0; i < 4; ++i) sector[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-// "lock E:", "dismount E:" for each volume.
-void AddTaken(Lines& lines, const std::string& volumes) {
-  for (const char volume : volumes) {
-    lines.push_back(std::string("lock ") + volume + ": ok");
-    lines.push_back(std::string("dismount ") + volume + ": ok");
-  }
-}
-
-void Add(Lines& lines, const Lines& more) {
-  lines.insert(lines.end(), more.begin(), more.end());
-}
-
-// What the two writes of an agreed switch do to the disk, step by step.
-Lines ExpectedDiskWork() {
-  Lines lines;
-  for (int read = 0; read < 4; ++read) lines.push_back("sleep 50");  // 0, 30, 60, 0
-  Add(lines, {"write PhysicalDrive1 lba=60 n=1 ok", "sleep 50",
-              "write PhysicalDrive1 lba=30 n=1 ok", "sleep 50"});
-  lines.push_back("sleep 50");  // LBA 0 afresh
-  AddTaken(lines, "EF");        // dismounted and let go
-  AddTaken(lines, "EF");        // held during the write of the boot record
-  Add(lines, {"write PhysicalDrive1 lba=200000 n=1 ok", "sleep 50", "unlock E: ok", "unlock F: ok",
-              "pointer hourglass", "sleep 1000", "pointer default"});
-  AddTaken(lines, "EF");
-  Add(lines, {"write PhysicalDrive1 lba=0 n=1 ok", "sleep 50", "renew-table PhysicalDrive1 ok"});
-  AddTaken(lines, "E");  // the letters follow the new table
-  Add(lines, {"unlock E: ok", "pointer hourglass", "sleep 1000", "renew-table PhysicalDrive1 ok",
-              "sleep 1000", "renew-table PhysicalDrive1 ok", "pointer default"});
-  return lines;
-}
+// What an agreed switch does to the disk, step by step.
+constexpr const char* kSteps =
+    "sleep 50, sleep 50, sleep 50, sleep 50, "  // behind the reads of 0, 30, 60 and 0
+    "write PhysicalDrive1 lba=60 n=1 ok, sleep 50, write PhysicalDrive1 lba=30 n=1 ok, sleep 50, "
+    "sleep 50, "                                                // LBA 0 afresh
+    "lock E: ok, dismount E: ok, lock F: ok, dismount F: ok, "  // and let go
+    "lock E: ok, dismount E: ok, lock F: ok, dismount F: ok, "  // held for the boot record
+    "write PhysicalDrive1 lba=200000 n=1 ok, sleep 50, unlock E: ok, unlock F: ok, "
+    "pointer hourglass, sleep 1000, pointer default, "
+    "lock E: ok, dismount E: ok, lock F: ok, dismount F: ok, "
+    "write PhysicalDrive1 lba=0 n=1 ok, sleep 50, renew-table PhysicalDrive1 ok, "
+    "lock E: ok, dismount E: ok, unlock E: ok, "  // the letters follow the new table
+    "pointer hourglass, sleep 1000, renew-table PhysicalDrive1 ok, "
+    "sleep 1000, renew-table PhysicalDrive1 ok, pointer default, ";
 
 TEST(Switch, MakesThePickedImagePartition1) {
   ProgramOnPc program;
   program.Start();
-  program.pc.machine.journal.Clear();
   const VirtualDisk& stick = program.world.stick;
   const VirtualSector oldTable = stick.Sector(0);
   const VirtualSector oldBootRecord = stick.Sector(200'000);
   const auto before = stick.Contents();
   const auto systemBefore = program.world.systemDisk.Contents();
-  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Do(Open(kRescue));
-
-  EXPECT_EQ(program.TakeBoxes(), BoxRows{kLastQuestion});
-  const Lines expected = ExpectedDiskWork();
-  Lines work = program.Lines(kDiskWork);
-  ASSERT_GE(work.size(), expected.size());
-  work.resize(expected.size());  // behind it the drive list is refreshed
-  EXPECT_EQ(work, expected);
+  EXPECT_EQ(program.Boxes(kSwitch, {Answer::Ok}), BoxRows{kLastQuestion});
+  std::string steps;
+  for (const std::string& line : program.Lines(kDiskWork)) steps += line + ", ";
+  EXPECT_EQ(steps.substr(0, std::strlen(kSteps)), kSteps);  // behind it the drive list is refreshed
   EXPECT_EQ(Written(program), "60 30 200000 0");
 
   VirtualSector newTable = oldTable;
@@ -124,21 +95,24 @@ TEST(Switch, MakesThePickedImagePartition1) {
 }
 
 TEST(Switch, SaysInTheLogHowFarItCame) {
-  for (const bool agreed : {true, false}) {
-    for (const bool writable : {true, false}) {
-      ProgramOnPc program;
-      program.Start();
-      program.TurnLoggingOn();
-      if (!writable) program.world.stick.unwritable = {0};
-      program.pc.toolkit.AnswerNext(agreed ? Answer::Ok : Answer::Cancel, kQuestion);
-      program.Do(Open(kRescue));
-      std::string marks;
-      for (const std::string& line : program.TakeLog()) {
-        if (line.starts_with("List1_DblClick ")) marks += line.substr(14);
-      }
-      EXPECT_EQ(marks, std::string(" 100 200 300 400 410 500 600 620 630 640 650 700 750 800") +
-                           (writable || !agreed ? " END" : ""));
+  struct Row {
+    Answer answer;
+    bool writable;
+    const char* end;
+  };
+  for (const Row& row :
+       {Row{Answer::Ok, true, " END"}, {Answer::Ok, false, ""}, {Answer::Cancel, true, " END"}}) {
+    ProgramOnPc program;
+    program.Start();
+    program.TurnLoggingOn();
+    if (!row.writable) program.world.stick.unwritable = {0};
+    program.Boxes(kSwitch, {row.answer});
+    std::string marks;
+    for (const std::string& line : program.TakeLog()) {
+      if (line.starts_with("List1_DblClick ")) marks += line.substr(14);
     }
+    EXPECT_EQ(marks,
+              std::string(" 100 200 300 400 410 500 600 620 630 640 650 700 750 800") + row.end);
   }
 }
 
@@ -146,9 +120,7 @@ TEST(Switch, CancelLeavesOnlyTheBackups) {
   ProgramOnPc program;
   auto expected = program.world.stick.Contents();
   expected[30] = expected[60] = expected[0];
-  program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-  program.Start({Open(kRescue)});
-  EXPECT_EQ(program.TakeBoxes(), BoxRows{kLastQuestion});
+  EXPECT_EQ(program.Boxes(kSwitch, {Answer::Cancel}), BoxRows{kLastQuestion});
   EXPECT_EQ(program.world.stick.Contents(), expected);
   EXPECT_TRUE(program.Lines(MaskOf(Op::Lock, Op::Dismount, Op::RenewTable)).empty());
   EXPECT_FALSE(program.Rows(Control::List1).empty());
@@ -156,35 +128,30 @@ TEST(Switch, CancelLeavesOnlyTheBackups) {
 
 // Every combination of the four defects that a table can have.
 TEST(SwitchChecks, ShowEverythingThatIsWrongWithTheTable) {
+  const std::string kMbr = "ERROR: MBR on drive 1 does not ";
+  const char* const kNoGrub = "Need to install grub4dos to MBR!";
   const BoxRow kBoxes[] = {
-      {"No partition table entries", "ERROR: MBR on drive 1 has no partitions", Buttons::Ok,
-       Icon::Exclamation},
-      {"Need to install grub4dos to MBR!",
-       "ERROR: MBR on drive 1 does not have grub4dos installed.", Buttons::Ok, Icon::Exclamation},
-      {"Need to install grub4dos to MBR!",
-       "ERROR: MBR on drive 1 does not have valid 55 AA ending bytes.", Buttons::Ok,
-       Icon::Exclamation},
-      {"MBR is not an TSD MBR?",
-       "ERROR: MBR on drive 1 does not contain a partition near the start of the drive.\r\nUse "
-       "'Safely Remove Drive' System Tray icon and re-insert USB drive.",
-       Buttons::Ok, Icon::Exclamation}};
+      Warning("No partition table entries", "ERROR: MBR on drive 1 has no partitions"),
+      Warning(kNoGrub, kMbr + "have grub4dos installed."),
+      Warning(kNoGrub, kMbr + "have valid 55 AA ending bytes."),
+      Warning("MBR is not an TSD MBR?",
+              kMbr + "contain a partition near the start of the drive.\r\nUse 'Safely Remove "
+                     "Drive' System Tray icon and re-insert USB drive.")};
   for (unsigned defects = 1; defects < 16; ++defects) {
     SCOPED_TRACE(defects);
     ProgramOnPc program;
-    program.Start();
+    program.Start();  // lists the images before the table goes bad
     VirtualSector table = program.world.stick.Sector(0);
     if ((defects & 1) != 0) table[446] = table[462] = 0x01;
     if ((defects & 2) != 0) table[demo::kBootCodeMark] = 'm';
     if ((defects & 4) != 0) table[511] = 0;
     if ((defects & 8) != 0) table[446 + 10] = 1;  // sector 67584
     program.world.stick.SetSector(0, table);
-    program.pc.machine.journal.Clear();
-    program.Do(Open(kRescue));
     BoxRows expected;
     for (unsigned i = 0; i < 4; ++i) {
       if ((defects >> i & 1) != 0) expected.push_back(kBoxes[i]);
     }
-    EXPECT_EQ(program.TakeBoxes(), expected);
+    EXPECT_EQ(program.Boxes(kSwitch), expected);
     EXPECT_EQ(program.Lines(MaskOf(Op::Read, Op::Write)),
               Lines{"read PhysicalDrive1 lba=0 n=1 ok"});
   }
@@ -199,13 +166,12 @@ VirtualSector SectorOf(char held) {
   return sector;
 }
 
-const BoxRow kNoRoom{"No backup sector available for MBR!",
-                     "ERROR: LBA 30 and LBA 60 both in use - reformat USB drive", Buttons::Ok,
-                     Icon::Exclamation};
-const BoxRow kSwitchedAlready{"Partition table is already switched!",
-                              "ERROR: MBR on drive 1 is already switched and neither LBA 30 nor "
-                              "LBA 60 holds the table from before.",
-                              Buttons::Ok, Icon::Exclamation};
+const BoxRow kNoRoom = Warning("No backup sector available for MBR!",
+                               "ERROR: LBA 30 and LBA 60 both in use - reformat USB drive");
+const BoxRow kSwitchedAlready =
+    Warning("Partition table is already switched!",
+            "ERROR: MBR on drive 1 is already switched and neither LBA 30 nor "
+            "LBA 60 holds the table from before.");
 
 TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
   struct Row {
@@ -245,9 +211,8 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
     const std::string written = row.written;
     if (written.starts_with("60")) expected[60] = table;
     if (written.ends_with("30")) expected[30] = table;
-    if (row.box == kLastQuestion) program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.Start({Open(kRescue)});
-    EXPECT_EQ(program.TakeBoxes(), BoxRows{row.box});
+    const std::vector<Answer> answers(row.box == kLastQuestion ? 1 : 0, Answer::Cancel);
+    EXPECT_EQ(program.Boxes(kSwitch, answers), BoxRows{row.box});
     EXPECT_EQ(Written(program), written);
     EXPECT_EQ(stick.Contents(), expected);
   }
@@ -255,31 +220,29 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
 
 TEST(SwitchFailures, EachReadAndWriteThatFailsIsTold) {
   struct Row {
-    const char* kind;
+    bool reading;
     std::uint64_t sector;
     BoxRows boxes;
     std::string written;
   };
-  const BoxRow kRecordRead{kHiddenTitle, "DISK READ ERROR", {}, Icon::Stop};
-  const BoxRow kRecordWrite{kHiddenWriteTitle, "WRITE ERROR TO SECTOR 200000", {}, Icon::Stop};
-  const Row kRows[] = {{"read", 0, {ReadFailed(0)}, ""},
-                       {"read", 30, {ReadFailed(30)}, ""},
-                       {"read", 60, {ReadFailed(60)}, ""},
-                       {"write", 60, {WriteFailed(60)}, "60!"},
-                       {"write", 30, {WriteFailed(30)}, "60 30!"},
-                       {"read", 200'000, {kLastQuestion, kRecordRead}, "60 30 0"},
-                       {"write", 200'000, {kLastQuestion, kRecordWrite}, "60 30 200000! 0"},
-                       {"write", 0, {kLastQuestion, WriteFailed(0)}, "60 30 200000 0!"}};
+  const BoxRow kRecordRead = Stop(kHiddenTitle, "DISK READ ERROR");
+  const BoxRow kRecordWrite = Stop(kHiddenWriteTitle, "WRITE ERROR TO SECTOR 200000");
+  const Row kRows[] = {{true, 0, {ReadFailed(0)}, ""},
+                       {true, 30, {ReadFailed(30)}, ""},
+                       {true, 60, {ReadFailed(60)}, ""},
+                       {false, 60, {WriteFailed(60)}, "60!"},
+                       {false, 30, {WriteFailed(30)}, "60 30!"},
+                       {true, 200'000, {kLastQuestion, kRecordRead}, "60 30 0"},
+                       {false, 200'000, {kLastQuestion, kRecordWrite}, "60 30 200000! 0"},
+                       {false, 0, {kLastQuestion, WriteFailed(0)}, "60 30 200000 0!"}};
   for (const Row& row : kRows) {
-    SCOPED_TRACE(row.kind + std::to_string(row.sector));
+    SCOPED_TRACE(row.boxes.back().text);
     ProgramOnPc program;
     program.Start();
     VirtualDisk& stick = program.world.stick;
-    (row.kind == std::string("read") ? stick.unreadable : stick.unwritable) = {row.sector};
-    program.pc.machine.journal.Clear();
-    if (row.boxes[0] == kLastQuestion) program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-    program.Do(Open(kRescue));
-    EXPECT_EQ(program.TakeBoxes(), row.boxes);
+    (row.reading ? stick.unreadable : stick.unwritable) = {row.sector};
+    const std::vector<Answer> answers(row.boxes.size() - 1, Answer::Ok);
+    EXPECT_EQ(program.Boxes(kSwitch, answers), row.boxes);
     EXPECT_EQ(Written(program), row.written);
     const bool tableWritten = row.written.ends_with(" 0");
     EXPECT_EQ(program.Lines(MaskOf(Op::RenewTable)).size(), tableWritten ? 3U : 0U);
@@ -318,50 +281,42 @@ TEST(SwitchFailures, WhatChangesUnderTheRunStopsIt) {
       if (row.change == kBeyond2TB) output.insert(19, "1000");
       if (row.change == kEmptied) program.world.e.Find(path)->size = 0;
     };
-    program.pc.machine.journal.Clear();
-    program.Do(Open("E:\\_ISO\\A.volPAKX4DATA"));
-    EXPECT_EQ(Titles(program.TakeBoxes()), row.titles);
+    EXPECT_EQ(Titles(program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"))), row.titles);
     EXPECT_EQ(Written(program), "60 30");
   }
 }
 
 // The last checks concern the file measured last: the fourth one where there is one.
 TEST(SwitchCommit, RefusesWhatCannotBeAPartition) {
-  const BoxRow kBadStart{"Bad FStart", "ERROR: Bad Start sector!", Buttons::Ok, Icon::Stop};
-  const BoxRow kBadLength{"Bad FLength", "ERROR: Bad File length!", Buttons::Ok, Icon::Stop};
+  const BoxRow kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
+  const BoxRow kBadLength = Stop("Bad FLength", "ERROR: Bad File length!");
   struct Row {
-    const char* name;
-    const char* image;
-    const char* lba;
+    const char *image, *lba;  // null: it is about the fourth file
     std::uint64_t bytes;
     const BoxRow* refusal;  // null: the question comes
   };
-  const Row kRows[] = {
-      {"start 31", "Rescue.volPAK", "1F", 1 << 20, &kBadStart},
-      {"start 32", "Rescue.volPAK", "20", 1 << 20, nullptr},
-      {"31 sectors", "Rescue.volPAK", "30D40", 15872, &kBadLength},
-      {"32 sectors", "Rescue.volPAK", "30D40", 15873, nullptr},
-      {"a small image before a fourth file", "A.volPAKX4DATA", "927C0", 512, nullptr},
-      {"a small fourth file", "A.volPAKX4DATA", nullptr, 15872, &kBadLength}};
+  const Row kRows[] = {{"Rescue.volPAK", "1F", 1 << 20, &kBadStart},
+                       {"Rescue.volPAK", "20", 1 << 20, nullptr},
+                       {"Rescue.volPAK", "30D40", 15872, &kBadLength},
+                       {"Rescue.volPAK", "30D40", 15873, nullptr},
+                       {"A.volPAKX4DATA", "927C0", 512, nullptr},
+                       {"A.volPAKX4DATA", nullptr, 15872, &kBadLength}};
   for (const Row& row : kRows) {
-    SCOPED_TRACE(row.name);
+    const bool fourth = row.lba == nullptr;
+    SCOPED_TRACE(std::string(row.image) + (fourth ? "" : row.lba) + std::to_string(row.bytes));
     ProgramOnPc program;
-    VirtualVolume& e = program.world.e;
     program.Start();
     const std::string image = std::string("E:\\_ISO\\") + row.image;
-    const bool fourth = row.lba == nullptr;
-    e.Find(fourth ? "\\_ISO\\DATA" : image.substr(2))->size = row.bytes;
+    program.world.e.Find(fourth ? "\\_ISO\\DATA" : image.substr(2))->size = row.bytes;
     program.world.stick.SetSector(demo::kFourth.lba, demo::NtfsBootRecord());
     if (!fourth) {
       program.pc.processes.toolTexts[UpperCase(image)] =
           std::string("File offset 0 LBA: ") + row.lba + " Sectors: 100\r\n";
     }
-    if (row.refusal == nullptr) program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.Do(Open(image));
-    const BoxRows boxes = program.TakeBoxes();
+    const bool refused = row.refusal != nullptr;
+    const BoxRows boxes = program.Boxes(Open(image), std::vector(refused ? 0 : 1, Answer::Cancel));
     ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(boxes[0].title, row.refusal != nullptr ? row.refusal->title : kQuestion);
-    EXPECT_TRUE(row.refusal == nullptr || boxes[0] == *row.refusal);
+    EXPECT_TRUE(refused ? boxes[0] == *row.refusal : boxes[0].title == kQuestion);
   }
 }
 
@@ -396,7 +351,7 @@ TEST(HiddenSectors, AreWrittenForTheTypesThatHaveThem) {
     SectorBuffer.resize(512);
     Form1.FStart = "1F800";
     program.Call([&] { Adjust_Hidden("E:\\x.volPAK", row.type); });
-    const BoxRow box{defect == "write" ? kHiddenWriteTitle : kHiddenTitle, text, {}, Icon::Stop};
+    const BoxRow box = Stop(defect == "write" ? kHiddenWriteTitle : kHiddenTitle, text);
     EXPECT_EQ(program.TakeBoxes(), text.empty() ? BoxRows() : BoxRows{box});
     EXPECT_EQ(stick.Sector(129024), expected);
     EXPECT_EQ(program.pc.HeldLocks(), Lines());
@@ -407,9 +362,7 @@ TEST(HiddenSectors, OfAnUnknownFormatStayAndTheSwitchGoesOn) {
   ProgramOnPc program;
   const auto before = program.world.stick.Sector(demo::kLinuxImage.lba);
   program.pc.toolkit.AnswerInput("0x83");
-  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Start({Open("E:\\_ISO\\Linux.volPAK")});
-  const BoxRows boxes = program.TakeBoxes();
+  const BoxRows boxes = program.Boxes(Open("E:\\_ISO\\Linux.volPAK"), {Answer::Ok});
   ASSERT_EQ(boxes.size(), 2U);
   EXPECT_EQ(boxes[0].text.substr(0, 45), "PTN1: Type=83 Start=500000 (0x7A120) \r\nE:\\_IS");
   EXPECT_EQ(boxes[1].text, "UNKNOWN PARTITION TYPE 131");
