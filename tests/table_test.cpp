@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr const char* kQuestion = "Change partition table";
-
 // An entry as it is built: the boot flag, three bytes that say "see the LBA" twice, the numbers.
 void Build(VirtualSector& table, int entry, std::uint8_t type, std::uint32_t start,
            std::uint32_t sectors) {
@@ -69,9 +67,9 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
     demo::SetEntry(table, 3, false, 0x83, 23'000'000, 1000);
     demo::SetEntry(table, 4, true, 0x17, 24'000'000, 1000);
     stick.SetSector(0, table);
-    if (row.companion) program.pc.toolkit.AnswerNext(Answer::No, "Run MOVE_VOLPAK?");
-    program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-    program.Start({Open("E:" + image)});
+    std::vector<Answer> answers{Answer::Ok};
+    if (row.companion) answers.insert(answers.begin(), Answer::No);  // the order of the files
+    const BoxRows boxes = program.Boxes(Open("E:" + image), answers);
 
     const auto place = [](const char* text, const std::string& built) {
       return *text == '\0' ? built : text;
@@ -82,7 +80,6 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
               place(row.ptn3, "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I");
     report += "\r\n\r\nPTN4: " +
               place(row.ptn4, "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D");
-    const BoxRows boxes = program.TakeBoxes();
     EXPECT_EQ(boxes.back().text, report + "\r\n\r\nOK to write new MBR to Drive 1?");
 
     Build(table, 1, 7, 0x1F800, 0x2000);
@@ -103,8 +100,7 @@ TEST(Table, CountsALastSectorThatIsNotFull) {
   ProgramOnPc program;
   program.world.e.AddFile("\\_ISO\\I.volPAK", 32 * 512 + 1, 0x1F800);
   program.world.stick.SetSector(0x1F800, demo::NtfsBootRecord());
-  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Start({Open("E:\\_ISO\\I.volPAK")});
+  program.Boxes(Open("E:\\_ISO\\I.volPAK"), {Answer::Ok});
   EXPECT_EQ(EntryOf(program.world.stick.Sector(0), 1), (TableEntry{true, 7, 0x1F800, 33}));
 }
 
@@ -153,17 +149,12 @@ TEST(PartitionType, IsReadFromTheImagesFirstSector) {
     program.world.e.AddText("\\i", content.substr(0, row.bytes));
     program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\i"), row.type) << row.name; });
     EXPECT_EQ(program.TakeBoxes(), BoxRows());
+    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none"), 0); });
+    EXPECT_EQ(program.TakeBoxes(),
+              (BoxRows{{kTitle,
+                        "Err.Number=53 Err.Description=File not found Me.Name=Form1."
+                        "Get_Format_Type(fname) Erl=0"}}));
   }
-}
-
-TEST(PartitionType, OfAFileThatCannotBeOpenedIsReported) {
-  ProgramOnPc program;
-  program.Prepare();
-  program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none"), 0); });
-  EXPECT_EQ(program.TakeBoxes(),
-            (BoxRows{{kTitle,
-                      "Err.Number=53 Err.Description=File not found Me.Name=Form1."
-                      "Get_Format_Type(fname) Erl=0"}}));
 }
 
 TEST(PartitionType, IsAskedForInHexadecimal) {
@@ -195,8 +186,7 @@ TEST(PartitionType, IsAskedForEachFileThatShowsNone) {
   program.world.stick.SetSector(demo::kMarkedImage.lba, demo::ForeignBootRecord());
   program.world.stick.SetSector(demo::kCompanion.lba, demo::ForeignBootRecord());
   for (const char* answer : {"0x100", "", "0B"}) program.pc.toolkit.AnswerInput(answer);
-  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Start({Open("E:\\_ISO\\A.volPAKX4DATA")});
+  program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"), {Answer::Ok});
   const auto& inputs = program.pc.toolkit.inputs;
   ASSERT_EQ(inputs.size(), 3U);
   const char* kFiles[] = {"1st", "2nd", "4th"};
