@@ -108,9 +108,7 @@ TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
     FourVolumes program;
     const std::string image = Paths(row.files)[0];
     program.AddFiles(Paths(row.files));
-    program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.Start({Open(image)});
-    const BoxRows boxes = program.TakeBoxes();
+    const BoxRows boxes = program.Boxes(Open(image), {Answer::Cancel});
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_EQ(FileOf(boxes[0].text, 1), image);
     EXPECT_EQ(FileOf(boxes[0].text, 3), Paths(row.companion)[0]);
@@ -121,88 +119,63 @@ TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
 TEST(Selection, AProbeThatFailsIsAFileNotFound) {
   for (const FaultKind kind : {FaultKind::Refusal, FaultKind::FaultThrown}) {
     FourVolumes program;
-    program.AddFiles({"E:\\_ISO\\P\\A.volPAK", "E:\\_ISO\\P\\A", "F:\\_ISO\\P\\A"});
-    program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.Start({Open("E:\\_ISO\\P\\A.volPAK")});
+    const auto paths = Paths("E:~A.volPAK E:~A F:~A");
+    program.AddFiles(paths);
+    program.Boxes(Open(paths[0]), {Answer::Cancel});
     const auto searches = program.pc.machine.journal.Only(MaskOf(Op::Find));
     std::size_t nth = 1;
-    while (searches[nth - 1].subject != "F:\\_ISO\\P\\A") ++nth;
-    program.TakeBoxes();
+    while (searches[nth - 1].subject != paths[2]) ++nth;
     program.Plan(kind, MaskOf(Op::Find), nth);
-    program.Do(Open("E:\\_ISO\\P\\A.volPAK"));
-    const BoxRows boxes = program.TakeBoxes();
+    const BoxRows boxes = program.Boxes(Open(paths[0]), {Answer::Cancel});
     ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(FileOf(boxes[0].text, 3), "E:\\_ISO\\P\\A");
+    EXPECT_EQ(FileOf(boxes[0].text, 3), paths[1]);
   }
-}
-
-// What the tool prints, or how long the file is, in place of the truth.
-struct Measure {
-  const char* file;
-  const char* output = nullptr;
-  std::uint64_t bytes = 0;
-};
-
-BoxRow Refusal(const char* title, const std::string& text) {
-  return {title, "ERROR: " + text, Buttons::Ok, Icon::Exclamation};
-}
-
-BoxRow Invalid(const std::string& file) {
-  return Refusal("File invalid", "File " + file +
-                                     " is too small, not accessible/contiguous or not an NTFS "
-                                     "drive!");
 }
 
 TEST(Selection, RefusesWhatATableEntryCannotHold) {
   constexpr std::uint64_t kBeyond2TB = 0x100000000ULL * 512;
-  constexpr const char* kFar = "File offset 0 LBA: 123456789 Sectors: 40\r\n";
-  constexpr const char* kPieces =
-      "File offset 0 LBA: 9 Sectors: 8\r\nFile offset 1000 LBA: 99 "
-      "Sectors: 8\r\n";
-  constexpr const char *kA = "E:\\_ISO\\P\\A.VOLPAKX4D", *kB = "E:\\_ISO\\P\\A",
-                       *kD = "E:\\_ISO\\P\\D";
-  const BoxRow kPiecesBox = {"More than one extent", "", Buttons::Ok, Icon::Exclamation};
-  const BoxRow kToolBox = {"getFileExtents failed", "", Buttons::Ok, Icon::Exclamation};
+  const std::string kPiece = "File offset 0 LBA: 9 Sectors: 8\r\n";
+  const std::string kFar = "File offset 0 LBA: 123456789 Sectors: 40\r\n";
+  const std::string kLastSector = "File offset 0 LBA: FFFFFFFF Sectors: 40\r\n";
+  const std::string kTrue = "-", kPieces = kPiece + kPiece;
+  const char *kBeyond = "File beyond 2TB", *kLarge = "File too large", *kInvalid = "File invalid";
   struct Row {
-    Measure measure;
-    BoxRows boxes;  // a box with an empty text is one of the measuring's own
+    const char *file, *named;  // how the box calls it
+    std::string output;        // of the tool
+    std::uint64_t bytes;       // how long the file is said to be; 0: the truth
+    const char *title, *text;  // of the last box; "" for the question's
+    const char* before;        // the title of the measuring's own box
   };
-  const Row kRows[] = {
-      {{kA, kFar, kBeyond2TB}, {Refusal("File beyond 2TB", "File is beyond 2TB on disk!")}},
-      {{kA, nullptr, kBeyond2TB}, {Refusal("File too large", "File is larger than 2TB!")}},
-      {{kA, ""}, {kToolBox, Invalid("E:\\_ISO\\P\\A.volPAKX4D")}},
-      {{kA, kPieces}, {kPiecesBox, Invalid("E:\\_ISO\\P\\A.volPAKX4D")}},
-      {{kB, kFar}, {Refusal("File beyond 2TB", "File E:\\_ISO\\P\\A is beyond 2TB on disk!")}},
-      {{kB, kFar, kBeyond2TB},
-       {Refusal("File too large", "File E:\\_ISO\\P\\A is larger than 2TB!")}},
-      {{kB, ""}, {kToolBox, Invalid(kB)}},
-      {{kB, kPieces}, {kPiecesBox, Invalid(kB)}},
-      {{kD, kFar}, {Refusal("File beyond 2TB", "File E:\\_ISO\\P\\D is beyond 2TB on disk!")}},
-      {{kD, kFar, kBeyond2TB},
-       {Refusal("File too large", "File E:\\_ISO\\P\\D is larger than 2TB!")}},
-      {{kD, ""}, {kToolBox, Invalid(kD)}},
-      {{kD, "File offset 0 LBA: FFFFFFFF Sectors: 40\r\n", kBeyond2TB - 512},
-       {{kQuestion, "", Buttons::OkCancel}}}};
+  const char* kNotSound = " is too small, not accessible/contiguous or not an NTFS drive!";
+  const char *kIsFar = " is beyond 2TB on disk!", *kIsLarge = " is larger than 2TB!";
+  const char *kFails = "getFileExtents failed", *kInPieces = "More than one extent";
+  const char *kA = "E:\\_ISO\\P\\A.volPAKX4D", *kB = "E:\\_ISO\\P\\A", *kD = "E:\\_ISO\\P\\D";
+  const Row kRows[] = {{kA, "", kFar, kBeyond2TB, kBeyond, kIsFar, ""},
+                       {kA, "", kTrue, kBeyond2TB, kLarge, kIsLarge, ""},
+                       {kA, kA, "", 0, kInvalid, kNotSound, kFails},
+                       {kA, kA, kPieces, 0, kInvalid, kNotSound, kInPieces},
+                       {kB, kB, kFar, 0, kBeyond, kIsFar, ""},
+                       {kB, kB, kFar, kBeyond2TB, kLarge, kIsLarge, ""},
+                       {kB, kB, kPieces, 0, kInvalid, kNotSound, kInPieces},
+                       {kD, kD, kFar, 0, kBeyond, kIsFar, ""},
+                       {kD, kD, kFar, kBeyond2TB, kLarge, kIsLarge, ""},
+                       {kD, kD, "", 0, kInvalid, kNotSound, kFails},
+                       {kD, kD, kLastSector, kBeyond2TB - 512, kQuestion, "", ""}};
   for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(row.measure.file) + " " + row.boxes.back().text);
+    SCOPED_TRACE(std::string(row.file) + row.text + row.before);
     FourVolumes program;
-    program.AddFiles({"E:\\_ISO\\P\\A.volPAKX4D", "E:\\_ISO\\P\\A", "E:\\_ISO\\P\\D"});
+    program.AddFiles({kA, kB, kD});
     program.Start();
-    if (row.measure.output != nullptr) {
-      program.pc.processes.toolTexts[row.measure.file] = row.measure.output;
-    }
-    if (row.measure.bytes != 0) {
-      program.world.e.Find(std::string(row.measure.file).substr(2))->size = row.measure.bytes;
-    }
-    if (row.boxes[0].title == kQuestion) program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-    program.Do(Open("E:\\_ISO\\P\\A.volPAKX4D"));
-    BoxRows shown = program.TakeBoxes();
-    ASSERT_EQ(shown.size(), row.boxes.size());
-    for (std::size_t i = 0; i < shown.size(); ++i) {
-      if (row.boxes[i].text.empty()) shown[i].text.clear();
-    }
-    EXPECT_EQ(shown, row.boxes);
+    if (row.output != kTrue) program.pc.processes.toolTexts[UpperCase(row.file)] = row.output;
+    if (row.bytes != 0) program.world.e.Find(row.file + 2)->size = row.bytes;
+    const bool asked = row.title == kQuestion;
+    const BoxRows shown = program.Boxes(Open(kA), std::vector(asked ? 1 : 0, Answer::Cancel));
+    ASSERT_EQ(shown.size(), *row.before == '\0' ? 1U : 2U);
+    EXPECT_TRUE(shown.size() == 1 || shown[0].title == row.before);
+    const std::string named = *row.named == '\0' ? "" : std::string(" ") + row.named;
+    const BoxRow expected = Warning(row.title, "ERROR: File" + named + row.text);
+    EXPECT_TRUE(asked ? shown.back().title == kQuestion : shown.back() == expected)
+        << testing::PrintToString(shown);
   }
 }
 
@@ -239,11 +212,10 @@ TEST(FileOrder, IsAskedForEachFileBelowAnEarlierOne) {
     program.Put(image, 5'000'000);
     if (row.companion != 0) program.Put(Paths("E:~A")[0], row.companion * 1000);
     if (row.fourth != 0) program.Put(Paths("E:~D")[0], row.fourth * 1000);
-    for (const Answer answer : row.answers) program.pc.toolkit.AnswerNext(answer, kOrderQuestion);
     const bool goesOn = row.answers.empty() || row.answers.back() != kCancel;
-    if (goesOn) program.pc.toolkit.AnswerNext(kCancel, kQuestion);
-    program.Start({Open(image)});
-    BoxRows boxes = program.TakeBoxes();
+    std::vector<Answer> answers = row.answers;
+    if (goesOn) answers.push_back(kCancel);
+    const BoxRows boxes = program.Boxes(Open(image), answers);
     ASSERT_EQ(boxes.size(), row.questions.size() + (goesOn ? 1 : 0));
     for (std::size_t i = 0; i < row.questions.size(); ++i) {
       EXPECT_EQ(boxes[i], WrongOrder(Paths(std::string("E:~") + row.questions[i])[0]));
@@ -255,14 +227,10 @@ TEST(FileOrder, IsAskedForEachFileBelowAnEarlierOne) {
 
 TEST(FileOrder, EqualStartsPass) {
   FourVolumes program;
-  program.AddFiles({"E:\\_ISO\\P\\A.volPAK", "E:\\_ISO\\P\\A"});
+  program.AddFiles(Paths("E:~A.volPAK E:~A"));
   program.Start();
-  for (const char* file : {"E:\\_ISO\\P\\A.VOLPAK", "E:\\_ISO\\P\\A"}) {
-    program.pc.processes.toolTexts[file] = "File offset 0 LBA: 4C4B40 Sectors: 40\r\n";
-  }
-  program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
-  program.Do(Open("E:\\_ISO\\P\\A.volPAK"));
-  EXPECT_EQ(program.TakeBoxes().size(), 1U);
+  program.pc.processes.toolTexts[""] = "File offset 0 LBA: 4C4B40 Sectors: 40\r\n";
+  EXPECT_EQ(program.Boxes(Open(Paths("E:~A.volPAK")[0]), {Answer::Cancel}).size(), 1U);
 }
 
 TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
@@ -272,12 +240,8 @@ TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
   program.Put(companion, 4'000'000);
   program.Put(Paths("E:~D")[0], 5'500'000);
   program.world.e.placements = {{.lba = 6'000'000}};
-  program.pc.toolkit.AnswerNext(Answer::Yes, kOrderQuestion);
-  program.pc.toolkit.AnswerNext(Answer::No,
-                                kOrderQuestion);  // D is below the companion's new place
-  program.pc.toolkit.AnswerNext(Answer::Ok, kQuestion);
-  program.Start({Open(image)});
-  const BoxRows boxes = program.TakeBoxes();
+  // D is below the companion's new place.
+  const BoxRows boxes = program.Boxes(Open(image), {Answer::Yes, Answer::No, Answer::Ok});
   ASSERT_EQ(boxes.size(), 4U);
   EXPECT_EQ(boxes[0], WrongOrder(companion));
   EXPECT_EQ(boxes[1], (BoxRow{companion + " is now last", "OK - Files are now in correct order."}));
@@ -291,8 +255,9 @@ TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
 }
 
 TEST(FileOrder, ARepairThatFailsGoesOnOnlyWithAFileThatCanBeMeasured) {
-  const BoxRow kInvalid = Refusal(
-      "File invalid", "File E:\\_ISO\\P\\A file is before E:\\_ISO\\P\\A.volPAK on the disk!");
+  const auto paths = Paths("E:~A.volPAK E:~A");
+  const BoxRow kInvalid = Warning(
+      "File invalid", "ERROR: File " + paths[1] + " file is before " + paths[0] + " on the disk!");
   struct Row {
     const char* name;
     unsigned pieces;  // that the copy comes to lie in; 0: there is no room for one
@@ -304,19 +269,18 @@ TEST(FileOrder, ARepairThatFailsGoesOnOnlyWithAFileThatCanBeMeasured) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.name);
     FourVolumes program;
-    program.Put("E:\\_ISO\\P\\A.volPAK", 5'000'000);
-    program.Put("E:\\_ISO\\P\\A", 4'000'000);
+    program.Put(paths[0], 5'000'000);
+    program.Put(paths[1], 4'000'000);
     program.world.e.full = row.pieces == 0;
     program.world.e.placements = {{.lba = 6'000'000, .pieces = row.pieces}};
     program.Start();
-    program.pc.toolkit.AnswerNext(Answer::Yes, kOrderQuestion);
-    if (row.goesOn) program.pc.toolkit.AnswerNext(Answer::Cancel, kQuestion);
     int runs = 0;
     program.pc.processes.whileChildRuns = [&] {
       if (++runs == 3 && row.toolStops) program.pc.processes.toolTexts[""] = "";
     };
-    program.Do(Open("E:\\_ISO\\P\\A.volPAK"));
-    const BoxRows boxes = program.TakeBoxes();
+    std::vector<Answer> answers{Answer::Yes};
+    if (row.goesOn) answers.push_back(Answer::Cancel);
+    const BoxRows boxes = program.Boxes(Open(paths[0]), answers);
     EXPECT_EQ(boxes.back() == kInvalid, !row.goesOn);
     EXPECT_EQ(boxes.back().title == kQuestion, row.goesOn);
     EXPECT_NE(program.world.e.Find("\\_ISO\\P\\A"), nullptr);
