@@ -26,6 +26,13 @@ int FaultOf(Statement&& statement) {
   return 0;
 }
 
+// The file at path as a search gives it.
+inline FindData Find(Platform& p, const std::string& path) {
+  FindData found;
+  p.files->FindClose(p.files->FindFirstFileA(path, found));
+  return found;
+}
+
 // All checks of a case, so that a failing one names itself.
 class Checks {
  public:
@@ -38,8 +45,7 @@ class Checks {
   std::string wrong_;
 };
 
-inline std::string AppendMakesAndGrows(Platform& p, const std::string& folder) {
-  Checks check;
+inline void AppendMakesAndGrows(Platform& p, const std::string& folder, Checks& check) {
   const std::string path = folder + "a log.txt";
   p.files->AppendLine(path, "one");
   check(p.files->ReadTextFile(path) == "one\r\n", "the first line makes the file");
@@ -47,11 +53,9 @@ inline std::string AppendMakesAndGrows(Platform& p, const std::string& folder) {
   check(p.files->ReadTextFile(path) == "one\r\n\r\n", "an empty line is a line end");
   p.files->FileDelete(path);
   check(p.files->GetFileAttributesA(path) == kInvalidAttributes, "deleted");
-  return check.Wrong();
 }
 
-inline std::string StatementsFault(Platform& p, const std::string& folder) {
-  Checks check;
+inline void StatementsFault(Platform& p, const std::string& folder, Checks& check) {
   const std::string none = folder + "none.txt", away = folder + "no folder\\x.txt";
   const std::string a = folder + "a.txt", b = folder + "b.txt";
   p.files->AppendLine(a, "a");
@@ -72,35 +76,24 @@ inline std::string StatementsFault(Platform& p, const std::string& folder) {
   check(f.ReadTextFile(a) == "a\r\n" && f.ReadTextFile(b) == "b\r\n", "both files as before");
   f.FileDelete(a);
   f.FileDelete(b);
-  return check.Wrong();
 }
 
-inline std::string CopyAndRename(Platform& p, const std::string& folder) {
-  Checks check;
+inline void CopyAndRename(Platform& p, const std::string& folder, Checks& check) {
   const std::string a = folder + "from.txt", b = folder + "to.txt", c = folder + "TO2.txt";
   p.files->AppendLine(a, "new");
   p.files->AppendLine(b, "old and longer");
   p.files->FileCopy(a, b);
   check(p.files->ReadTextFile(b) == "new\r\n", "a copy overwrites");
-  FindData original, copy;
-  const Handle search1 = p.files->FindFirstFileA(a, original);
-  const Handle search2 = p.files->FindFirstFileA(b, copy);
-  p.files->FindClose(search1);
-  p.files->FindClose(search2);
-  check(original.lastWriteTime != 0, "a file has a time");
-  check(original.lastWriteTime == copy.lastWriteTime, "a copy has its original's time");
+  check(Find(p, a).lastWriteTime != 0, "a file has a time");
+  check(Find(p, a).lastWriteTime == Find(p, b).lastWriteTime, "a copy has its original's time");
   p.files->FileRename(b, c);
   check(p.files->GetFileAttributesA(b) == kInvalidAttributes, "the old name is gone");
-  FindData renamed;
-  p.files->FindClose(p.files->FindFirstFileA(folder + "to2.TXT", renamed));
-  check(renamed.name == "TO2.txt", "names match in any case and keep theirs");
+  check(Find(p, folder + "to2.TXT").name == "TO2.txt", "names match in any case and keep theirs");
   p.files->FileDelete(a);
   p.files->FileDelete(c);
-  return check.Wrong();
 }
 
-inline std::string Searches(Platform& p, const std::string& folder) {
-  Checks check;
+inline void Searches(Platform& p, const std::string& folder, Checks& check) {
   const std::string sub = folder + "sub.volPAK";
   if (p.files->GetFileAttributesA(sub) == kInvalidAttributes) p.files->MakeFolder(sub);
   for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
@@ -120,24 +113,18 @@ inline std::string Searches(Platform& p, const std::string& folder) {
     check(names.find(name) != std::string::npos, name);
   }
   check(names.find("d.txt") == std::string::npos, "d.txt doesn't match");
-  search = p.files->FindFirstFileA(sub + "\\*", found);
-  check(found.name == ".", "a folder's first entry is itself");
-  p.files->FindClose(search);
-  search = p.files->FindFirstFileA(sub, found);
-  check((found.attributes & kAttributeDirectory) != 0, "folders are found");
-  p.files->FindClose(search);
-  check(p.files->FindFirstFileA(sub + "\\*.none", found) == kInvalidHandle, "no match: -1");
-  check(p.files->FindFirstFileA(folder + "none\\*", found) == kInvalidHandle, "no folder: -1");
-  check(p.files->FindFirstFileA("", found) == kInvalidHandle, "no pattern: -1");
+  check(Find(p, sub + "\\*").name == ".", "a folder's first entry is itself");
+  check((Find(p, sub).attributes & kAttributeDirectory) != 0, "folders are found");
+  for (const std::string& none : {sub + "\\*.none", folder + "none\\*", std::string()}) {
+    check(p.files->FindFirstFileA(none, found) == kInvalidHandle, "finds nothing: -1");
+  }
   check((p.files->GetFileAttributesA(sub) & kAttributeDirectory) != 0, "attributes of a folder");
   for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
     p.files->FileDelete(sub + "\\" + name);
   }
-  return check.Wrong();
 }
 
-inline std::string BinaryRead(Platform& p, const std::string& folder) {
-  Checks check;
+inline void BinaryRead(Platform& p, const std::string& folder, Checks& check) {
   const std::string path = folder + "short.bin";
   p.files->AppendLine(path, "1234");
   std::uint8_t data[16];
@@ -146,11 +133,9 @@ inline std::string BinaryRead(Platform& p, const std::string& folder) {
   check(std::memcmp(data, "1234\r\n", 6) == 0 && data[6] == 0xEE, "and touches nothing behind it");
   check(p.files->ReadBinaryFile(path, data, 2) == 2, "no more than asked");
   p.files->FileDelete(path);
-  return check.Wrong();
 }
 
-inline std::string FileHandles(Platform& p, const std::string& folder) {
-  Checks check;
+inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   const std::string path = folder + "handle.bin";
   p.files->AppendLine(path, "0123456789");
   Devices& d = *p.devices;
@@ -176,14 +161,13 @@ inline std::string FileHandles(Platform& p, const std::string& folder) {
             kInvalidHandle,
         "no file: -1");
   p.files->FileDelete(path);
-  return check.Wrong();
 }
 
 }  // namespace contract
 
 struct ContractCase {
   const char* name;
-  std::string (*run)(Platform& platform, const std::string& folder);
+  void (*run)(Platform& platform, const std::string& folder, contract::Checks& check);
 };
 
 inline constexpr ContractCase kContract[] = {
@@ -198,8 +182,10 @@ inline constexpr ContractCase kContract[] = {
 // Runs one case; a Fault that nobody asked for is wrong as well.
 inline std::string RunCase(const ContractCase& contractCase, Platform& platform,
                            const std::string& folder) {
+  contract::Checks check;
   try {
-    return contractCase.run(platform, folder);
+    contractCase.run(platform, folder, check);
+    return check.Wrong();
   } catch (const Fault& fault) {
     return "unasked fault " + std::to_string(fault.number);
   }
