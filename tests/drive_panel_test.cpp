@@ -12,6 +12,7 @@
 namespace {
 
 using Texts = std::vector<std::string>;
+using Preparation = std::function<void(ProgramOnPc&)>;
 
 // 14 GiB is what 1945 cylinders of the stick come to.
 const std::string kE = "E: DRIVE 1  TSD      14GiB Tessel USB Stick               ";
@@ -33,17 +34,9 @@ void GiveBootCode(VirtualDisk& disk) {
   disk.SetSector(0, mbr);
 }
 
-void SetType(ProgramOnPc& p, std::size_t entry, std::uint8_t type) {
-  VirtualSector mbr = p.world.stick.Sector(0);
-  mbr[450 + 16 * (entry - 1)] = type;
-  p.world.stick.SetSector(0, mbr);
-}
-
 TEST(DrivePanel, DrivesOnOffer) {
   const Texts both{kE, kF}, none;
   const Texts onDrive4{"E: DRIVE 4" + kE.substr(10), "F: DRIVE 4" + kF.substr(10)};
-  const Texts withoutLabel{"E: DRIVE 1  " + kE.substr(15), kF};
-  const Texts withZ{kE, kF, "Z" + kC.substr(1)};
   const auto asDrive4 = [](int furtherLetters) {
     return [=](ProgramOnPc& p) {
       p.world.stick.number = 4;
@@ -57,7 +50,7 @@ TEST(DrivePanel, DrivesOnOffer) {
   };
   const struct {
     const char* name;
-    std::function<void(ProgramOnPc&)> prepare;
+    Preparation prepare;
     Texts rows;
   } rows[] = {
       {"stick with two volumes", [](auto&) {}, both},
@@ -69,9 +62,11 @@ TEST(DrivePanel, DrivesOnOffer) {
       {"no size", [](auto& p) { p.world.stick.bytes = 8'225'279; }, none},
       {"number 4 of 4 letters", asDrive4(0), none},
       {"number 4 of 5 letters", asDrive4(1), onDrive4},
-      {"label not told", [](auto& p) { p.world.e.label = "14 characters."; }, withoutLabel},
+      {"label not told",
+       [](auto& p) { p.world.e.label = "14 characters."; },
+       {"E: DRIVE 1  " + kE.substr(15), kF}},
       {"label of blanks", [](auto& p) { p.world.f.label = "  "; }, both},
-      {"letters sort, not numbers", secondStick, withZ},
+      {"letters sort, not numbers", secondStick, {kE, kF, "Z" + kC.substr(1)}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -92,8 +87,7 @@ TEST(DrivePanel, DrivesOnOffer) {
 TEST(DrivePanel, FirstRowIsSelectedAnew) {
   ProgramOnPc p;
   p.Start({Pick(Control::Combo1, "F:")});
-  EXPECT_EQ(MYDRIVE, "F:");
-  EXPECT_EQ(Physical_Drive_no, 1);
+  EXPECT_EQ(MYDRIVE + std::to_string(Physical_Drive_no), "F:1");
   EXPECT_EQ(p.Rows(Control::List1), Texts()) << "no images on the second volume";
   EXPECT_TRUE(p.Enabled(Control::cmdRestoreTSD));
   p.Do(Click(Control::cmdRefreshDrive));
@@ -109,8 +103,7 @@ TEST(DrivePanel, RowsTellTheBytesWhileLoggingIsOn) {
   EXPECT_EQ(p.Rows(Control::Combo1),
             (Texts{kE + " 15,998,169,600 Bytes ", kF + " 15,998,169,600 Bytes "}));
   const Texts log = p.TakeLog();
-  const auto at = std::find(log.begin(), log.end(), "rgbGetVolume F: TSD 1A2B-3C4D");
-  EXPECT_NE(at, log.end());
+  EXPECT_EQ(std::count(log.begin(), log.end(), "rgbGetVolume F: TSD 1A2B-3C4D"), 1);
   EXPECT_EQ(log.front(), "Drive1_Change");
 }
 
@@ -118,42 +111,46 @@ TEST(DrivePanel, ShowingAllDrives) {
   ProgramOnPc p;
   GiveBootCode(p.world.systemDisk);
   p.Start();
-  p.pc.toolkit.AnswerNext(Answer::Cancel);
-  p.Do(Click(Control::chkShowAll));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows{kShowAll});
-  EXPECT_FALSE(p.pc.toolkit.At(Control::chkShowAll).ticked);
-  EXPECT_FALSE(ShowAllDrives);
-  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kE, kF}));
-  p.pc.toolkit.AnswerNext(Answer::Ok);
-  p.Do(Click(Control::chkShowAll));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows{kShowAll});
-  EXPECT_TRUE(ShowAllDrives);
-  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kC, kE, kF}));
-  EXPECT_EQ(MYDRIVE, "C:");
-  p.Do(Click(Control::chkShowAll));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows()) << "taking the tick away asks nothing";
-  EXPECT_FALSE(ShowAllDrives);
-  EXPECT_EQ(p.Rows(Control::Combo1), (Texts{kE, kF}));
+  const struct {
+    const char* name;
+    BoxRows boxes;
+    Answer answer;
+    bool all;
+  } rows[] = {{"cancelled", {kShowAll}, Answer::Cancel, false},
+              {"confirmed", {kShowAll}, Answer::Ok, true},
+              {"tick taken away, which asks nothing", {}, Answer::Ok, false}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    if (!row.boxes.empty()) p.pc.toolkit.AnswerNext(row.answer);
+    p.Do(Click(Control::chkShowAll));
+    EXPECT_EQ(p.TakeBoxes(), row.boxes);
+    EXPECT_EQ(p.pc.toolkit.At(Control::chkShowAll).ticked, row.all);
+    EXPECT_EQ(ShowAllDrives, row.all);
+    EXPECT_EQ(p.Rows(Control::Combo1), row.all ? (Texts{kC, kE, kF}) : (Texts{kE, kF}));
+    EXPECT_EQ(MYDRIVE, row.all ? "C:" : "E:");
+  }
 }
 
 TEST(DrivePanel, ButtonsFollowTheTable) {
   const struct {
     const char* name;
-    std::function<void(ProgramOnPc&)> prepare;
-    bool swap;
+    std::size_t at;  // byte of the table that is changed; 0: none
+    const char* byte;
+    bool removable, swap;
   } rows[] = {
-      {"two partitions", [](auto&) {}, true},
-      {"fixed drive", [](auto& p) { p.world.stick.removable = false; }, false},
-      {"first is 0x21", [](auto& p) { SetType(p, 1, 0x21); }, false},
-      {"second is 0x21", [](auto& p) { SetType(p, 2, 0x21); }, false},
-      {"second is empty", [](auto& p) { SetType(p, 2, 0); }, false},
-      {"first has a bad boot byte", [](auto& p) { p.world.stick.Put(0, 446, "\x81"); }, false},
-      {"no signature", [](auto& p) { p.world.stick.Put(0, 510, "x"); }, false},
+      {"two partitions", 0, "", true, true},
+      {"fixed drive", 0, "", false, false},
+      {"first is 0x21", 450, "\x21", true, false},
+      {"second is 0x21", 466, "\x21", true, false},
+      {"second is empty", 466, "", true, false},
+      {"first has a bad boot byte", 446, "\x81", true, false},
+      {"no signature", 510, "x", true, false},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     ProgramOnPc p;
-    row.prepare(p);
+    p.world.stick.removable = row.removable;
+    if (row.at != 0) p.world.stick.Put(0, row.at, std::string(row.byte, 1));
     EXPECT_EQ(p.Start({Pick(Control::Combo1, "E:")}), RunEnd::Returned);
     EXPECT_EQ(p.Enabled(Control::cmdSwitchPtns), row.swap);
     EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
@@ -190,8 +187,7 @@ TEST(DrivePanel, SearchFolderTick) {
   none.world.stick.plugged = false;
   none.Start({Click(Control::Chk_ISO)});
   EXPECT_EQ(none.TakeBoxes(), BoxRows{ReadFailed("99")});
-  EXPECT_EQ(MYDRIVE, ":");
-  EXPECT_EQ(Physical_Drive_no, 99);
+  EXPECT_EQ(MYDRIVE + std::to_string(Physical_Drive_no), ":99");
 }
 
 TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
@@ -199,10 +195,7 @@ TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
     std::size_t name;  // length of an image's name; a character is 6 pixels wide
     bool companion;
     std::vector<std::intptr_t> extents;
-  } rows[] = {{20, false, {6}},
-              {81, false, {6}},
-              {82, false, {6, 90 * 6 + 6}},
-              {220, true, {6, 32767 / 15 + 6}}};
+  } rows[] = {{81, false, {6}}, {82, false, {6, 90 * 6 + 6}}, {220, true, {6, 32767 / 15 + 6}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     ProgramOnPc p;
@@ -211,10 +204,9 @@ TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
     if (row.companion) p.world.f.AddText("\\_ISO\\" + stem, "x");
     p.Start();
     std::vector<std::intptr_t> extents;
-    for (const auto& message : p.pc.toolkit.sent) {
-      EXPECT_EQ(message.control, Control::List1);
-      EXPECT_EQ(message.message, 0x194U);
-      extents.push_back(message.wParam);
+    for (const auto& sent : p.pc.toolkit.sent) {
+      EXPECT_TRUE(sent.control == Control::List1 && sent.message == 0x194U);
+      extents.push_back(sent.wParam);
     }
     EXPECT_EQ(extents, row.extents);
   }
@@ -223,22 +215,16 @@ TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
 TEST(DrivePanel, LabelAndSerialOfAVolume) {
   ProgramOnPc p;
   p.Prepare();
-  std::string label, serial;
-  const struct {
-    const char *volume, *label, *serial;
-  } rows[] = {{"E:", "TSD", "1A2B-3C4D"},
-              {"F:", "(no label)", "5566-7788"},
-              {"C:", "System", "C0DE-C0DE"},
-              {"Q:", "", ""}};
-  p.world.f.serial = 0x55667788;
-  for (const auto& row : rows) {
-    rgbGetVolume(row.volume, label, serial);
-    EXPECT_EQ(label, row.label);
-    EXPECT_EQ(serial, row.serial);
+  p.world.f.serial = 0x000A0001;
+  const Texts rows[] = {{"E:", "TSD", "1A2B-3C4D"},
+                        {"F:", "(no label)", "000A-0001"},
+                        {"C:", "System", "C0DE-C0DE"},
+                        {"Q:", "", ""}};
+  for (const Texts& row : rows) {
+    Texts told{row[0], "old", "old"};
+    rgbGetVolume(told[0], told[1], told[2]);
+    EXPECT_EQ(told, row);
   }
-  p.world.e.serial = 0x000A0001;
-  rgbGetVolume("E:", label, serial);
-  EXPECT_EQ(serial, "000A-0001");
 }
 
 }  // namespace
