@@ -1,4 +1,6 @@
 // One sector between a disk and the buffer, lengths of files, which drive a letter is on.
+#include <functional>
+
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
@@ -43,25 +45,23 @@ TEST_F(RawSectors, ReadIsOneClosedSequence) {
 TEST_F(RawSectors, ReadIsTriedTwice) {
   const struct {
     const char* name;
-    FaultKind kind;
-    Op op;
-    bool sectorIsBad, refusesOpen, read;
+    std::function<void(ProgramOnPc&)> prepare;
+    bool read;
     std::size_t reads;
   } rows[] = {
-      {"first read fails", FaultKind::Refusal, Op::Read, false, false, true, 2},
-      {"first read is short", FaultKind::ShortTransfer, Op::Read, false, false, true, 2},
-      {"first seek fails", FaultKind::Refusal, Op::Seek, false, false, true, 1},
-      {"both reads fail", FaultKind::None, Op::Read, true, false, false, 2},
-      {"disk won't open", FaultKind::None, Op::Read, false, true, false, 0},
+      {"first read fails", [](auto& q) { q.Plan(FaultKind::Refusal, MaskOf(Op::Read)); }, true, 2},
+      {"first read is short", [](auto& q) { q.Plan(FaultKind::ShortTransfer, MaskOf(Op::Read)); },
+       true, 2},
+      {"first seek fails", [](auto& q) { q.Plan(FaultKind::Refusal, MaskOf(Op::Seek)); }, true, 1},
+      {"both reads fail", [](auto& q) { q.world.stick.unreadable.insert(60); }, false, 2},
+      {"disk won't open", [](auto& q) { q.world.stick.refusesOpen = true; }, false, 0},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     ProgramOnPc q;
     q.Prepare();
     q.world.stick.SetSector(60, FilledSector(0x5A));
-    if (row.sectorIsBad) q.world.stick.unreadable.insert(60);
-    q.world.stick.refusesOpen = row.refusesOpen;
-    q.Plan(row.kind, MaskOf(row.op));
+    row.prepare(q);
     EXPECT_EQ(ReadandParseSector("E:", 60), row.read);
     EXPECT_EQ(q.Lines(MaskOf(Op::Read)).size(), row.reads);
     EXPECT_EQ(q.pc.machine.clock.Elapsed(), 50U);
@@ -108,13 +108,12 @@ TEST_F(RawSectors, OffsetsBeyond32Bits) {
 
 TEST_F(RawSectors, HighestDriveIs80) {
   for (const int number : {80, 81}) {
-    SCOPED_TRACE(number);
     const std::string volume = number == 80 ? "H:" : "I:";
     VirtualDisk& disk = AddBigDisk(number, volume[0]);
     SectorBuffer.assign(512, 0x77);
     EXPECT_EQ(WriteSector(number, 30), number == 80);
     EXPECT_EQ(ReadandParseSector(volume, 30), number == 80);
-    EXPECT_EQ(disk.Contents().size(), number == 80 ? 1U : 0U);
+    EXPECT_EQ(disk.Contents().empty(), number != 80);
     EXPECT_EQ(Physical_Drive_no, number);
   }
 }
@@ -161,18 +160,14 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
   SectorBuffer.assign(512, 0x77);
   EXPECT_FALSE(WriteSector(0, 5));
   EXPECT_EQ(p.Lines(kAnyOp), Lines()) << "refused without a box and without a look";
-
   ShowAllDrives = true;
-  p.pc.toolkit.AnswerNext(Answer::Cancel);
-  EXPECT_FALSE(WriteSector(0, 5));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows{warning});
-  EXPECT_EQ(Count(Op::Write), 0U);
-  p.pc.toolkit.AnswerNext(Answer::Ok);
-  EXPECT_TRUE(WriteSector(0, 5));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows{warning}) << "Cancel is no lasting answer";
-  EXPECT_TRUE(WriteSector(0, 6));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows()) << "OK is";
-
+  for (const Answer answer : {Answer::Cancel, Answer::Ok}) {
+    p.pc.toolkit.AnswerNext(answer);
+    EXPECT_EQ(WriteSector(0, 5), answer == Answer::Ok);
+    EXPECT_EQ(p.TakeBoxes(), BoxRows{warning}) << "Cancel is no lasting answer";
+    EXPECT_EQ(Count(Op::Write), answer == Answer::Ok ? 1U : 0U);
+  }
+  EXPECT_TRUE(WriteSector(0, 6)) << "OK is";
   Form1.WRITES_OK = false;
   p.world.systemDisk.bus = kBusUsb;
   EXPECT_TRUE(WriteSector(0, 7));
@@ -182,31 +177,24 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
 }
 
 TEST_F(RawSectors, LengthsOfFiles) {
-  p.world.c.AddFile("\\4g", 4294967296, 20'000'000);
-  p.world.c.AddFile("\\3g", 3'000'000'000, 60'000'000);
-  p.world.c.AddFile("\\5g", 5'368'709'121, 80'000'000);
-  p.world.c.AddText("\\hidden", "1234567").attributes = kAttributeHidden | kAttributeSystem;
-  p.world.c.AddText("\\empty", "");
-  const struct {
-    const char* path;
-    std::uint64_t length;
-  } rows[] = {{"C:\\4g", 4294967296}, {"C:\\3g", 3'000'000'000}, {"C:\\5g", 5'368'709'121},
-              {"C:\\hidden", 7},      {"C:\\empty", 0},          {"C:\\none", 0},
-              {"Q:\\none", 0}};
-  for (const auto& row : rows) EXPECT_EQ(FileLenA(row.path), row.length) << row.path;
+  std::uint64_t at = 0;
+  for (const std::uint64_t bytes :
+       {0ULL, 7ULL, 3'000'000'000ULL, 4294967296ULL, 5'368'709'121ULL}) {
+    p.world.c.AddFile("\\" + std::to_string(bytes), bytes, at += 20'000'000).attributes =
+        kAttributeHidden | kAttributeSystem;
+    EXPECT_EQ(FileLenA("C:\\" + std::to_string(bytes)), bytes);
+  }
+  for (const char* none : {"C:\\none", "Q:\\none", "C:\\Temp"}) EXPECT_EQ(FileLenA(none), 0U);
 }
 
 TEST_F(RawSectors, DriveOfALetterAndItsBus) {
   p.pc.AddLetter('N', 0);
   p.pc.RenewTables();
-  const struct {
-    const char* volume;
-    std::int32_t drive;
-  } rows[] = {{"C:", 0}, {"E:", 1}, {"F:", 1}, {"D:", 99}, {"N:", 99}, {"Q:", 99}};
-  for (const auto& row : rows) EXPECT_EQ(GetPhysDriveNo(row.volume), row.drive) << row.volume;
-  EXPECT_FALSE(IsUsbDrive(0));
+  const std::pair<const char*, int> rows[] = {{"C:", 0},  {"E:", 1},  {"F:", 1},
+                                              {"D:", 99}, {"N:", 99}, {"Q:", 99}};
+  for (const auto& [volume, drive] : rows) EXPECT_EQ(GetPhysDriveNo(volume), drive) << volume;
+  EXPECT_FALSE(IsUsbDrive(0) || IsUsbDrive(7));
   EXPECT_TRUE(IsUsbDrive(1));
-  EXPECT_FALSE(IsUsbDrive(7));
   p.world.stick.answersBus = false;
   EXPECT_FALSE(IsUsbDrive(1));
 }
