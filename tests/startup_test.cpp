@@ -29,27 +29,25 @@ BoxRow Report(const std::string& what) {
   return {kTitle, what + " Me.Name=Form1.Form_Load Erl=0"};
 }
 
-BoxRow CopyFailed() {
-  return {"Copy GFE file to TMP failed",
-          "WARNING: No TMP variable found in Windows environment or cannot copy file to "
-          "C:\\Temp\\getFileExtents.exe",
-          Buttons::Ok, Icon::Exclamation};
+const BoxRow kCopyFailed{
+    "Copy GFE file to TMP failed",
+    "WARNING: No TMP variable found in Windows environment or cannot copy file to "
+    "C:\\Temp\\getFileExtents.exe",
+    Buttons::Ok, Icon::Exclamation};
+
+BoxRow Rights(const std::string& title, const std::string& text, const std::string& toolText) {
+  return {title,
+          text + "\r\n\r\n" + kCommand + "\r\nfailed to return any values.\r\n\r\n" + toolText,
+          Buttons::Ok, Icon::Stop};
 }
 
 BoxRow NoRights(const std::string& toolText) {
-  return {"Run as Admin (GFE size test failed)",
-          "WARNING: Please check you used 'Run as Administrator' and the target file is not on a "
-          "RAM or Compressed Disk.\r\nNote: You can ignore this warning if using Windows PE or an "
-          "encrypted drive.\r\n\r\n" +
-              std::string(kCommand) + "\r\nfailed to return any values.\r\n\r\n" + toolText,
-          Buttons::Ok, Icon::Stop};
-}
-
-BoxRow Denied(const std::string& toolText) {
-  return {"Run as Admin test (Access denied)",
-          "ERROR: Please use 'Run as Administrator'.\r\n\r\n\r\n" + std::string(kCommand) +
-              "\r\nfailed to return any values.\r\n\r\n" + toolText,
-          Buttons::Ok, Icon::Stop};
+  return Rights(
+      "Run as Admin (GFE size test failed)",
+      "WARNING: Please check you used 'Run as Administrator' and the target file is not on "
+      "a RAM or Compressed Disk.\r\nNote: You can ignore this warning if using Windows PE "
+      "or an encrypted drive.",
+      toolText);
 }
 
 void AddPe(ProgramOnPc& p, bool tempThere) {
@@ -126,13 +124,15 @@ TEST(Startup, BoxesAndEnds) {
   const std::string hasOffset = "offset? Access is denied";
   const std::string upper = "offset ACCESS is denied";
   const std::string incorrect = hasOffset + " GETNEXTTRANSLATION: incorrect function";
-  const BoxRows none, copyFailed{CopyFailed()}, denied{Denied(hasOffset)},
+  const BoxRows none, copyFailed{kCopyFailed},
+      denied{Rights("Run as Admin test (Access denied)",
+                    "ERROR: Please use 'Run as Administrator'.\r\n", hasOffset)},
       otherText{NoRights(upper)};
   const BoxRows missing{{"Missing file!",
                          "Error: getFileExtents.exe helper file not found at C:\\Rotate",
                          Buttons::Ok, Icon::Stop}};
-  const BoxRows refused{Report("Err.Number=70 Err.Description=Permission denied"), CopyFailed()};
-  const BoxRows noRoom{Report("Err.Number=61 Err.Description=Disk full"), CopyFailed()};
+  const BoxRows refused{Report("Err.Number=70 Err.Description=Permission denied"), kCopyFailed};
+  const BoxRows noRoom{Report("Err.Number=61 Err.Description=Disk full"), kCopyFailed};
   const BoxRows twice{Failed("C:\\Rotate\\getFileExtents.exe"),
                       Failed("C:\\Temp\\getFileExtents.exe"), NoRights("")};
   const char *temp = "C:\\Temp\\getFileExtents.exe", *root = "C:\\getFileExtents.exe";
