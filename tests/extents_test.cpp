@@ -7,25 +7,26 @@
 
 namespace {
 
+using Texts = std::vector<std::string>;
+
 constexpr const char* kImage = "E:\\_ISO\\Rescue.volPAK";
 constexpr const char* kOutput = "C:\\Temp\\GFE_Output.txt";
 constexpr const char* kCommand =
     "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" "
     "\"E:\\_ISO\\Rescue.volPAK\" > \"C:\\Temp\\GFE_Output.txt\"";
 
-BoxRow ToolFailed(const std::string& command = kCommand) {
-  return {"getFileExtents failed",
-          std::string("ERROR GETTING START SECTOR FROM ") + kOutput + "\r\n\r\n" + command + "\r\n",
-          Buttons::Ok, Icon::Exclamation};
+BoxRow ToolFailed() {
+  return {
+      "getFileExtents failed",
+      std::string("ERROR GETTING START SECTOR FROM ") + kOutput + "\r\n\r\n" + kCommand + "\r\n",
+      Buttons::Ok, Icon::Exclamation};
 }
 
-BoxRow InPieces(const std::string& file) {
-  return {"More than one extent",
-          "ERROR: File is not contiguous.\r\n"
-          "Please run \\PACK_FILES_TOGETHER.cmd or use Defraggler.\r\n\r\n" +
-              file,
-          Buttons::Ok, Icon::Exclamation};
-}
+const BoxRow kInPieces{"More than one extent",
+                       "ERROR: File is not contiguous.\r\n"
+                       "Please run \\PACK_FILES_TOGETHER.cmd or use Defraggler.\r\n\r\n"
+                       "E:\\_ISO\\Rescue.volPAK",
+                       Buttons::Ok, Icon::Exclamation};
 
 // The tool is in its place, and the fields hold an earlier file's results.
 struct Measuring : ProgramOnPc {
@@ -72,39 +73,33 @@ TEST(Extents, OutputsOfTheTool) {
     m.pc.processes.toolTexts[UpperCase(kImage)] = row.text;
     GetFileStart(kImage);
     BoxRows boxes;
-    if (row.outcome == kPieces) boxes = {InPieces(kImage)};
+    if (row.outcome == kPieces) boxes = {kInPieces};
     if (row.outcome == kBox) boxes = {ToolFailed()};
     EXPECT_EQ(m.TakeBoxes(), boxes);
     EXPECT_EQ(Form1.GFE_Command, kCommand);
-    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)),
-              std::vector<std::string>{std::string("shell ") + kCommand + " style=0 ok"});
+    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), Texts{std::string("shell ") + kCommand + " style=0 ok"});
     EXPECT_EQ(Form1.FStart, row.start);
     EXPECT_EQ(Form1.FStartSectors.ToDecimal(), row.startSectors);
     EXPECT_EQ(Form1.MoreThanOneExtent, row.outcome == kPieces);
     EXPECT_EQ(Form1.GFE_Text, row.outcome == kBox ? "" : row.text);
     // Of the file, whatever the tool counts.
     EXPECT_EQ(Form1.FLength, row.outcome == kMeasured ? "20000" : "old length");
-    if (row.outcome == kMeasured) {
-      EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), "131072");
-    }
-    if (row.outcome == kBox) {
-      EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), "0");
-    }
+    EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), row.outcome == kMeasured ? "131072"
+                                                : row.outcome == kBox    ? "0"
+                                                                         : "2");
     EXPECT_FALSE(m.OutputIsThere());
   }
 }
 
 TEST(Extents, LengthIsWholeSectorsOfTheFile) {
-  const struct {
-    std::uint64_t bytes;
-    const char* hex;
-  } rows[] = {{1, "1"}, {512, "1"}, {513, "2"}, {5'000'000'000, "9502F9"}};
-  for (const auto& row : rows) {
+  const std::pair<std::uint64_t, const char*> rows[] = {
+      {1, "1"}, {512, "1"}, {513, "2"}, {5'000'000'000, "9502F9"}};
+  for (const auto& [bytes, hex] : rows) {
     Measuring m;
-    m.world.e.AddFile("\\with a blank", row.bytes, 4'000'000);
+    m.world.e.AddFile("\\with a blank", bytes, 4'000'000);
     GetFileStart("E:\\with a blank");
     EXPECT_EQ(Form1.FStart, "3D0900");
-    EXPECT_EQ(Form1.FLength, row.hex) << row.bytes;
+    EXPECT_EQ(Form1.FLength, hex) << bytes;
   }
   Measuring m;
   m.world.e.AddText("\\empty", "");
@@ -144,7 +139,7 @@ TEST(Extents, ChildThatFailsGivesNoOldResult) {
     EXPECT_EQ(Form1.FStart, row.measured ? "30D40" : "old start");
     EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), row.measured ? "131072" : "0");
     EXPECT_LE(m.pc.machine.clock.Elapsed(), 60'000U);
-    EXPECT_EQ(m.pc.processes.StillRunning(), std::vector<std::string>());
+    EXPECT_EQ(m.pc.processes.StillRunning(), Texts());
     EXPECT_FALSE(m.OutputIsThere());
   }
 }
@@ -159,8 +154,8 @@ TEST(Extents, NamesThatTheInterpreterWouldChangeAreNotMeasured) {
                          std::string(file),
                      Buttons::Ok, Icon::Exclamation};
     EXPECT_EQ(m.TakeBoxes(), BoxRows{box});
-    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), std::vector<std::string>());
-    EXPECT_EQ(Form1.FStartSectors.ToDecimal(), "0");
+    EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), Texts());
+    EXPECT_EQ(Form1.FStartSectors.ToDecimal() + Form1.FLengthSectors.ToDecimal(), "00");
   }
 }
 
@@ -170,29 +165,29 @@ TEST(Extents, OutputFileWithoutAFolder) {
   GetFileStart(kImage);
   EXPECT_EQ(Form1.GFE_File, "GFE.txt");
   EXPECT_EQ(Form1.FStart, "30D40");
-  EXPECT_EQ(m.Lines(MaskOf(Op::Delete)), std::vector<std::string>{"delete GFE.txt ok"});
+  EXPECT_EQ(m.Lines(MaskOf(Op::Delete)), Texts{"delete GFE.txt ok"});
 }
 
 TEST(Extents, LogTellsEachStep) {
   Measuring m;
-  m.pc.processes.toolTexts[UpperCase(kImage)] = "File offset 0 LBA: 1f800 Sectors: 20018\r\n";
+  std::string& output = m.pc.processes.toolTexts[UpperCase(kImage)];
+  output = "File offset 0 LBA: 1f800 Sectors: 20018\r\n";
   m.TurnLoggingOn();
   GetFileStart(kImage);
-  std::vector<std::string> log = m.TakeLog();
+  Texts log = m.TakeLog();
   std::erase_if(log, [](const std::string& line) { return line.starts_with("-------"); });
-  EXPECT_EQ(log, (std::vector<std::string>{
-                     "GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
-                     "GetFileStart 100", "GetFileStart 200", "GetFileStart 205", "GetFileStart 210",
-                     "GFE FileLength=131096 20018    NEW=131072 20000", "GetFileStart 215",
-                     "E:\\_ISO\\Rescue.volPAK Start (sectors)=129024 (1f800 hex)  Length "
-                     "(sectors)=131072 (20000 hex)",
-                     "GetFileStart ended"}));
+  EXPECT_EQ(log,
+            (Texts{"GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
+                   "GetFileStart 100", "GetFileStart 200", "GetFileStart 205", "GetFileStart 210",
+                   "GFE FileLength=131096 20018    NEW=131072 20000", "GetFileStart 215",
+                   "E:\\_ISO\\Rescue.volPAK Start (sectors)=129024 (1f800 hex)  Length "
+                   "(sectors)=131072 (20000 hex)",
+                   "GetFileStart ended"}));
   EXPECT_TRUE(m.OutputIsThere()) << "with logging on the output stays";
-  m.pc.processes.toolTexts[UpperCase(kImage)] = "";
+  output = "";
   GetFileStart(kImage);
-  EXPECT_EQ(m.TakeLog(), (std::vector<std::string>{
-                             "GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
-                             "GetFileStart 100", "GetFileStart 105", "GetFileStart ended"}));
+  EXPECT_EQ(m.TakeLog(), (Texts{"GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
+                                "GetFileStart 100", "GetFileStart 105", "GetFileStart ended"}));
 }
 
 TEST(Children, FailuresOfSyncShell) {
@@ -233,8 +228,8 @@ TEST(Children, RunCmdWaitsOrReturnsQuietly) {
   RunCmd("cmd /c gone", 1);
   RunCmd("nothere", 1);
   EXPECT_EQ(p.Lines(MaskOf(Op::Wait, Op::OpenProcess)),
-            (std::vector<std::string>{"open-process process 1000 ok", "wait process 1000 ok",
-                                      "open-process process 1004 failed"}));
+            (Texts{"open-process process 1000 ok", "wait process 1000 ok",
+                   "open-process process 1004 failed"}));
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }
 
