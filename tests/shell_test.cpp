@@ -153,7 +153,9 @@ TEST(OneAction, ClicksOfABlockedTimeAreDropped) {
   p.Start({});
   p.pc.machine.journal.Clear();
   p.pc.toolkit.atDoEvents[p.pc.toolkit.doEventsCalls + 1] = Click(Control::cmdRefreshDrive);
-  p.Do(Click(Control::cmdHelp));  // lets events run at its end only
+  const std::size_t calls = p.pc.toolkit.doEventsCalls;
+  p.Do(Click(Control::cmdHelp));
+  EXPECT_EQ(p.pc.toolkit.doEventsCalls, calls + 1) << "events run at its end only";
   EXPECT_EQ(p.TakeBoxes(), BoxRows{kHelp});
   EXPECT_EQ(p.Lines(kAnyOp), Texts());
   p.Do(Click(Control::cmdRefreshDrive));
