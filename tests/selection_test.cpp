@@ -230,7 +230,9 @@ TEST(FileOrder, EqualStartsPass) {
   program.AddFiles(Paths("E:~A.volPAK E:~A"));
   program.Start();
   program.pc.processes.toolTexts[""] = "File offset 0 LBA: 4C4B40 Sectors: 40\r\n";
-  EXPECT_EQ(program.Boxes(Open(Paths("E:~A.volPAK")[0]), {Answer::Cancel}).size(), 1U);
+  const BoxRows boxes = program.Boxes(Open(Paths("E:~A.volPAK")[0]), {Answer::Cancel});
+  ASSERT_EQ(boxes.size(), 1U);
+  EXPECT_EQ(boxes[0].title, kQuestion);
 }
 
 TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
