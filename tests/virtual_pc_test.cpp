@@ -89,16 +89,6 @@ TEST_F(VirtualPcTest, LettersFollowTheTableWhenItIsReadAnew) {
   EXPECT_NE(OpenVolume("C:", 0), kInvalidHandle);
 }
 
-TEST_F(VirtualPcTest, OldWindowsShowsOnlyTheFirstPartitionOfARemovableDisk) {
-  pc.machine.onlyFirstOfRemovable = true;
-  pc.RenewTables();
-  EXPECT_NE(OpenVolume("E:", 0), kInvalidHandle);
-  EXPECT_EQ(OpenVolume("F:", 0), kInvalidHandle);
-  world.stick.removable = false;
-  pc.RenewTables();
-  EXPECT_NE(OpenVolume("F:", 0), kInvalidHandle);
-}
-
 TEST_F(VirtualPcTest, DiskAnswersItsControlCodes) {
   const Handle disk = OpenDisk();
   std::uint8_t out[512] = {};
