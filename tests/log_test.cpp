@@ -203,51 +203,44 @@ TEST(Reports, RoutinesUnderTheirLabels) {
   const auto capacity = [] { GetSCSICapacity(1); };
   const struct {
     std::function<void()> routine;
-    Op op;
-    std::size_t nth;
     const char* label;  // null: nothing is shown
+    std::vector<std::pair<Op, std::size_t>> steps;
   } rows[] = {
-      {read, Op::Open, 1, nullptr},  // GetPhysDriveNo
-      {read, Op::Query, 1, nullptr},
-      {read, Op::Open, 2, "Open_Physical_Disk_hDrive"},
-      {read, Op::Seek, 1, kRead},
-      {read, Op::Read, 1, kRead},
-      {write, Op::Query, 1, nullptr},  // IsUsbDrive
-      {write, Op::Seek, 1, kWrite},
-      {write, Op::LockRange, 1, kWrite},
-      {write, Op::Write, 1, kWrite},
-      {write, Op::Flush, 1, kWrite},
-      {write, Op::UnlockRange, 1, kWrite},
-      {dismount, Op::Open, 25, "Open_Volume_get_lngHandle"},
-      {dismount, Op::Lock, 1, "MyLock_Volume"},
-      {dismount, Op::Dismount, 1, "MyDismount_Volume"},
-      {dismount, Op::Desktop, 1, nullptr},
-      {lock, Op::Open, 25, "Lock_Unlock_All_Volumes"},
-      {lock, Op::Lock, 1, "Lock_Unlock_All_Volumes"},
-      {lock, Op::Unlock, 1, "MyUnlock_Volume"},
-      {renew, Op::Open, 1, "ReMount_Drive(diskno)"},
-      {renew, Op::RenewTable, 1, "ReMount_Drive(diskno)"},
-      {[] { APIErrorDescription(5); }, Op::Fact, 1, "APIErrorDescription"},
-      {capacity, Op::Open, 1, "GetSCSICapacity"},
-      {capacity, Op::Query, 1, "GetSCSICapacity"},
-      {capacity, Op::Query, 2, nullptr},  // GetDiskLength
-      {capacity, Op::Query, 3, "GetSCSICapacity"},
-      {[] { FileLenA("C:\\Rotate\\Rotate_TSD.exe"); }, Op::FileSize, 1, nullptr},
-      {[] { GetDriveLetter(1); }, Op::Find, 1, nullptr},
+      {read, nullptr, {{Op::Open, 1}, {Op::Query, 1}}},  // GetPhysDriveNo
+      {read, "Open_Physical_Disk_hDrive", {{Op::Open, 2}}},
+      {read, kRead, {{Op::Seek, 1}, {Op::Read, 1}}},
+      {write, nullptr, {{Op::Query, 1}}},  // IsUsbDrive
+      {write,
+       kWrite,
+       {{Op::Seek, 1}, {Op::LockRange, 1}, {Op::Write, 1}, {Op::Flush, 1}, {Op::UnlockRange, 1}}},
+      {dismount, "Open_Volume_get_lngHandle", {{Op::Open, 25}}},
+      {dismount, "MyLock_Volume", {{Op::Lock, 1}}},
+      {dismount, "MyDismount_Volume", {{Op::Dismount, 1}}},
+      {dismount, nullptr, {{Op::Desktop, 1}}},
+      {lock, "Lock_Unlock_All_Volumes", {{Op::Open, 25}, {Op::Lock, 1}}},
+      {lock, "MyUnlock_Volume", {{Op::Unlock, 1}}},
+      {renew, "ReMount_Drive(diskno)", {{Op::Open, 1}, {Op::RenewTable, 1}}},
+      {[] { APIErrorDescription(5); }, "APIErrorDescription", {{Op::Fact, 1}}},
+      {capacity, "GetSCSICapacity", {{Op::Open, 1}, {Op::Query, 1}, {Op::Query, 3}}},
+      {capacity, nullptr, {{Op::Query, 2}}},  // GetDiskLength
+      {[] { FileLenA("C:\\Rotate\\Rotate_TSD.exe"); }, nullptr, {{Op::FileSize, 1}}},
+      {[] { GetDriveLetter(1); }, nullptr, {{Op::Find, 1}}},
   };
   for (const auto& row : rows) {
-    ProgramOnPc p;
-    p.Prepare();
-    SectorBuffer.assign(512, 1);
-    p.Plan(FaultKind::FaultThrown, MaskOf(row.op), row.nth);
-    row.routine();
-    EXPECT_EQ(p.pc.machine.plan.hits, 1U);
     BoxRows boxes;
     if (row.label != nullptr) {
       boxes.push_back({kTitle, std::string("Err.Number=57 Err.Description=Device I/O error ") +
                                    row.label + " Erl=0"});
     }
-    EXPECT_EQ(p.TakeBoxes(), boxes) << static_cast<int>(row.op) << " " << row.nth;
+    for (const auto& [op, nth] : row.steps) {
+      ProgramOnPc p;
+      p.Prepare();
+      SectorBuffer.assign(512, 1);
+      p.Plan(FaultKind::FaultThrown, MaskOf(op), nth);
+      row.routine();
+      EXPECT_EQ(p.pc.machine.plan.hits, 1U);
+      EXPECT_EQ(p.TakeBoxes(), boxes) << static_cast<int>(op) << " " << nth;
+    }
   }
 }
 

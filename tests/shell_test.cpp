@@ -44,24 +44,23 @@ TEST(Window, KeepsItsSize) {
 }
 
 TEST(Window, BothWaysOutTakeTheToolAway) {
-  ProgramOnPc closed;
-  EXPECT_EQ(closed.Start({CloseWindow()}), RunEnd::Returned);
-  EXPECT_TRUE(closed.pc.toolkit.unloaded);
-  EXPECT_FALSE(ToolCopyIsThere(closed));
-
-  ProgramOnPc left;
-  left.Start();
-  Open_Physical_Disk_hDrive(1);
-  EXPECT_EQ(left.Do(Click(Control::cmdExit)), RunEnd::ProcessEnded);
-  EXPECT_FALSE(left.pc.toolkit.unloaded) << "the process ends before the window does";
-  EXPECT_FALSE(ToolCopyIsThere(left));
-
-  ProgramOnPc refused;
-  refused.Start();
-  refused.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete));
-  EXPECT_EQ(refused.Do(Click(Control::cmdExit)), RunEnd::ProcessEnded);
-  EXPECT_TRUE(ToolCopyIsThere(refused));
-  EXPECT_EQ(refused.TakeBoxes(), BoxRows());
+  const struct {
+    UserAction out;
+    bool refused;  // the copy can't be deleted
+    RunEnd end;
+  } rows[] = {{CloseWindow(), false, RunEnd::Returned},
+              {Click(Control::cmdExit), false, RunEnd::ProcessEnded},
+              {Click(Control::cmdExit), true, RunEnd::ProcessEnded}};
+  for (const auto& row : rows) {
+    ProgramOnPc p;
+    p.Start();
+    if (row.end == RunEnd::ProcessEnded) Open_Physical_Disk_hDrive(1);
+    if (row.refused) p.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete));
+    EXPECT_EQ(p.Do(row.out), row.end);
+    EXPECT_EQ(p.pc.toolkit.unloaded, row.end == RunEnd::Returned) << "Exit ends the process first";
+    EXPECT_EQ(ToolCopyIsThere(p), row.refused);
+    EXPECT_EQ(p.TakeBoxes(), BoxRows());
+  }
 }
 
 TEST(Window, DoubleClickBesideTheRowsDoesNothing) {
@@ -143,8 +142,7 @@ TEST(OneAction, ClosingDuringStartUp) {
   ProgramOnPc p;
   p.pc.toolkit.atDoEvents[1] = CloseWindow();
   EXPECT_EQ(p.Start(), RunEnd::Returned);
-  EXPECT_TRUE(p.pc.toolkit.unloaded);
-  EXPECT_FALSE(ToolCopyIsThere(p));
+  EXPECT_TRUE(p.pc.toolkit.unloaded && !ToolCopyIsThere(p));
   EXPECT_EQ(p.Rows(Control::List1).size(), 4U);
 }
 

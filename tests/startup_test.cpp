@@ -11,17 +11,18 @@
 
 namespace {
 
+using Texts = std::vector<std::string>;
+
 constexpr const char* kTool = "C:\\ROTATE\\GETFILEEXTENTS.EXE";
 constexpr const char* kCopy = "C:\\TEMP\\GETFILEEXTENTS.EXE";
-constexpr const char* kCommand =
-    "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" "
-    "\"C:\\Temp\\getFileExtents.exe\" > \"C:\\Temp\\GFE_Output.txt\"";
+std::string Command(const std::string& file) {
+  return "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" \"" + file +
+         "\" > \"C:\\Temp\\GFE_Output.txt\"\r\n";
+}
 
 BoxRow Failed(const std::string& file) {
   return {"getFileExtents failed",
-          "ERROR GETTING START SECTOR FROM C:\\Temp\\GFE_Output.txt\r\n\r\n"
-          "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"\\Temp\\getFileExtents.exe\" \"" +
-              file + "\" > \"C:\\Temp\\GFE_Output.txt\"\r\n",
+          "ERROR GETTING START SECTOR FROM C:\\Temp\\GFE_Output.txt\r\n\r\n" + Command(file),
           Buttons::Ok, Icon::Exclamation};
 }
 
@@ -37,7 +38,8 @@ const BoxRow kCopyFailed{
 
 BoxRow Rights(const std::string& title, const std::string& text, const std::string& toolText) {
   return {title,
-          text + "\r\n\r\n" + kCommand + "\r\nfailed to return any values.\r\n\r\n" + toolText,
+          text + "\r\n\r\n" + Command("C:\\Temp\\getFileExtents.exe") +
+              "failed to return any values.\r\n\r\n" + toolText,
           Buttons::Ok, Icon::Stop};
 }
 
@@ -66,23 +68,21 @@ TEST(Startup, Order) {
   EXPECT_EQ(p.Start(), RunEnd::Returned);
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
   const auto lines = p.Lines(MaskOf(Op::Find, Op::Fact, Op::Copy, Op::Shell));
-  const std::vector<std::string> expected{
-      "fact version ok",
-      "find X:\\Windows\\system32\\wpeutil.exe failed",
-      "find C:\\Rotate\\getFileExtents.exe ok",
-      "fact temp-path ok",
-      "fact long-path ok",
-      "copy C:\\Rotate\\getFileExtents.exe -> C:\\Temp\\getFileExtents.exe ok",
-      "find C:\\Temp\\getFileExtents.exe ok"};
+  const Texts expected{"fact version ok",
+                       "find X:\\Windows\\system32\\wpeutil.exe failed",
+                       "find C:\\Rotate\\getFileExtents.exe ok",
+                       "fact temp-path ok",
+                       "fact long-path ok",
+                       "copy C:\\Rotate\\getFileExtents.exe -> C:\\Temp\\getFileExtents.exe ok",
+                       "find C:\\Temp\\getFileExtents.exe ok"};
   ASSERT_GT(lines.size(), expected.size());
   EXPECT_EQ(std::vector(lines.begin(), lines.begin() + 7), expected);
   EXPECT_EQ(p.Lines(MaskOf(Op::ChildTool, Op::Append)),
-            std::vector<std::string>{"child-tool C:\\Rotate\\getFileExtents.exe ok"})
+            Texts{"child-tool C:\\Rotate\\getFileExtents.exe ok"})
       << "the tool is run on itself, once, and nothing is logged";
 
-  EXPECT_EQ(TempFolder, "C:\\Temp\\");
-  EXPECT_EQ(GFE_Path, "C:\\Temp\\getFileExtents.exe");
-  EXPECT_EQ(Form1.GFE_File, "C:\\Temp\\GFE_Output.txt");
+  EXPECT_EQ((Texts{TempFolder, GFE_Path, Form1.GFE_File}),
+            (Texts{"C:\\Temp\\", "C:\\Temp\\getFileExtents.exe", "C:\\Temp\\GFE_Output.txt"}));
   EXPECT_EQ(Form1.SettleDelay, 2000);
   EXPECT_FALSE(Form1.WRITES_OK);
   EXPECT_EQ(OSVersionCode, 11);
@@ -180,9 +180,8 @@ TEST(Startup, TempFolderThatCannotBeFound) {
   p.pc.facts.tempPath = "";
   p.pc.machine.currentFolder = "C:\\Temp";
   p.Start();
-  EXPECT_EQ(TempFolder, "");
-  EXPECT_EQ(GFE_Path, "getFileExtents.exe");
-  EXPECT_EQ(Form1.GFE_File, "GFE_Output.txt");
+  EXPECT_EQ((Texts{TempFolder, GFE_Path, Form1.GFE_File}),
+            (Texts{"", "getFileExtents.exe", "GFE_Output.txt"}));
   EXPECT_NE(p.world.c.Find("\\Temp\\getFileExtents.exe"), nullptr);
 }
 
@@ -190,13 +189,12 @@ TEST(Startup, RebootIsTriedInFiveWays) {
   ProgramOnPc p;
   AddPe(p, false);
   EXPECT_EQ(p.Start({Click(Control::cmd_rebootPE)}), RunEnd::Returned);
-  EXPECT_EQ(
-      p.Lines(MaskOf(Op::Shell, Op::ShellExecute, Op::Wait)),
-      (std::vector<std::string>{"shell wpeutil reboot style=1 failed",
-                                "shell-execute wpeutil.exe open [reboot] [] 1 ok",
-                                "shell-execute wpeutil reboot open [reboot] [0] 1 ok",
-                                "shell cmd /c wpeutil reboot style=1 ok", "wait process 1004 ok",
-                                "shell cmd /c wpeutil reboot style=2 ok"}));
+  EXPECT_EQ(p.Lines(MaskOf(Op::Shell, Op::ShellExecute, Op::Wait)),
+            (Texts{"shell wpeutil reboot style=1 failed",
+                   "shell-execute wpeutil.exe open [reboot] [] 1 ok",
+                   "shell-execute wpeutil reboot open [reboot] [0] 1 ok",
+                   "shell cmd /c wpeutil reboot style=1 ok", "wait process 1004 ok",
+                   "shell cmd /c wpeutil reboot style=2 ok"}));
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
   EXPECT_FALSE(p.pc.toolkit.unloaded);
 }

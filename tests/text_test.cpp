@@ -108,7 +108,7 @@ TEST(Text, NamesThatTheInterpreterWouldChange) {
                                                     {"E:\\a!b!", kAlways},
                                                     {"E:\\a\"", kAlways},
                                                     {"E:\\a\n", kAlways}};
-  for (const char c : std::string("&|<>^%()!+,;=")) cases.push_back({{'a', c, 'b'}, kBare});
+  for (const char c : std::string("&|<>^%()!+*?,;=")) cases.push_back({{'a', c, 'b'}, kBare});
   for (const auto& [path, change] : cases) {
     EXPECT_EQ(InterpreterChangesQuoted(path), change == kAlways) << path;
     EXPECT_EQ(InterpreterChangesBare(path), change != kNever) << path;
