@@ -9,12 +9,8 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class Discovery : public ::testing::Test {
  protected:
-  Discovery() { p.Prepare(); }
-
   void AddVolumes(const std::string& letters) {
     std::uint64_t start = 25'000'000;
     for (const char letter : letters) {
@@ -25,8 +21,8 @@ class Discovery : public ::testing::Test {
   }
 
   // What was done to volumes, without the look at each letter.
-  Lines VolumeWork() {
-    Lines lines;
+  Texts VolumeWork() {
+    Texts lines;
     bool looking = true;
     for (const JournalEntry& entry : p.pc.machine.journal.Entries()) {
       if (entry.op == Op::Open && entry.subject == "C:") looking = true;
@@ -36,11 +32,11 @@ class Discovery : public ::testing::Test {
     return lines;
   }
 
-  ProgramOnPc p;
+  PreparedPc p;
 };
 
 TEST_F(Discovery, VolumeWithTheStickFilesIsChosen) {
-  const std::pair<Lines, const char*> rows[] = {
+  const std::pair<Texts, const char*> rows[] = {
       {{}, "E:"},
       {{"F:\\tsd\\unifont.hex.gz"}, "F:"},
       {{"G:\\_ISO\\tsd\\grub\\tsd.cfg"}, "G:"},
@@ -70,7 +66,7 @@ TEST_F(Discovery, DriveWithoutVolumes) {
   DisMount_All_VolumesX(2);
   Lock_Unlock_All_Volumes(2, "LOCK");
   Lock_Unlock_All_Volumes(2, "UNLOCK");
-  EXPECT_EQ(p.Lines(MaskOf(Op::Lock, Op::Unlock, Op::Dismount)), Lines());
+  EXPECT_EQ(p.Lines(MaskOf(Op::Lock, Op::Unlock, Op::Dismount)), Texts());
 }
 
 TEST_F(Discovery, DismountTakesOneVolumeBehindTheOther) {
@@ -78,10 +74,10 @@ TEST_F(Discovery, DismountTakesOneVolumeBehindTheOther) {
   OSVersionCode = 11;  // too new for its windows to be swept
   vol1 = "kept";
   DisMount_All_VolumesX(1);
-  EXPECT_EQ(VolumeWork(), (Lines{"open E: ok", "lock E: ok", "dismount E: ok", "close E: ok",
+  EXPECT_EQ(VolumeWork(), (Texts{"open E: ok", "lock E: ok", "dismount E: ok", "close E: ok",
                                  "open F: ok", "lock F: failed", "dismount F: ok", "close F: ok"}));
   EXPECT_EQ(vol1, "kept");
-  EXPECT_EQ(p.pc.HeldLocks(), Lines());
+  EXPECT_EQ(p.pc.HeldLocks(), Texts());
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }
 
@@ -89,16 +85,16 @@ TEST_F(Discovery, LockHoldsFourVolumesUntilUnlock) {
   AddVolumes("GHI");
   p.pc.machine.VolumeAt('G')->busy = true;
   Lock_Unlock_All_Volumes(1, "UNLOCK");
-  EXPECT_EQ(p.Lines(kAnyOp), Lines()) << "nothing is held yet";
+  EXPECT_EQ(p.Lines(kAnyOp), Texts()) << "nothing is held yet";
   p.Plan(FaultKind::Refusal, MaskOf(Op::Open), 26);  // 24 letters are looked at before
   Lock_Unlock_All_Volumes(1, "LOCK");
-  EXPECT_EQ(VolumeWork(), (Lines{"open E: ok", "lock E: ok", "dismount E: ok", "open F: failed",
+  EXPECT_EQ(VolumeWork(), (Texts{"open E: ok", "lock E: ok", "dismount E: ok", "open F: failed",
                                  "open G: ok", "lock G: failed", "dismount G: ok", "open H: ok",
                                  "lock H: ok", "dismount H: ok"}));
-  EXPECT_EQ(p.pc.HeldLocks(), (Lines{"E:", "H:"}));
+  EXPECT_EQ(p.pc.HeldLocks(), (Texts{"E:", "H:"}));
   p.pc.machine.journal.Clear();
   for (int again = 0; again < 2; ++again) Lock_Unlock_All_Volumes(1, "any other text");
-  EXPECT_EQ(p.Lines(kAnyOp), (Lines{"unlock E: ok", "close E: ok", "unlock G: failed",
+  EXPECT_EQ(p.Lines(kAnyOp), (Texts{"unlock E: ok", "close E: ok", "unlock G: failed",
                                     "close G: ok", "unlock H: ok", "close H: ok"}));
 }
 
@@ -107,7 +103,7 @@ TEST_F(Discovery, RenewingTheTable) {
   EXPECT_FALSE(ReMount_Drive(7));
   p.world.stick.refusesRenewal = true;
   EXPECT_FALSE(ReMount_Drive(1));
-  EXPECT_EQ(p.Lines(kAnyOp), (Lines{"open PhysicalDrive1 ok", "renew-table PhysicalDrive1 ok",
+  EXPECT_EQ(p.Lines(kAnyOp), (Texts{"open PhysicalDrive1 ok", "renew-table PhysicalDrive1 ok",
                                     "close PhysicalDrive1 ok", "open PhysicalDrive7 failed",
                                     "open PhysicalDrive1 ok", "renew-table PhysicalDrive1 failed",
                                     "fact message 1 ok", "close PhysicalDrive1 ok"}));
@@ -173,7 +169,7 @@ TEST_F(Discovery, TextsOfTheInquiry) {
   const struct {
     std::string vendor, product, vendorField;
     bool removable, answers;
-    Lines told;  // product text, vendor field, kind of medium
+    Texts told;  // product text, vendor field, kind of medium
   } rows[] = {
       {"Tessel", "USB Stick", "abc", true, true, {"Tessel USB Stick", "abc", "REMOVABLE MEDIA"}},
       {"VBOX HAR", "DDISK", "", false, true, {"VBOX HARDDISK", "", "FIXED MEDIA"}},
@@ -190,7 +186,7 @@ TEST_F(Discovery, TextsOfTheInquiry) {
     stick.answersInquiry = row.answers;
     ScsiProductText = ScsiVendorField = MediaKind = "before";
     GetSCSICapacity(1);
-    EXPECT_EQ((Lines{ScsiProductText, ScsiVendorField, MediaKind}), row.told);
+    EXPECT_EQ((Texts{ScsiProductText, ScsiVendorField, MediaKind}), row.told);
   }
   std::int32_t end = -1;
   EXPECT_EQ(GetSTRbyBuff({' ', 'a', 0, 'b'}, -5, end, false), std::string("a\0b", 3));
@@ -225,16 +221,6 @@ TEST_F(Discovery, UsableSizeAndItsText) {
     GetUSBDiskDriveInfo(1);
     EXPECT_EQ(DriveBytes, row.usable);
     EXPECT_EQ(Print_Drive_Details(), row.details);
-  }
-}
-
-TEST_F(Discovery, OtherDisksHaveFactsOnlyWhileAllAreShown) {
-  Physical_Drive_no = 0;
-  for (const bool all : {true, false}) {
-    ShowAllDrives = all;
-    GetUSBDiskDriveInfo(0);
-    EXPECT_EQ(DriveBytes > 0, all);
-    EXPECT_EQ(MediaKind + ScsiProductText, all ? "FIXED MEDIAATA System SSD" : "");
   }
 }
 

@@ -11,7 +11,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
 using Preparation = std::function<void(ProgramOnPc&)>;
 
 // 14 GiB is what 1945 cylinders of the stick come to.
@@ -70,8 +69,7 @@ TEST(DrivePanel, DrivesOnOffer) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    ProgramOnPc p;
-    p.Start();
+    StartedPc p;
     row.prepare(p);
     p.TakeBoxes();
     p.Do(Click(Control::cmdRefreshDrive));
@@ -85,8 +83,7 @@ TEST(DrivePanel, DrivesOnOffer) {
 }
 
 TEST(DrivePanel, FirstRowIsSelectedAnew) {
-  ProgramOnPc p;
-  p.Start({Pick(Control::Combo1, "F:")});
+  StartedPc p({Pick(Control::Combo1, "F:")});
   EXPECT_EQ(MYDRIVE + std::to_string(Physical_Drive_no), "F:1");
   EXPECT_EQ(p.Rows(Control::List1), Texts()) << "no images on the second volume";
   EXPECT_TRUE(p.Enabled(Control::cmdRestoreTSD));
@@ -96,8 +93,7 @@ TEST(DrivePanel, FirstRowIsSelectedAnew) {
 }
 
 TEST(DrivePanel, RowsTellTheBytesWhileLoggingIsOn) {
-  ProgramOnPc p;
-  p.Start();
+  StartedPc p;
   p.TurnLoggingOn();
   p.Do(Click(Control::cmdRefreshDrive));
   EXPECT_EQ(p.Rows(Control::Combo1),
@@ -158,8 +154,7 @@ TEST(DrivePanel, ButtonsFollowTheTable) {
 }
 
 TEST(DrivePanel, SelectingADriveThatCannotBeReadOrHasNoBootCode) {
-  ProgramOnPc p;
-  p.Start();
+  StartedPc p;
   p.world.stick.unreadable.insert(0);
   p.Do(Pick(Control::Combo1, "F:"));
   EXPECT_EQ(p.TakeBoxes(), BoxRows{ReadFailed("1")});
@@ -213,8 +208,7 @@ TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
 }
 
 TEST(DrivePanel, LabelAndSerialOfAVolume) {
-  ProgramOnPc p;
-  p.Prepare();
+  PreparedPc p;
   p.world.f.serial = 0x000A0001;
   const Texts rows[] = {{"E:", "TSD", "1A2B-3C4D"},
                         {"F:", "(no label)", "000A-0001"},

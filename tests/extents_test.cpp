@@ -7,8 +7,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 constexpr const char* kImage = "E:\\_ISO\\Rescue.volPAK";
 constexpr const char* kOutput = "C:\\Temp\\GFE_Output.txt";
 constexpr const char* kCommand =
@@ -208,8 +206,7 @@ TEST(Children, FailuresOfSyncShell) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.command);
-    ProgramOnPc p;
-    p.Prepare();
+    PreparedPc p;
     if (!row.script.match.empty()) p.pc.processes.scripts = {row.script};
     EXPECT_EQ(SyncShell(row.command, 0), row.result);
     EXPECT_EQ(LastShellFailure.number, row.number);
@@ -219,8 +216,7 @@ TEST(Children, FailuresOfSyncShell) {
 }
 
 TEST(Children, RunCmdWaitsOrReturnsQuietly) {
-  ProgramOnPc p;
-  p.Prepare();
+  PreparedPc p;
   p.pc.processes.scripts = {{.match = "slow", .milliseconds = 3'600'000},
                             {.match = "gone", .goneBeforeOpen = true}};
   RunCmd("cmd /c slow", 1);

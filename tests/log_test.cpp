@@ -13,8 +13,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 const BoxRow kLogOn{kTitle,
                     "Logging to:\r\n\r\nC:\\Temp\\\r\n\r\nRotate_TSD.log\r\n\r\nhas now started."
                     "\r\n\r\n{Tip: Press Ctrl+C to copy this text to clipboard)",
@@ -233,8 +231,7 @@ TEST(Reports, RoutinesUnderTheirLabels) {
                                    row.label + " Erl=0"});
     }
     for (const auto& [op, nth] : row.steps) {
-      ProgramOnPc p;
-      p.Prepare();
+      PreparedPc p;
       SectorBuffer.assign(512, 1);
       p.Plan(FaultKind::FaultThrown, MaskOf(op), nth);
       row.routine();

@@ -9,12 +9,8 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class RawSectors : public ::testing::Test {
  protected:
-  RawSectors() { p.Prepare(); }
-
   // A disk of 3 TB and a letter on it.
   VirtualDisk& AddBigDisk(int number, char letter) {
     VirtualDisk& disk = p.pc.AddDisk(number, 3'000'000'000'000);
@@ -25,7 +21,7 @@ class RawSectors : public ::testing::Test {
 
   std::size_t Count(Op op) { return p.Lines(MaskOf(op)).size(); }
 
-  ProgramOnPc p;
+  PreparedPc p;
 };
 
 constexpr std::uint64_t kFarSector = 4294967295;  // the last one that a table entry can name
@@ -34,7 +30,7 @@ TEST_F(RawSectors, ReadIsOneClosedSequence) {
   p.world.stick.SetSector(60, demo::Grub4dosMbr());
   EXPECT_TRUE(ReadandParseSector("E:", 60));
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Lines{"open E: ok", "query E: device-number ok", "close E: ok",
+            (Texts{"open E: ok", "query E: device-number ok", "close E: ok",
                    "open PhysicalDrive1 ok", "seek PhysicalDrive1 30720 ok",
                    "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "close PhysicalDrive1 ok"}));
   EXPECT_EQ(SectorBuffer.size(), 512U);
@@ -58,8 +54,7 @@ TEST_F(RawSectors, ReadIsTriedTwice) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    ProgramOnPc q;
-    q.Prepare();
+    PreparedPc q;
     q.world.stick.SetSector(60, FilledSector(0x5A));
     row.prepare(q);
     EXPECT_EQ(ReadandParseSector("E:", 60), row.read);
@@ -90,7 +85,7 @@ TEST_F(RawSectors, OffsetsBeyond32Bits) {
   SectorBuffer.assign(512, 0x77);
   EXPECT_TRUE(WriteSector(2, kFarSector));
   EXPECT_EQ(disk.Sector(kFarSector), FilledSector(0x77));
-  EXPECT_EQ(p.Lines(MaskOf(Op::Seek)), Lines{"seek PhysicalDrive2 2199023255040 ok"});
+  EXPECT_EQ(p.Lines(MaskOf(Op::Seek)), Texts{"seek PhysicalDrive2 2199023255040 ok"});
   SectorBuffer.assign(512, 0);
   EXPECT_TRUE(ReadandParseSector("H:", kFarSector));
   EXPECT_EQ(SectorBuffer, std::vector<std::uint8_t>(512, 0x77));
@@ -102,7 +97,7 @@ TEST_F(RawSectors, OffsetsBeyond32Bits) {
   EXPECT_FALSE(DirectWriteDrive(kFarSector, 1));
   EXPECT_EQ(p.pc.machine.At(hDrive)->lockedRanges,
             (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{2199023255040, 512}}));
-  EXPECT_EQ(p.Lines(MaskOf(Op::Flush, Op::UnlockRange)), Lines());
+  EXPECT_EQ(p.Lines(MaskOf(Op::Flush, Op::UnlockRange)), Texts());
   MyCloseHandle(hDrive);
 }
 
@@ -123,7 +118,7 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
   p.world.stick.refusesRangeLocks = true;
   EXPECT_TRUE(WriteSector(1, 60)) << "a write whose lock fails goes ahead";
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Lines{"open PhysicalDrive1 ok", "query PhysicalDrive1 property ok",
+            (Texts{"open PhysicalDrive1 ok", "query PhysicalDrive1 property ok",
                    "close PhysicalDrive1 ok", "open PhysicalDrive1 ok",
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
@@ -144,8 +139,7 @@ TEST_F(RawSectors, WriteIsTriedOnce) {
               {FaultKind::Refusal, Op::UnlockRange, true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(static_cast<int>(row.op));
-    ProgramOnPc q;
-    q.Prepare();
+    PreparedPc q;
     SectorBuffer.assign(512, 0x77);
     q.Plan(row.kind, MaskOf(row.op));
     EXPECT_EQ(WriteSector(1, 60), row.written);
@@ -159,7 +153,7 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
                        "WARNING: WRITE to Sector 5 on DRIVE 0\r\nARE YOU SURE?", Buttons::OkCancel};
   SectorBuffer.assign(512, 0x77);
   EXPECT_FALSE(WriteSector(0, 5));
-  EXPECT_EQ(p.Lines(kAnyOp), Lines()) << "refused without a box and without a look";
+  EXPECT_EQ(p.Lines(kAnyOp), Texts()) << "refused without a box and without a look";
   ShowAllDrives = true;
   for (const Answer answer : {Answer::Cancel, Answer::Ok}) {
     p.pc.toolkit.AnswerNext(answer);
@@ -204,7 +198,7 @@ TEST_F(RawSectors, ClosingTwiceClosesOnce) {
   Open_Physical_Disk_hDrive(1);  // closes the one that was left open
   MyCloseHandle(hDrive);
   MyCloseHandle(hDrive);
-  EXPECT_EQ(p.Lines(MaskOf(Op::Close)), Lines(2, "close PhysicalDrive1 ok"));
+  EXPECT_EQ(p.Lines(MaskOf(Op::Close)), Texts(2, "close PhysicalDrive1 ok"));
 }
 
 }  // namespace

@@ -7,8 +7,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 // A stick without images on E:, F: and G:, with E: selected.
 struct Searching : ProgramOnPc {
   Searching() {
@@ -149,8 +147,7 @@ TEST(Search, UnreadableEntriesAreLeftOut) {
 }
 
 TEST(Search, PathOutOfALine) {
-  ProgramOnPc p;
-  p.Prepare();
+  PreparedPc p;
   for (const char* behind : {"", " :&: b", " :&: F:\\b :&X4: c", " :&X4: c"}) {
     Sys.toolkit->ClearItems(Control::List1);
     Sys.toolkit->AddItem(Control::List1, std::string("E:\\a :b") + behind);

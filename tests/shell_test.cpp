@@ -6,8 +6,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 const BoxRow kHelp{
     "Rotate_TSD for .volPAK files",
     "This 32-bit Windows utility can be used to replace the TSD partition with different "
@@ -21,8 +19,7 @@ bool ToolCopyIsThere(ProgramOnPc& p) {
 }
 
 TEST(Window, HelpAndHomePage) {
-  ProgramOnPc p;
-  p.Start({Click(Control::cmdHelp), Click(Control::Label2)});
+  StartedPc p({Click(Control::cmdHelp), Click(Control::Label2)});
   EXPECT_EQ(p.TakeBoxes(), BoxRows{kHelp});
   EXPECT_EQ(p.Lines(MaskOf(Op::ShellExecute)),
             Texts{"shell-execute https://tesseldyn.example/ open [0] [0] 1 ok"});
@@ -32,8 +29,7 @@ TEST(Window, HelpAndHomePage) {
 }
 
 TEST(Window, KeepsItsSize) {
-  ProgramOnPc p;
-  p.Start();
+  StartedPc p;
   const float height = p.pc.toolkit.height, width = p.pc.toolkit.width;
   p.Do(Resize(15360, 20480));
   EXPECT_EQ(p.pc.toolkit.height, height);
@@ -52,8 +48,7 @@ TEST(Window, BothWaysOutTakeTheToolAway) {
               {Click(Control::cmdExit), false, RunEnd::ProcessEnded},
               {Click(Control::cmdExit), true, RunEnd::ProcessEnded}};
   for (const auto& row : rows) {
-    ProgramOnPc p;
-    p.Start();
+    StartedPc p;
     if (row.end == RunEnd::ProcessEnded) Open_Physical_Disk_hDrive(1);
     if (row.refused) p.Plan(FaultKind::FaultThrown, MaskOf(Op::Delete));
     EXPECT_EQ(p.Do(row.out), row.end);
@@ -64,8 +59,7 @@ TEST(Window, BothWaysOutTakeTheToolAway) {
 }
 
 TEST(Window, DoubleClickBesideTheRowsDoesNothing) {
-  ProgramOnPc p;
-  p.Start();
+  StartedPc p;
   p.pc.machine.journal.Clear();
   OnUserEvent(UserEvent::List1_DblClick);
   EXPECT_EQ(p.Lines(kAnyOp), Texts());
@@ -73,8 +67,7 @@ TEST(Window, DoubleClickBesideTheRowsDoesNothing) {
 }
 
 TEST(Window, FailureAtTheTopOfARoutineIsReported) {
-  ProgramOnPc p;
-  p.Start();
+  StartedPc p;
   p.Plan(FaultKind::FaultThrown, MaskOf(Op::Fact));
   EXPECT_EQ(p.Do(Click(Control::cmdRefreshDrive)), RunEnd::Returned);
   EXPECT_EQ(p.TakeBoxes(), (BoxRows{{kTitle,
@@ -91,8 +84,7 @@ TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {
       Click(Control::cmdSwitchPtns),   Click(Control::Label2),
       DoubleClick(Control::Label1),    Pick(Control::Combo1, "F:"),
       Open("E:\\_ISO\\Rescue"),        Pick(Control::List1, "E:\\_ISO\\Tools")};
-  ProgramOnPc calm;
-  calm.Start();
+  StartedPc calm;
   const std::size_t first = calm.pc.toolkit.doEventsCalls + 1;
   calm.pc.machine.journal.Clear();
   calm.Do(Pick(Control::Combo1, "E:"));
@@ -101,8 +93,7 @@ TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {
   for (const UserAction& action : meanwhile) {
     for (std::size_t call = first; call <= last; ++call) {
       SCOPED_TRACE(::testing::Message() << static_cast<int>(action.control) << " at " << call);
-      ProgramOnPc p;
-      p.Start();
+      StartedPc p;
       p.pc.machine.journal.Clear();
       p.pc.toolkit.atDoEvents[call] = action;
       p.Do(Pick(Control::Combo1, "E:"));
@@ -121,8 +112,7 @@ TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {
 TEST(OneAction, ClosingWaitsForTheActionsEnd) {
   for (const bool exit : {true, false}) {
     SCOPED_TRACE(exit ? "Exit" : "close");
-    ProgramOnPc p;
-    p.Start({});
+    StartedPc p;
     p.pc.machine.journal.Clear();
     const UserAction end = exit ? Click(Control::cmdExit) : CloseWindow();
     p.pc.toolkit.atDoEvents[p.pc.toolkit.doEventsCalls + 1] = end;
@@ -147,8 +137,7 @@ TEST(OneAction, ClosingDuringStartUp) {
 }
 
 TEST(OneAction, ClicksOfABlockedTimeAreDropped) {
-  ProgramOnPc p;
-  p.Start({});
+  StartedPc p;
   p.pc.machine.journal.Clear();
   p.pc.toolkit.atDoEvents[p.pc.toolkit.doEventsCalls + 1] = Click(Control::cmdRefreshDrive);
   const std::size_t calls = p.pc.toolkit.doEventsCalls;

@@ -11,8 +11,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 constexpr const char* kTool = "C:\\ROTATE\\GETFILEEXTENTS.EXE";
 constexpr const char* kCopy = "C:\\TEMP\\GETFILEEXTENTS.EXE";
 std::string Command(const std::string& file) {

@@ -28,6 +28,8 @@ BoxRow Note(const std::string& title, const std::string& text);
 BoxRow ReadFailed(int sector);  // of drive 1
 BoxRow WriteFailed(int sector);
 
+using Texts = std::vector<std::string>;
+
 constexpr const char* kTitle = "ROTATE_TSD";  // of the boxes that name no title
 
 // A fresh program and a fresh PC. Ends with a failure where a box had no scripted answer, an
@@ -79,6 +81,14 @@ class ProgramOnPc {
 
  private:
   std::size_t boxesTaken_ = 0, logTaken_ = 0;
+};
+
+// A program after Prepare, and one after Start.
+struct PreparedPc : ProgramOnPc {
+  PreparedPc() { Prepare(); }
+};
+struct StartedPc : ProgramOnPc {
+  explicit StartedPc(const std::vector<UserAction>& actions = {}) { Start(actions); }
 };
 
 // Entry 1 to 4 of a table, as SetEntry takes it.
