@@ -59,8 +59,7 @@ same_bytes() {
   for preset in win64 win32; do
     rm -rf "build/again-$preset"
     cmake --preset "$preset" -B "build/again-$preset" && cmake --build "build/again-$preset" &&
-      cmp "build/$preset/Rotate_TSD.exe" "build/again-$preset/Rotate_TSD.exe" &&
-      cmp "build/$preset/getFileExtents.exe" "build/again-$preset/getFileExtents.exe" || return 1
+      scripts/check-executables --same "build/$preset" "build/again-$preset" || return 1
   done
 }
 
