@@ -63,6 +63,13 @@ same_bytes() {
   done
 }
 
+# Two packages of the same executables have the same sums, and each can be unpacked.
+same_package() {
+  scripts/dist.py >build/log/dist-1 && sleep 2 && scripts/dist.py >build/log/dist-2 &&
+    cmp build/log/dist-1 build/log/dist-2 && (cd dist && sha256sum -c SHA256SUMS) &&
+    for zip in dist/*.zip; do python3 -m zipfile -t "$zip" | grep -q 'Done testing' || return 1; done
+}
+
 # skip REASON STAGE: not in a CI run, where every stage has to run.
 skip() {
   if [ "${CI:-}" = true ]; then
@@ -88,6 +95,7 @@ for preset in win64 win32; do
 done
 quiet check-executables scripts/check-executables
 quiet reproducible same_bytes
+quiet package same_package
 
 if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; then
   skip "the stick's file systems are mounted: needs root, /dev/fuse and loop devices" "Wine stories"
