@@ -19,11 +19,13 @@ rehearse: ## the program on a PC in memory, in the terminal; needs nothing but a
 	@$(MAKE) --no-print-directory -j "$$(nproc)" -f scripts/rehearse.mk build/rehearse/rehearse
 	@build/rehearse/rehearse
 
-bench: ## timings of the logic
-	@scripts/setup.sh native
-	@cmake --preset native -B build/bench -DROTATE_BENCH=ON -DCMAKE_BUILD_TYPE=Release >/dev/null
-	@cmake --build build/bench --target rotate_bench >/dev/null
-	@"$$(find build/bench -name rotate_bench -type f)"
+bench: ## timings of the logic, and of the executables under Wine
+	@scripts/setup.sh native windows wine
+	@cmake --preset bench >/dev/null && cmake --build --preset bench >/dev/null
+	@build/bench/bench/rotate_bench
+	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target all search_bench >/dev/null
+	@cmake --preset win32 >/dev/null && cmake --build --preset win32 >/dev/null
+	@python3 -B bench/wine_figures.py
 
 fuzz: ## the fuzz harnesses for a minute each, then a million worlds made at random
 	@scripts/setup.sh native tidy

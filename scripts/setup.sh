@@ -10,7 +10,7 @@ packages() {
     native) echo cmake ninja-build g++ libgtest-dev libbenchmark-dev python3 ;;
     x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
-    wine) echo wine wine64 xvfb imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
+    wine) echo wine wine64 xvfb xauth imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
       g++-mingw-w64-x86-64 python3 ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
     format) echo clang-format git ;;
