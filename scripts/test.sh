@@ -70,6 +70,21 @@ same_package() {
     for zip in dist/*.zip; do python3 -m zipfile -t "$zip" | grep -q 'Done testing' || return 1; done
 }
 
+# The platform's contract on the Windows implementation, in a prefix and a folder of its own.
+contract() {
+  cmake --build --preset win64 --target contract_win32 || return 1
+  wine=/usr/lib/wine/wine64
+  [ -x "$wine" ] || wine=wine64
+  export WINEPREFIX="$root/build/contract-prefix" WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+  rm -rf "$WINEPREFIX"
+  "$wine" wineboot -i && mkdir -p "$WINEPREFIX/drive_c/contract" &&
+    "$wine" build/win64/contract_win32.exe 'C:\contract\'
+  result=$?
+  "$(dirname "$wine")/wineserver64" -k 2>/dev/null || wineserver -k 2>/dev/null
+  unset WINEPREFIX
+  return $result
+}
+
 # skip REASON STAGE: not in a CI run, where every stage has to run.
 skip() {
   if [ "${CI:-}" = true ]; then
@@ -103,6 +118,7 @@ if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; the
 elif ! scripts/setup.sh wine boot; then
   skip "Wine, QEMU or their companions are missing" "Wine stories and boot tests"
 else
+  quiet contract-under-wine contract
   told stories python3 -B tests/wine/stories.py
   told boot python3 -B tests/boot/boot_tests.py
 fi
