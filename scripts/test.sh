@@ -71,8 +71,8 @@ same_package() {
 }
 
 # The platform's contract on the Windows implementation, in a prefix and a folder of its own.
-contract() {
-  cmake --build --preset win64 --target contract_win32 || return 1
+contract() (
+  cmake --build --preset win64 --target contract_win32 || exit 1
   wine=/usr/lib/wine/wine64
   [ -x "$wine" ] || wine=wine64
   export WINEPREFIX="$root/build/contract-prefix" WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
@@ -81,9 +81,8 @@ contract() {
     "$wine" build/win64/contract_win32.exe 'C:\contract\'
   result=$?
   "$(dirname "$wine")/wineserver64" -k 2>/dev/null || wineserver -k 2>/dev/null
-  unset WINEPREFIX
-  return $result
-}
+  exit $result
+)
 
 # skip REASON STAGE: not in a CI run, where every stage has to run.
 skip() {
