@@ -94,14 +94,9 @@ skip() {
   fi
 }
 
-# Where everything of ours is laid out by clang-format.
-formatted() {
-  git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
-}
+scripts/setup.sh native windows tidy || exit 1
 
-scripts/setup.sh native windows format || exit 1
-
-quiet format formatted
+quiet tidy scripts/tidy.sh
 
 for preset in win64 win32; do
   quiet "$preset-configure" cmake --preset "$preset" &&

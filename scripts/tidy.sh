@@ -3,6 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
+mkdir -p build
 cmake --preset native >build/native-configure.log
 git ls-files 'src/*.cpp' 'helper/runs.cpp' |
   grep -vE '^src/(platform/win32|app/main)' |
