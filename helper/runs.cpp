@@ -6,6 +6,7 @@ namespace {
 
 constexpr std::uint64_t kSector = 512;
 constexpr std::int64_t kNowhere = -1;
+constexpr std::uint64_t kLargestVolume = std::uint64_t{1} << 60;  // bytes; keeps sums from wrapping
 
 std::uint64_t Little(const std::uint8_t* bytes, std::size_t count) {
   std::uint64_t value = 0;
@@ -21,7 +22,7 @@ bool IsPlausible(const VolumeLayout& layout) {
   return IsPowerOfTwo(layout.sectorBytes) && layout.sectorBytes >= kSector &&
          layout.sectorBytes <= 4096 && IsPowerOfTwo(layout.clusterBytes) &&
          layout.clusterBytes >= layout.sectorBytes && layout.firstClusterByte % kSector == 0 &&
-         layout.firstClusterByte < layout.volumeBytes;
+         layout.firstClusterByte < layout.volumeBytes && layout.volumeBytes <= kLargestVolume;
 }
 
 // The main boot sector of exFAT, as its publisher documents it.

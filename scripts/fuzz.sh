@@ -8,7 +8,7 @@ worlds=${2:-1000000}
 mkdir -p build/fuzz-found
 cmake --preset fuzz >build/fuzz-configure.log
 cmake --build --preset fuzz >build/fuzz-build.log || { tail -40 build/fuzz-build.log; exit 1; }
-for name in sector extents name answer; do
+for name in sector extents name answer parse; do
   mkdir -p "build/fuzz-corpus/$name"
   echo "== $name"
   build/fuzz/tests/fuzz/fuzz_"$name" -max_total_time="$seconds" -print_final_stats=1 \
