@@ -70,7 +70,7 @@ TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
       {"sector size 0", With(Fat32(), {{11, 2, 0}}), 0, 0, 0},
       {"no FATs", With(Fat32(), {{16, 1, 0}}), 0, 0, 0},
       {"first cluster behind the volume", With(Fat32(), {{32, 4, 100}}), 0, 0, 0},
-      {"NTFS, a length that wraps", With(Ntfs(), 40, 8, UINT64_MAX), 0, 0, 0},
+      {"NTFS, a length that wraps", With(Ntfs(), {{40, 8, UINT64_MAX}}), 0, 0, 0},
       {"exFAT, shifts out of range", With(ExFat(), {{109, 1, 0xFF}}), 0, 0, 0},
   };
   for (const auto& c : cases) {
