@@ -1,9 +1,12 @@
-// Starts a program with a library in it: launcher LIBRARY PROGRAM. The library is loaded before the
-// program's first statement; the program's file is not changed. Gives the program's exit code.
+// Starts a program with a library in it: launcher LIBRARY PROGRAM [ARGUMENTS]. The library is
+// loaded before the program's first statement; the program's file is not changed. Gives the
+// program's exit code. As getFileExtents.exe it stands for the extents tool, which other programs
+// start: library and program come from the environment then.
 #include <windows.h>
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -29,20 +32,48 @@ bool LoadInto(HANDLE process, const char* library) {
   return loaded != 0;
 }
 
+// Takes the first argument off a command line, as it stands.
+std::string Next(const char*& text) {
+  const char* begin = text;
+  for (bool quoted = false; *text != 0 && (quoted || *text != ' '); ++text) {
+    quoted ^= *text == '"';
+  }
+  const std::string argument(begin, text);
+  while (*text == ' ') ++text;
+  return argument;
+}
+
+std::string Unquoted(std::string text) {
+  std::erase(text, '"');
+  return text;
+}
+
+std::string Environment(const char* name) {
+  char text[MAX_PATH] = "";
+  GetEnvironmentVariableA(name, text, sizeof text);
+  return text;
+}
+
 }  // namespace
 
-int main(int count, char** arguments) {
-  if (count != 3) return 94;
-  char commandLine[MAX_PATH + 2];
-  snprintf(commandLine, sizeof commandLine, "\"%s\"", arguments[2]);
+int main() {
+  const char* line = GetCommandLineA();
+  const bool tool = Unquoted(Next(line)).ends_with("getFileExtents.exe");
+  const std::string library = tool ? Environment("ROTATE_RIG_LIBRARY") : Unquoted(Next(line));
+  const std::string program = tool ? Environment("ROTATE_RIG_TOOL") : Unquoted(Next(line));
+  std::string commandLine = "\"" + program + "\" " + line;
   STARTUPINFOA startup = {};
   startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+  startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   PROCESS_INFORMATION child = {};
-  if (!CreateProcessA(arguments[2], commandLine, nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
-                      nullptr, &startup, &child)) {
+  if (!CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                      nullptr, nullptr, &startup, &child)) {
     return Fail("CreateProcess");
   }
-  if (!LoadInto(child.hProcess, arguments[1])) {
+  if (!LoadInto(child.hProcess, library.c_str())) {
     TerminateProcess(child.hProcess, 1);
     return Fail("loading the library");
   }

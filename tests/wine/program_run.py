@@ -140,6 +140,7 @@ class ProgramRun:
         self.shown_on = display
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
+        self.tool = os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
         self.children = []
         self.usb = None
 
@@ -163,22 +164,24 @@ class ProgramRun:
                 os.remove(os.path.join(prefix, name))
                 shutil.copy(os.path.join(pristine, name), prefix)
         place = os.path.join(prefix, "drive_c", "rotate")
+        library = windows_path(os.path.join(BIN, "virtual_usb.dll"))
         os.makedirs(place)
         shutil.copy(self.program, os.path.join(place, "Rotate_TSD.exe"))
-        shutil.copy(os.path.join(BIN, "getFileExtents.exe"), place)
+        shutil.copy(os.path.join(BIN, "launcher.exe"), os.path.join(place, "getFileExtents.exe"))
         os.remove(os.path.join(prefix, "dosdevices", "z:"))
         os.symlink("/", os.path.join(prefix, "dosdevices", "z:"))
         self.usb = VirtualUsb(self.image, os.path.join(prefix, "dosdevices"),
                               os.path.join(self.folder, "volumes"),
                               os.path.join(self.folder, "journal.txt"), self.writable)
         self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
-                                            ROTATE_RIG_PORT=str(self.usb.port))
+                                            ROTATE_RIG_PORT=str(self.usb.port),
+                                            ROTATE_RIG_LIBRARY=library,
+                                            ROTATE_RIG_TOOL=windows_path(self.tool))
         self.robot = Robot(self.environment)
         self.children.append(self.robot.process)
         self.launched = subprocess.Popen(
-            [WINE, os.path.join(BIN, "launcher.exe"),
-             windows_path(os.path.join(BIN, "virtual_usb.dll")), "C:\\rotate\\Rotate_TSD.exe"], env=self.environment, cwd=place,
-            stdin=subprocess.DEVNULL)
+            [WINE, os.path.join(BIN, "launcher.exe"), library, "C:\\rotate\\Rotate_TSD.exe"],
+            env=self.environment, cwd=place, stdin=subprocess.DEVNULL)
         self.children.append(self.launched)
 
     def display(self):
@@ -190,6 +193,12 @@ class ProgramRun:
         os.close(told)
         with os.fdopen(ready) as pipe:
             return ":" + pipe.readline().strip()
+
+    def extents(self, path):
+        """What the extents tool prints of a file, and its exit code."""
+        done = subprocess.run([WINE, "C:\\rotate\\getFileExtents.exe", path], env=self.environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
+        return done.stdout.decode("utf-8", "replace"), done.returncode
 
     def picture(self, path):
         subprocess.run(["import", "-window", "root", path], env=self.environment, check=True,

@@ -92,22 +92,34 @@ class Ntfs:
         detach(self.device)
 
 
-def file_runs(path, volume_start):
-    """The file's pieces as (byte offset, LBA of the disk, sectors), asked of the file system."""
+def cluster_runs(path):
+    """The file's pieces as (first cluster of the file, the one behind the last, cluster of the
+    volume), asked of the file system; 0 for a hole. No pieces where the data lies in the file table."""
     runs = []
     with open(path, "rb") as file:
         os.fsync(file.fileno())
         block = struct.unpack("i", fcntl.ioctl(file, FIGETBSZ, struct.pack("i", 0)))[0]
-        for index in range((os.path.getsize(path) + block - 1) // block):
+        facts = os.fstat(file.fileno())
+        if 0 < facts.st_blocks * SECTOR < block:
+            return []
+        for index in range((facts.st_size + block - 1) // block):
             place = struct.unpack("i", fcntl.ioctl(file, FIBMAP, struct.pack("i", index)))[0]
-            if place == 0:
-                return []
-            lba = volume_start + place * block // SECTOR
-            if runs and runs[-1][1] + runs[-1][2] == lba:
-                runs[-1][2] += block // SECTOR
+            expected = runs and runs[-1][2] and runs[-1][2] + index - runs[-1][0]
+            if runs and place == expected:
+                runs[-1][1] = index + 1
             else:
-                runs.append([index * block, lba, block // SECTOR])
+                runs.append([index, index + 1, place])
     return [tuple(piece) for piece in runs]
+
+
+def file_runs(path, volume_start):
+    """The same in (byte offset, LBA of the disk, sectors). No pieces for a file with a hole."""
+    cluster = os.statvfs(path).f_bsize
+    runs = cluster_runs(path)
+    if any(place == 0 for _, _, place in runs):
+        return []
+    return [(first * cluster, volume_start + place * cluster // SECTOR,
+             (end - first) * cluster // SECTOR) for first, end, place in runs]
 
 
 def read(image, lba, count=1):

@@ -11,6 +11,7 @@ import sys
 import time
 import traceback
 
+import extents_story
 import make_stick
 import stick
 from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
@@ -214,6 +215,9 @@ def refused_write(place):
         renewals = [line for line in run.usb.journal if "renew" in line]
         check("renewals after a failed write", renewals, [])
     check_changed(image, [30, 60, place[make_stick.RESCUE][0]])
+
+
+story(extents_story.extents)
 
 
 def main(names):

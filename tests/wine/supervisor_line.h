@@ -4,7 +4,6 @@
 // clang-format off
 #include <winsock2.h>
 #include <windows.h>
-#include <shellapi.h>
 #include <winternl.h>
 // clang-format on
 

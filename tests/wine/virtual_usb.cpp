@@ -1,9 +1,11 @@
 // The virtual stick inside the program's process. The launcher loads this library before the
 // program's first statement. It tells the supervisor (virtual_usb.py) of each operation on a disk
-// or a volume before it happens, and does what the answer says:
+// or a volume, and of each question where a file lies, before it happens, and does what the answer
+// says:
 //   "pass"         let Wine do it
 //   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
+//   "more BYTES"   the same, and say that there are more (STATUS_BUFFER_OVERFLOW)
 // Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to the image file.
 #include <cstdio>
 #include <cstring>
@@ -11,6 +13,7 @@
 #include <string>
 
 #include "supervisor_line.h"
+#include "system_calls.h"
 
 namespace {
 
@@ -20,6 +23,7 @@ struct Device {
 };
 
 std::map<HANDLE, Device> devices;
+std::map<HANDLE, std::string> files;  // of letters, to their paths
 CRITICAL_SECTION lock;
 SOCKET line = INVALID_SOCKET;
 unsigned lastId = 0;
@@ -53,7 +57,7 @@ bool Settled(const std::string& answer, NTSTATUS& status, IO_STATUS_BLOCK* io, v
   if (answer.rfind("fail ", 0) == 0) {
     status = static_cast<NTSTATUS>(strtoul(answer.c_str() + 5, nullptr, 16));
   } else {
-    status = 0;
+    status = answer.rfind("more ", 0) == 0 ? static_cast<NTSTATUS>(0x80000005) : 0;
     for (std::size_t at = 5; at + 1 < answer.size() && filled < outSize; at += 2) {
       static_cast<unsigned char*>(out)[filled++] =
           static_cast<unsigned char>(strtoul(answer.substr(at, 2).c_str(), nullptr, 16));
@@ -116,9 +120,13 @@ NTSTATUS Open(HANDLE* handle, const OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLO
     return status;
   }
   status = call();
-  if (status >= 0 && device) {
+  if (status >= 0) {
     EnterCriticalSection(&lock);
-    devices[*handle] = {id, 0};
+    if (device) {
+      devices[*handle] = {id, 0};
+    } else {
+      files[*handle] = name;
+    }
     LeaveCriticalSection(&lock);
   } else if (device) {
     Ask("unopened" + Number(id));
@@ -195,9 +203,27 @@ NTSTATUS WINAPI DeviceControl(HANDLE handle, HANDLE event, void* apc, void* cont
   return Control(deviceControl, handle, event, apc, context, io, code, in, inSize, out, outSize);
 }
 
+// "runs VCN PATH": where a file lies. "pass" for a handle that has no path here.
+std::string AskRuns(HANDLE handle, const void* in, ULONG inSize) {
+  EnterCriticalSection(&lock);
+  const auto file = files.find(handle);
+  const std::string path = file == files.end() ? "" : file->second;
+  LeaveCriticalSection(&lock);
+  unsigned long long vcn = 0;
+  if (path.empty() || inSize < sizeof vcn) return "pass";
+  memcpy(&vcn, in, sizeof vcn);
+  return Ask("runs" + Number(vcn) + " " + path);
+}
+
 NTSTATUS WINAPI FileSystemControl(HANDLE handle, HANDLE event, void* apc, void* context,
                                   IO_STATUS_BLOCK* io, ULONG code, void* in, ULONG inSize,
                                   void* out, ULONG outSize) {
+  constexpr ULONG kGetRetrievalPointers = 0x90073;
+  NTSTATUS status;
+  if (code == kGetRetrievalPointers &&
+      Settled(AskRuns(handle, in, inSize), status, io, out, outSize)) {
+    return status;
+  }
   return Control(fileSystemControl, handle, event, apc, context, io, code, in, inSize, out,
                  outSize);
 }
@@ -238,40 +264,14 @@ NTSTATUS WINAPI Flush(HANDLE handle, IO_STATUS_BLOCK* io) {
 }
 
 NTSTATUS WINAPI Close(HANDLE handle) {
-  Device* device = Find(handle);
-  if (device != nullptr) {
-    const Device closing = *device;
-    EnterCriticalSection(&lock);
-    devices.erase(handle);
-    LeaveCriticalSection(&lock);
-    Ask("close" + Number(closing.id));
-  }
+  const Device* device = Find(handle);
+  const unsigned closing = device == nullptr ? 0 : device->id;
+  EnterCriticalSection(&lock);
+  devices.erase(handle);
+  files.erase(handle);
+  LeaveCriticalSection(&lock);
+  if (closing != 0) Ask("close" + Number(closing));
   return closeHandle(handle);
-}
-
-constexpr std::size_t kJump = 12;
-
-void PutJump(unsigned char* place, const void* target) {
-  const unsigned char jump[kJump] = {0x48, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xE0};
-  DWORD before;
-  VirtualProtect(place, kJump, PAGE_EXECUTE_READWRITE, &before);
-  memcpy(place, jump, kJump);  // mov rax, target; jmp rax
-  memcpy(place + 2, &target, sizeof target);
-  VirtualProtect(place, kJump, before, &before);
-}
-
-// Copies the stub of a system call to memory of ours and puts a jump to hook in its place.
-template <class Call>
-void Patch(const char* name, Call& original, Call hook) {
-  constexpr std::size_t kStub = 32;
-  auto* stub = reinterpret_cast<unsigned char*>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), name)));
-  const unsigned char begin[] = {0x4C, 0x8B, 0xD1, 0xB8};  // mov r10, rcx; mov eax, number
-  if (stub == nullptr || memcmp(stub, begin, sizeof begin) != 0) ExitProcess(96);
-  void* copy = VirtualAlloc(nullptr, kStub, MEM_COMMIT | MEM_RESERVE, PAGE_EXECUTE_READWRITE);
-  memcpy(copy, stub, kStub);
-  memcpy(&original, &copy, sizeof original);
-  PutJump(stub, reinterpret_cast<void*>(hook));
 }
 
 // Message boxes of every kind end in this call. Its icon cannot be read from another process, so it
@@ -297,6 +297,7 @@ int WINAPI MessageBoxTold(const MSGBOXPARAMSW* box) {
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
   if (reason != DLL_PROCESS_ATTACH) return TRUE;
   InitializeCriticalSection(&lock);
+  lastId = GetCurrentProcessId() << 16;  // several processes talk to one supervisor
   Patch("NtCreateFile", create, Create);
   Patch("NtOpenFile", open, OpenExisting);
   Patch("NtReadFile", read, Read);

@@ -1,11 +1,11 @@
 """The virtual USB stick as the system sees it: which letters its table gives, what is mounted,
 locked, dismounted; what each control code answers; a journal of every operation in its order.
 
-It answers the library in the program's process (virtual_usb.cpp) and the stand-in for the extents
-tool. A volume is mounted by the first access to its files, unmounted by a dismount, and mounted
-afresh by the next access, so that raw writes and the file system's cache never go apart. The
-letters follow the table only when it is read anew. As on Windows, a raw write inside a volume is
-refused while that volume is mounted and not locked.
+It answers the library (virtual_usb.cpp) in the processes of the program and of the extents tool.
+A volume is mounted by the first access to its files, unmounted by a dismount, and mounted afresh by
+the next access, so that raw writes and the file system's cache never go apart. The letters follow
+the table only when it is read anew. As on Windows, a raw write inside a volume is refused while
+that volume is mounted and not locked.
 """
 
 import os
@@ -19,9 +19,11 @@ from volume import Volume
 DISK = "PhysicalDrive1"
 LETTERS = "EFGHIJ"
 OK, NOT_FOUND, NO_PATH, DENIED = "done ", "fail C0000034", "fail C000003A", "fail C0000022"
-INVALID, WRONG_REVISION, NOT_RECOGNISED = "fail C0000010", "fail C0000059", "fail C000014F"
+INVALID, END = "fail C0000010", "fail C0000011"
+WRONG_REVISION, NOT_RECOGNISED = "fail C0000059", "fail C000014F"
 CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "renew",
-         "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number"}
+         "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number",
+         "560000": "extents", "70048": "partition", "90234": "base"}
 ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"}
 
 
@@ -113,7 +115,7 @@ class VirtualUsb:
         verb, _, rest = line.partition(" ")
         return getattr(self, "do_" + verb)(*rest.split(" ", self.WORDS.get(verb, 0)))
 
-    WORDS = {"open": 1, "read": 2, "write": 2, "control": 2, "seek": 1, "volume": 1, "box": 1}
+    WORDS = {"open": 1, "runs": 1, "read": 2, "write": 2, "control": 2, "seek": 1, "volume": 1, "box": 1}
 
     def logged(self, line, otherwise="pass"):
         self.note(line)
@@ -251,40 +253,44 @@ class VirtualUsb:
             return "fail C0000185"  # STATUS_IO_DEVICE_ERROR
         return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
 
+    def control_extents(self, _, volume, __):
+        """VOLUME_DISK_EXTENTS."""
+        if volume is None:
+            return INVALID
+        return OK + struct.pack("<IIIIQQ", 1, 0, 1, 0, volume.start * stick.SECTOR,
+                                volume.sectors * stick.SECTOR).hex()
+
+    def control_partition(self, _, volume, __):
+        """PARTITION_INFORMATION_EX."""
+        start, sectors, number = ((0, self.sectors, 0) if volume is None
+                                  else (volume.start, volume.sectors, volume.number))
+        return OK + struct.pack("<IIQQI", 0, 0, start * stick.SECTOR, sectors * stick.SECTOR,
+                                number).ljust(144, b"\0").hex()
+
+    def control_base(self, _, volume, __):
+        """RETRIEVAL_POINTER_BASE: NTFS counts its clusters from the volume's start."""
+        ntfs = volume is not None and volume.kind in stick.NTFS_TYPES
+        return OK + bytes(8).hex() if ntfs else INVALID
+
+    def do_runs(self, vcn, path):
+        return self.logged(f"runs {vcn} {path}", "") or self.runs(int(vcn), path)
+
+    def runs(self, vcn, path, shift=0):
+        """RETRIEVAL_POINTERS_BUFFER of an NTFS file, from the mounted file system at this moment.
+        One run an answer, so that two runs take two questions. A run's place is moved by shift."""
+        volume = self.volumes.get(path[0].upper())
+        if volume is None or volume.kind not in stick.NTFS_TYPES:
+            return INVALID  # as a file system answers that has no such places to tell
+        native = os.path.join(volume.folder, path[3:].replace("\\", "/"))
+        runs = stick.cluster_runs(native)
+        for at, (first, next_first, lcn) in enumerate(runs):
+            if vcn < next_first:
+                answer = "done " if at + 1 == len(runs) else "more "
+                place = -1 if lcn == 0 else lcn + shift
+                return answer + struct.pack("<IIQQq", 1, 0, first, next_first, place).hex()
+        return END
+
     def do_box(self, style, title):
         """Message boxes stand in the journal too: a story sees what came in front of what."""
         self.note(f"box {ICONS[int(style) >> 4 & 15]} {title}")
         return "pass"
-
-    def do_extents(self, path):
-        answer = self.extents(path)
-        self.note(f"place of {path}: {answer}")
-        return answer
-
-    def extents(self, path):
-        """The place of a file, from the mounted file system at this moment."""
-        letter = path[:1].upper()
-        volume = self.volumes.get(letter)
-        if volume is not None and (volume.locked_by is not None or not volume.mount()):
-            return "words Access is denied."
-        link = os.path.join(self.links, letter.lower() + ":")
-        native = os.path.join(os.path.realpath(link), path[3:].replace("\\", "/"))
-        start = volume.start if volume is not None else host_start(native)
-        try:
-            runs = stick.file_runs(native, start)
-        except OSError as failure:
-            return f"words getNextTranslation: Incorrect function. {failure.strerror}"
-        if not runs:
-            return "words getNextTranslation: Incorrect function."
-        return "extents " + " ".join(f"{offset} {lba} {count}" for offset, lba, count in runs)
-
-
-def host_start(path):
-    """First sector of the partition that a file of this machine lies on."""
-    try:
-        number = os.stat(path).st_dev
-        with open(f"/sys/dev/block/{os.major(number)}:{os.minor(number)}/start",
-                  encoding="ascii") as file:
-            return int(file.read())
-    except OSError:
-        return 0
