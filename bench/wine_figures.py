@@ -44,11 +44,12 @@ virtual_usb.VirtualUsb.answer = timed_answer
 
 
 def tool_seconds(lines):
-    """From the operation in front of each tool run to the one behind it."""
+    """From the operation in front of each tool run to the program's next one behind it."""
     total = 0
-    for i in range(1, len(lines) - 1):
-        if lines[i][1].startswith("place of "):
-            total += lines[i + 1][0] - lines[i - 1][0]
+    for i in range(1, len(lines)):
+        if lines[i][1].startswith("runs "):
+            behind = next(at for at, line in lines[i:] if line.startswith(("number ", "box ")))
+            total += behind - lines[i - 1][0]
     return total
 
 
@@ -75,8 +76,8 @@ def plain_switch():
     with started("figures", image) as run:
         run.robot.wait_ready()
         # The window is shown between the tool's answer and the first look at a drive.
-        asked = next(at for at, line in times if line.startswith("place of "))
-        window = next(at for at, line in times if "PhysicalDrive0" in line) - asked
+        window, _ = next(entry for entry in times if "PhysicalDrive0" in entry[1])
+        window -= max(at for at, line in times if line.startswith("runs ") and at < window)
         memory = own_memory("C:\\rotate\\Rotate_TSD.exe")
         del times[:], answering[:]
         clicked = time.monotonic()
