@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Figures of the shipped executables under Wine, each beside what it is compared with.
 
-Runs on the rig of the whole stories (tests/wine). Figures of one run belong together; a busy
+Runs on the rig. Figures of one run belong together; a busy
 machine makes all of them larger.
 """
 import os
@@ -11,7 +11,7 @@ import sys
 import time
 
 ROOT = os.path.realpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-sys.path.insert(0, os.path.join(ROOT, "tests", "wine"))
+sys.path[:0] = [os.path.join(ROOT, "rig"), os.path.join(ROOT, "tests", "wine")]
 import make_stick
 import program_run
 import virtual_usb

@@ -18,4 +18,4 @@ scripts/setup.sh x64 wine || cannot "Wine and its companions are not installed"
   cat build/win64.log
   exit 1
 }
-exec python3 -B -u tests/wine/demo.py
+exec python3 -B -u rig/demo.py

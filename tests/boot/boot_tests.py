@@ -13,7 +13,7 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "wine"))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "rig"))
 
 import stick  # noqa: E402
 from program_run import RIG, STICK  # noqa: E402

@@ -11,6 +11,8 @@ import sys
 import time
 import traceback
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
+
 import extents_story
 import make_stick
 import stick

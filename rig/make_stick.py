@@ -16,7 +16,7 @@ import tempfile
 import stick
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-BOOT = os.path.join(HERE, "..", "boot")
+BOOT = os.path.join(HERE, "boot")
 MAIN_START, MAIN_SECTORS = 2048, 360 * 2048
 SECOND_START, SECOND_SECTORS = MAIN_START + MAIN_SECTORS, 16 * 2048
 TOTAL_SECTORS = SECOND_START + SECOND_SECTORS + 20 * 2048

@@ -11,7 +11,7 @@ import stick
 from virtual_usb import VirtualUsb
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-ROOT = os.path.realpath(os.path.join(HERE, "..", ".."))
+ROOT = os.path.realpath(os.path.join(HERE, ".."))
 RIG = os.path.join(ROOT, "build", "rig")
 BIN = os.path.join(RIG, "bin")
 STICK = os.path.join(RIG, "stick.img")
@@ -37,7 +37,7 @@ def prepare():
         subprocess.run([WINE, "wineboot", "-i"], env=environment, check=True, capture_output=True)
         subprocess.run([SERVER, "-w"], env=environment, check=True)
     parts = [os.path.join(HERE, name) for name in ("make_stick.py", "stick.py")]
-    parts += [os.path.join(ROOT, "tests", "boot", name)
+    parts += [os.path.join(HERE, "boot", name)
               for name in ("mbr.asm", "volume.asm", "say.inc", "efi_hello.c")]
     stale = not os.path.exists(STICK) or any(
         os.path.getmtime(part) > os.path.getmtime(STICK) for part in parts)
