@@ -45,6 +45,7 @@ struct ControlDesign {
   int left = 0, top = 0, width = 0, height = 0;  // twips, relative to the client area
   const char* caption = nullptr;                 // "&" before the accelerator letter
   const char* toolTip = nullptr;
+  const char* spokenName = nullptr;  // what a screen reader calls a control without a caption
   bool visible = false;
   bool ticked = false;              // check boxes
   bool sorted = false;              // lists

@@ -20,6 +20,7 @@ constexpr std::array<ControlDesign, kControlCount> kControls{{
      .width = 6345,
      .height = 315,
      .toolTip = "Select the drive you want to test (only grub4dos drives are listed)",
+     .spokenName = "Drive",
      .visible = true,
      .sorted = true,
      .backColour = &kPaleYellow},
@@ -114,6 +115,7 @@ constexpr std::array<ControlDesign, kControlCount> kControls{{
      .width = 8010,
      .height = 4755,
      .toolTip = "Double-click to replace TSD partition with the partition image file(s)",
+     .spokenName = "Partition image files",
      .visible = true,
      .sorted = true},
     {.id = Control::Label1,
@@ -160,13 +162,15 @@ constexpr bool IsSound() {
     if (static_cast<std::size_t>(c.id) != tab || c.name == nullptr) return false;
     if (c.left < 0 || c.top < 0 || c.left + c.width > kClientWidth) return false;
     if (c.top + c.height > kClientHeight) return false;
+    if (c.visible && c.caption == nullptr && c.spokenName == nullptr) return false;
     for (std::size_t other = 0; other < tab; ++other) {
       if (std::string_view(kControls[other].name) == c.name) return false;
     }
   }
   return true;
 }
-static_assert(IsSound(), "each control once, in tab order, inside the window");
+static_assert(IsSound(),
+              "each control once, in tab order, inside the window, with something to call it by");
 
 }  // namespace
 

@@ -157,6 +157,12 @@ def keyboard(place):
     start, sectors = place[make_stick.UEBUNG]
     with started("keyboard", image) as run:
         state = run.robot.wait_ready()
+        parts = state["main"]["controls"]
+        check("the names that a screen reader says", [
+            (before["class"], before["text"], before["visible"], part["class"])
+            for before, part in zip(parts, parts[1:]) if part["class"] in ("ComboBox", "ListBox")],
+              [("Static", "Drive", False, "ComboBox"),
+               ("Static", "Partition image files", False, "ListBox")])
         run.robot.do("focus")
         check("the first stop", state["focus"], "ComboBox")
         stops = []

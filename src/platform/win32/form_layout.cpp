@@ -62,6 +62,11 @@ void Replace(HFONT& font, HFONT by) {
 void FormWindow::MakeControl(const ControlDesign& design) {
   const WindowKind kind = KindOf(design);
   if (kind.className == nullptr) return;
+  // Screen readers call a list by the static text in front of it in tab order, seen or not.
+  if (design.spokenName != nullptr) {
+    ::CreateWindowExA(0, WC_STATICA, design.spokenName, WS_CHILD | SS_NOPREFIX, 0, 0, 0, 0, frame_,
+                      nullptr, ::GetModuleHandleA(nullptr), nullptr);
+  }
   Part& part = parts_[Index(design.id)];
   const auto id = static_cast<INT_PTR>(kFirstControlId + Index(design.id));
   part.window = ::CreateWindowExA(
