@@ -1,7 +1,7 @@
 # A thin front over the CMake presets and scripts/. Each task installs what it lacks from Debian's
 # packages when run as root, and says what is missing otherwise.
 .DEFAULT_GOAL := help
-.PHONY: run test windows rehearse bench fuzz dist tidy format clean help
+.PHONY: run test windows rehearse bench pictures fuzz dist tidy format clean help
 
 run: ## the real window under Wine on a demo stick; without a display a robot user works it
 	@scripts/run.sh
@@ -30,6 +30,11 @@ bench: ## timings of the logic, and of the executables under Wine
 fuzz: ## the fuzz harnesses for a minute each, then a million worlds made at random
 	@scripts/setup.sh native tidy
 	@scripts/fuzz.sh
+
+pictures: ## the window and each kind of box at 100, 150 and 200 %, to be looked at, to build/rig/pictures
+	@scripts/setup.sh windows wine
+	@cmake --preset win64 >/dev/null && cmake --build --preset win64 >/dev/null
+	@python3 -B rig/pictures.py
 
 dist: windows ## the zips, to dist/
 	@python3 scripts/dist.py

@@ -3,6 +3,7 @@
 import fcntl
 import json
 import os
+import re
 import shutil
 import subprocess
 import time
@@ -135,9 +136,10 @@ class ProgramRun:
     """with ProgramRun(folder, stick image) as run: the program runs and the robot looks at it.
     Everything that was started ends with the block, whatever happened in it."""
 
-    def __init__(self, folder, image, program=None, display=None, writable=False):
+    def __init__(self, folder, image, program=None, display=None, writable=False,
+                 screen="1024x768x24", dpi=96):
         self.folder, self.image, self.writable = folder, image, writable
-        self.shown_on = display
+        self.shown_on, self.screen, self.dpi = display, screen, dpi
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
         self.tool = os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
@@ -163,6 +165,7 @@ class ProgramRun:
             if name.endswith(".reg"):
                 os.remove(os.path.join(prefix, name))
                 shutil.copy(os.path.join(pristine, name), prefix)
+        set_density(prefix, self.dpi)
         place = os.path.join(prefix, "drive_c", "rotate")
         library = windows_path(os.path.join(BIN, "virtual_usb.dll"))
         os.makedirs(place)
@@ -188,7 +191,7 @@ class ProgramRun:
         ready, told = os.pipe()
         server = subprocess.Popen(
             ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(told), "-screen", "0",
-             "1024x768x24", "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
+             self.screen, "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
         self.children.append(server)
         os.close(told)
         with os.fdopen(ready) as pipe:
@@ -216,6 +219,19 @@ class ProgramRun:
                 print("\n".join(["The journal's end:", *self.usb.journal[-12:]]))
             self.usb.close()
         shutil.rmtree(os.path.join(self.folder, "prefix"), ignore_errors=True)
+
+
+def set_density(prefix, dpi):
+    """Into the registry of a prefix that no server has open."""
+    path = os.path.join(prefix, "user.reg")
+    with open(path, encoding="latin-1") as file:
+        text = file.read()
+    head = r"(\[Control Panel\\\\Desktop\][^\n]*\n)"
+    text, found = re.subn(head, lambda match: match[1] + f'"LogPixels"=dword:{dpi:08x}\n', text, 1)
+    if not found:
+        raise RuntimeError("no place for the density in the registry")
+    with open(path, "w", encoding="latin-1") as file:
+        file.write(text)
 
 
 def windows_path(path):

@@ -3,10 +3,12 @@
 //   state              the window, its controls and the boxes that are open
 //   pick N             choose row N of the drop-down list
 //   doubleclick N      double-click row N of the list box
+//   label CAPTION      double-click the label
 //   click CAPTION      click the button or check box (its caption without the "&")
 //   answer CAPTION     click a button of the topmost box
 //   type TEXT          put TEXT into the topmost box's text field
 //   focus              bring the window to the front
+//   pointer X Y        put the mouse pointer there, in pixels of the screen
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
 //   idle MS            wait until the window answers at once, five times running
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
@@ -218,6 +220,11 @@ bool DoubleClick(HWND main, WPARAM row) {
   return true;
 }
 
+bool DoubleClickLabel(HWND main, const std::string& caption) {
+  HWND label = Child(main, "Static", caption);
+  return label != nullptr && PostMessageW(label, WM_LBUTTONDBLCLK, MK_LBUTTON, 0) != 0;
+}
+
 bool Click(HWND window, const std::string& caption) {
   HWND button = window == nullptr ? nullptr : Child(window, "Button", caption);
   return button != nullptr && IsWindowEnabled(button) && PostMessageW(button, BM_CLICK, 0, 0) != 0;
@@ -271,6 +278,10 @@ bool Do(const std::string& verb, std::istringstream& words) {
   const Found found = Look();
   if (verb == "keys") return Keys(words);
   if (verb == "focus") return Focus(found.boxes.empty() ? found.main : found.boxes.front());
+  if (verb == "pointer") {
+    int x = 0, y = 0;
+    return words >> x >> y && SetCursorPos(x, y) != 0;
+  }
   std::string rest;
   std::getline(words >> std::ws, rest);
   if (verb == "type") return Type(found, rest);
@@ -279,6 +290,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   const auto number = static_cast<unsigned>(atoi(rest.c_str()));
   if (verb == "pick") return Pick(found.main, number);
   if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "label") return DoubleClickLabel(found.main, rest);
   if (verb == "click") return Click(found.main, rest);
   return verb == "idle" && Idle(found.main, number);
 }

@@ -1,0 +1,108 @@
+#!/usr/bin/env python3
+"""Pictures of the window with a full list and of each kind of box, at 100, 150 and 200 % scaling, to
+be looked at after a change of the window: pictures.py [FOLDER], build/rig/pictures if none is given.
+
+Whether something is cut off or overlaps is for the eye. A box that doesn't come is an error here.
+"""
+
+import os
+import shutil
+import sys
+import time
+
+import make_stick
+import stick
+from program_run import RIG, ProgramRun, prepare
+
+NAMES = [f"_ISO/LINUX/A system with a number, {number:02} of 40.volPAK" for number in range(1, 41)]
+NAMES += ["_ISO/LINUX/" + "A very long name " * 9 + "indeed.volPAK", "_ISO/Größe  Üß   é.volPAK"]
+TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
+REFUSED = "write PhysicalDrive1 0"
+
+
+def add(image, name, size, at=0):
+    """Each piece by a mount of its own, which puts it behind what is there."""
+    with stick.Ntfs(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+                    make_stick.MAIN_SECTORS) as folder:
+        with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
+            file.seek(at)
+            file.write(b"\x5a" * size)
+
+
+def full_stick(image):
+    stick.copy(os.path.join(RIG, "stick.img"), image)
+    add(image, TORN, 1 << 16)
+    add(image, "between.bin", 1 << 16)
+    add(image, TORN, 1 << 16, at=1 << 16)
+    add(image, COMPANION, 1 << 16)
+    add(image, COMPANION + ".volPAK", 1 << 16)
+    with stick.Ntfs(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+                    make_stick.MAIN_SECTORS) as folder:
+        for name in NAMES:
+            with open(os.path.join(folder, name), "wb") as file:
+                file.write(b"\x5a" * 4096)
+
+
+class Camera:
+    """Takes what the program shows, cut to what isn't the bare desktop."""
+
+    def __init__(self, run, folder, dpi):
+        self.run, self.folder, self.dpi = run, folder, dpi
+
+    def take(self, name):
+        time.sleep(0.5)  # painted when the messages behind it are handed out
+        path = os.path.join(self.folder, f"{name}-{self.dpi * 100 // 96}.png")
+        self.run.picture(path)
+        stick.run("convert", path, "-trim", "+repage", path)
+
+    def box(self, name, command, answer="OK"):
+        """The box that follows a command to the robot."""
+        self.run.robot.wait_ready(60)
+        self.run.robot.do(command)
+        self.run.robot.wait(f"the box for {name}", lambda state: state["boxes"])
+        self.take(name)
+        self.run.robot.answer(answer)
+
+
+def play(run, camera):
+    robot = run.robot
+    images = robot.wait_ready(60)["images"]
+    robot.do("pointer 1599 1199")  # else the tip of what lies under it covers the window
+    robot.do("focus")
+    camera.take("window")
+
+    def doubleclick(text):
+        return f"doubleclick {next(row for row, image in enumerate(images) if text in image)}"
+
+    camera.box("box-plain", "click Help")
+    camera.box("box-information", "label Double-click on a .volPAK file to switch to the CSM Menu")
+    camera.box("box-exclamation", doubleclick("In two pieces"))
+    robot.box("File invalid", "OK")
+    robot.wait_ready()
+    robot.do("keys 35")  # End
+    camera.take("window-end")
+    camera.box("box-yes-no-cancel", doubleclick("Wrong order"), "Cancel")
+    camera.box("box-type", doubleclick("ext.volPAK"))
+    robot.box("Change partition table", "Cancel")
+    run.usb.fault = lambda line: "fail C00000A2" if line == REFUSED else None
+    camera.box("box-ok-cancel", doubleclick("Rescue volume"))
+    robot.expect_box("SECTOR WRITE FAILED")
+    camera.take("box-stop")
+
+
+def main():
+    folder = os.path.abspath(sys.argv[1]) if len(sys.argv) > 1 else os.path.join(RIG, "pictures")
+    prepare()
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    image = os.path.join(RIG, "full.img")
+    for dpi in (96, 144, 192):
+        full_stick(image)
+        run = ProgramRun(os.path.join(RIG, "pictured"), image, screen="1600x1200x24", dpi=dpi)
+        with run:
+            play(run, Camera(run, folder, dpi))
+    print(f"The pictures lie in {folder}.")
+
+
+if __name__ == "__main__":
+    main()
