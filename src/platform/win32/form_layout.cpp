@@ -88,7 +88,7 @@ void FormWindow::AddToolTip(HWND control, const char* text) {
   }
   TTTOOLINFOA tool{};
   tool.cbSize = sizeof tool;
-  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.uFlags = TTF_IDISHWND;
   tool.hwnd = frame_;
   tool.uId = reinterpret_cast<UINT_PTR>(control);
   tool.lpszText = const_cast<char*>(text);
@@ -96,7 +96,10 @@ void FormWindow::AddToolTip(HWND control, const char* text) {
 }
 
 void FormWindow::LayOut() {
-  Replace(font_, MakeFont(nullptr, false, false, false, dpi_));
+  const HFONT font = MakeFont(nullptr, false, false, false, dpi_);
+  if (measure_ == nullptr) measure_ = ::CreateCompatibleDC(nullptr);
+  ::SelectObject(measure_, font);  // before the old one goes
+  Replace(font_, font);
   for (std::size_t i = 0; i < kControlCount; ++i) LayOutControl(design_->controls[i]);
   SetClientSize(PixelsOf(design_->clientWidth, dpi_), PixelsOf(design_->clientHeight, dpi_));
 }

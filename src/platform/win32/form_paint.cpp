@@ -115,15 +115,13 @@ void FormWindow::SetBusy(bool busy) {
 }
 
 SIZE FormWindow::TextPixels(const std::string& text) const {
-  const HDC screen = ::GetDC(frame_);
-  const HGDIOBJ before = ::SelectObject(screen, font_);
   SIZE size{};
   const std::wstring wide = WideText(text);
-  ::GetTextExtentPoint32W(screen, wide.data(), static_cast<int>(wide.size()), &size);
-  TEXTMETRICA metric{};
-  ::GetTextMetricsA(screen, &metric);
-  size.cy = metric.tmHeight;
-  ::SelectObject(screen, before);
-  ::ReleaseDC(frame_, screen);
+  ::GetTextExtentPoint32W(measure_, wide.data(), static_cast<int>(wide.size()), &size);
+  if (wide.empty()) {
+    TEXTMETRICA metric{};
+    ::GetTextMetricsA(measure_, &metric);
+    size.cy = metric.tmHeight;
+  }
   return size;
 }

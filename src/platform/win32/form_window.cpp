@@ -78,6 +78,9 @@ void FormWindow::Destroy() {
 }
 
 void FormWindow::HandOut(MSG& message) {
+  if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
+    ::SendMessageA(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
+  }
   const HWND list = Of(Control::List1);
   if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN && list != nullptr &&
       message.hwnd == list) {
@@ -219,6 +222,7 @@ void FormWindow::Forget() {
     if (part.icon != nullptr) ::DestroyIcon(part.icon);
     part = {};
   }
+  if (measure_ != nullptr) ::DeleteDC(measure_);
   if (font_ != nullptr) ::DeleteObject(font_);
   // A Quiet or Modal that still lives counts down on its own.
   const int quiet = quiet_, modal = modal_;

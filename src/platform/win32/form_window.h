@@ -106,6 +106,7 @@ class FormWindow {
   HWND tips_ = nullptr;
   HWND lastFocus_ = nullptr;
   HFONT font_ = nullptr;
+  HDC measure_ = nullptr;  // a canvas with the font, kept: made anew for each text it costs most
   std::array<Part, kControlCount> parts_{};
   int dpi_ = 96;
   SIZE frameTwips_{};  // outer minus client size, as it was at creation
