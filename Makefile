@@ -23,7 +23,7 @@ bench: ## timings of the logic, and of the executables under Wine
 	@scripts/setup.sh native windows wine
 	@cmake --preset bench >/dev/null && cmake --build --preset bench >/dev/null
 	@build/bench/bench/rotate_bench
-	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target all search_bench >/dev/null
+	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target all search_bench bare_window >/dev/null
 	@cmake --preset win32 >/dev/null && cmake --build --preset win32 >/dev/null
 	@python3 -B bench/wine_figures.py
 

@@ -53,22 +53,42 @@ def tool_seconds(lines):
     return total
 
 
-def own_memory(program):
-    """Resident size of the process that runs the program, and the part that is its own, in MB."""
-    def megabytes(text, *keys):
+def memory_of(process):
+    """Resident size of a process and the part that is its own, in MB."""
+    with open(f"/proc/{process}/smaps_rollup", encoding="utf-8") as sizes:
+        text = sizes.read()
+
+    def megabytes(*keys):
         return sum(int(text.split(key)[1].split()[0]) for key in keys) / 1024
 
-    for pid in filter(str.isdigit, os.listdir("/proc")):
+    return megabytes("Rss:"), megabytes("Private_Clean:", "Private_Dirty:")
+
+
+def process_of(program):
+    """The process that runs a program of the prefix, by its path there."""
+    for process in filter(str.isdigit, os.listdir("/proc")):
         try:
-            with open(f"/proc/{pid}/cmdline", "rb") as line:
-                if not line.read().decode().lower().strip('"').startswith(program.lower()):
-                    continue
-            with open(f"/proc/{pid}/smaps_rollup", encoding="utf-8") as sizes:
-                text = sizes.read()
+            with open(f"/proc/{process}/cmdline", "rb") as line:
+                if line.read().decode().lower().strip('"').startswith(program.lower()):
+                    return process
         except OSError:
             continue
-        return megabytes(text, "Rss:"), megabytes(text, "Private_Clean:", "Private_Dirty:")
-    return None
+    raise RuntimeError(f"nothing runs {program}")
+
+
+def bare_memory(environment):
+    """The same of a window that does nothing, as soon as it doesn't grow any more."""
+    program = os.path.join(ROOT, "build", "win64", "bare_window.exe")
+    bare = subprocess.Popen([program_run.WINE, program], env=environment)
+    try:
+        before, now = None, (0, 0)
+        while now != before or now[0] < 5:  # smaller than that it is still being loaded
+            time.sleep(1)
+            before, now = now, memory_of(bare.pid)
+        return now
+    finally:
+        bare.terminate()
+        bare.wait()
 
 
 def plain_switch():
@@ -78,7 +98,8 @@ def plain_switch():
         # The window is shown between the tool's answer and the first look at a drive.
         window, _ = next(entry for entry in times if "PhysicalDrive0" in entry[1])
         window -= max(at for at, line in times if line.startswith("runs ") and at < window)
-        memory = own_memory("C:\\rotate\\Rotate_TSD.exe")
+        memory = (memory_of(process_of("C:\\rotate\\Rotate_TSD.exe")),
+                  bare_memory(run.environment))
         del times[:], answering[:]
         clicked = time.monotonic()
         run.robot.doubleclick("Rescue volume")
@@ -140,8 +161,8 @@ def main():
           f"times, in {best['rig'] * 1000:.0f} ms of the whole)")
     window = min(run["window"] for run in runs)
     print(f"the tool's answer at start-up to the window shown: {window * 1000:.0f} ms")
-    if best["memory"]:
-        print("resident {:.1f} MB, of which not shared {:.1f} MB".format(*best["memory"]))
+    for name, (resident, private) in zip(("the program", "a bare window"), best["memory"]):
+        print(f"{name}: resident {resident:.1f} MB, of which not shared {private:.1f} MB")
     found = search()
     ratio = min(found["search_ms"]) / min(found["dir_ms"])
     print(f"image search: {min(found['search_ms']):.0f} ms beside dir /s /b "
