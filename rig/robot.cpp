@@ -9,10 +9,13 @@
 //   type TEXT          put TEXT into the topmost box's text field
 //   focus              bring the window to the front
 //   pointer X Y        put the mouse pointer there, in pixels of the screen
+//   hover CAPTION      put the mouse pointer onto a button or check box
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
 //   idle MS            wait until the window answers at once, five times running
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
 #include <windows.h>
+// Needs windows.h before it.
+#include <commctrl.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -94,6 +97,7 @@ struct Found {
   std::vector<HWND> windows;  // top level, front to back
   HWND main = nullptr;        // the one with the drop-down list
   std::vector<HWND> boxes;
+  HWND tip = nullptr;
 };
 
 std::vector<HWND> Children(HWND window) {
@@ -126,6 +130,7 @@ Found Look() {
       hasCombo = hasCombo || Class(child) == "ComboBox";
       hasButton = hasButton || Class(child) == "Button";
     }
+    if (Class(window) == TOOLTIPS_CLASSA) found.tip = window;
     if (hasCombo && Class(window) != "#32770") {
       found.main = window;
     } else if (Class(window) == "#32770" || hasButton) {
@@ -193,6 +198,7 @@ std::string State() {
     json += ",\"focus\":" + Json(FocusText(found.main));
     json += ",\"blocked\":" + std::string(IsWindowEnabled(found.main) ? "false" : "true");
   }
+  json += ",\"tip\":" + (found.tip == nullptr ? "null" : Json(Text(found.tip)));
   json += ",\"boxes\":[";
   for (HWND box : found.boxes) {
     if (json.back() == '}') json += ",";
@@ -228,6 +234,13 @@ bool DoubleClickLabel(HWND main, const std::string& caption) {
 bool Click(HWND window, const std::string& caption) {
   HWND button = window == nullptr ? nullptr : Child(window, "Button", caption);
   return button != nullptr && IsWindowEnabled(button) && PostMessageW(button, BM_CLICK, 0, 0) != 0;
+}
+
+bool Hover(HWND main, const std::string& caption) {
+  RECT place;
+  HWND button = Child(main, "Button", caption);
+  return button != nullptr && GetWindowRect(button, &place) != 0 &&
+         SetCursorPos((place.left + place.right) / 2, (place.top + place.bottom) / 2) != 0;
 }
 
 bool Type(const Found& found, const std::string& text) {
@@ -290,6 +303,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   const auto number = static_cast<unsigned>(atoi(rest.c_str()));
   if (verb == "pick") return Pick(found.main, number);
   if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "hover") return Hover(found.main, rest);
   if (verb == "label") return DoubleClickLabel(found.main, rest);
   if (verb == "click") return Click(found.main, rest);
   return verb == "idle" && Idle(found.main, number);

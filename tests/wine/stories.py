@@ -163,6 +163,9 @@ def keyboard(place):
             for before, part in zip(parts, parts[1:]) if part["class"] in ("ComboBox", "ListBox")],
               [("Static", "Drive", False, "ComboBox"),
                ("Static", "Partition image files", False, "ListBox")])
+        run.robot.do("hover Refresh")
+        run.robot.wait("the button's tip", lambda now: now["tip"]
+                       == "Use if you have inserted or removed a drive")
         run.robot.do("focus")
         check("the first stop", state["focus"], "ComboBox")
         stops = []
