@@ -103,6 +103,7 @@ for preset in win64 win32; do
     quiet "$preset-build" cmake --build --preset "$preset"
 done
 quiet check-executables scripts/check-executables
+quiet bench-programs cmake --build --preset win64 --target search_bench bare_window
 quiet reproducible same_bytes
 quiet package same_package
 

@@ -50,7 +50,7 @@ struct ControlDesign {
   bool ticked = false;              // check boxes
   bool sorted = false;              // lists
   bool centred = false;             // labels
-  bool hasIcon = false;             // buttons: a small icon above the caption
+  bool hasIcon = false;             // buttons: a small icon beside the caption
   const Rgb* textColour = nullptr;  // null: the system's
   const Rgb* backColour = nullptr;  // null: the system's
   const char* fontName = nullptr;   // null: the window's font
