@@ -8,40 +8,31 @@
 
 namespace {
 
-struct HostileName {
-  std::string base;  // begins with B, as the acts' files do
-  bool refused = false;
-};
-const std::vector<HostileName> kNames{
-    {"B&calc"},
-    {"B & calc & "},
-    {"B|calc"},
-    {"B<x"},
-    {"B>E"},
-    {"B^&calc"},
-    {"B(1)"},
-    {"B%COMSPEC%", true},
-    {"B%COMSPEC"},
-    {"B!PATH!", true},
-    {"B!PATH"},
-    {"B;calc"},
-    {"B,x"},
-    {"B=x"},
-    {"B+C"},
-    {"B\"&calc&\"", true},
-    {"B\"", true},
-    {"B\ncalc", true},
-    {"B'`$(calc)"},
-    {"B -y &"},
-    {"B.volPAK"},
-    {"B.."},
-    {"B  "},
-    {"B:&: C"},
-    {"B\x80\xC3\xA4\xFF"},
-    {"B@#~{}[]"},
-    {"Bxxx"},
-    {std::string("B") + std::string(251, 'x')},
-};
+// All begin with B, as the acts' files do.
+const std::vector<std::string> kTaken{"B&calc",
+                                      "B & calc & ",
+                                      "B|calc",
+                                      "B<x",
+                                      "B>E",
+                                      "B^&calc",
+                                      "B(1)",
+                                      "B%COMSPEC",
+                                      "B!PATH",
+                                      "B;calc",
+                                      "B,x",
+                                      "B=x",
+                                      "B+C",
+                                      "B'`$(calc)",
+                                      "B -y &",
+                                      "B.volPAK",
+                                      "B..",
+                                      "B  ",
+                                      "B:&: C",
+                                      "B\x80\xC3\xA4\xFF",
+                                      "B@#~{}[]",
+                                      "Bxxx",
+                                      std::string("B") + std::string(251, 'x')};
+const std::vector<std::string> kRefused{"B%COMSPEC%", "B!PATH!", "B\"&calc&\"", "B\"", "B\ncalc"};
 
 std::string Base;  // of the world under work; an Act's prepare takes no arguments of a test's own
 
@@ -70,20 +61,21 @@ void InWrongOrder(VirtualPc& pc, demo::World& world) {
 
 // Defends 1 to 6, above all 6.
 TEST(HostileNames, MeasureAndCopyTheFileMeantOrSayWhyNot) {
-  for (const HostileName& name : kNames) {
-    for (const auto prepare : {InOrder, InWrongOrder}) {
-      Base = name.base;
-      const std::string image = "\\_ISO\\" + Base + ".volPAK";
-      SCOPED_TRACE(image + (prepare == InOrder ? "" : ", in wrong order"));
-      const Act act{"hostile", Act::Kind::Switch, prepare, Open("E:" + image), image.c_str()};
-      Stage stage(act);
-      EXPECT_EQ(stage.Everything(stage.Perform()), Breaches());
-      EXPECT_EQ(stage.SectorIs(0, stage.before), name.refused);
-      const auto& boxes = stage.pc.toolkit.boxes;
-      const bool named = std::any_of(boxes.begin(), boxes.end(), [&](const ShownBox& shown) {
-        return shown.box.text.find("E:" + image) != std::string::npos;
-      });
-      EXPECT_TRUE(named) << "no box names the image";
+  for (const auto* names : {&kTaken, &kRefused}) {
+    for (const std::string& name : *names) {
+      for (const auto prepare : {InOrder, InWrongOrder}) {
+        Base = name;
+        const std::string image = "\\_ISO\\" + Base + ".volPAK";
+        SCOPED_TRACE(image + (prepare == InOrder ? "" : ", in wrong order"));
+        const Act act{"hostile", Act::Kind::Switch, prepare, Open("E:" + image), image.c_str()};
+        Stage stage(act);
+        EXPECT_EQ(stage.Everything(stage.Perform()), Breaches());
+        EXPECT_EQ(stage.SectorIs(0, stage.before), names == &kRefused);
+        const auto& boxes = stage.pc.toolkit.boxes;
+        EXPECT_TRUE(std::any_of(boxes.begin(), boxes.end(), [&](const ShownBox& shown) {
+          return shown.box.text.find("E:" + image) != std::string::npos;
+        })) << "no box names the image";
+      }
     }
   }
 }
