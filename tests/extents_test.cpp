@@ -166,28 +166,6 @@ TEST(Extents, OutputFileWithoutAFolder) {
   EXPECT_EQ(m.Lines(MaskOf(Op::Delete)), Texts{"delete GFE.txt ok"});
 }
 
-TEST(Extents, LogTellsEachStep) {
-  Measuring m;
-  std::string& output = m.pc.processes.toolTexts[UpperCase(kImage)];
-  output = "File offset 0 LBA: 1f800 Sectors: 20018\r\n";
-  m.TurnLoggingOn();
-  GetFileStart(kImage);
-  Texts log = m.TakeLog();
-  std::erase_if(log, [](const std::string& line) { return line.starts_with("-------"); });
-  EXPECT_EQ(log,
-            (Texts{"GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
-                   "GetFileStart 100", "GetFileStart 200", "GetFileStart 205", "GetFileStart 210",
-                   "GFE FileLength=131096 20018    NEW=131072 20000", "GetFileStart 215",
-                   "E:\\_ISO\\Rescue.volPAK Start (sectors)=129024 (1f800 hex)  Length "
-                   "(sectors)=131072 (20000 hex)",
-                   "GetFileStart ended"}));
-  EXPECT_TRUE(m.OutputIsThere()) << "with logging on the output stays";
-  output = "";
-  GetFileStart(kImage);
-  EXPECT_EQ(m.TakeLog(), (Texts{"GetFileStart started: fFILE=E:\\_ISO\\Rescue.volPAK", "SyncShell",
-                                "GetFileStart 100", "GetFileStart 105", "GetFileStart ended"}));
-}
-
 TEST(Children, FailuresOfSyncShell) {
   const ChildScript well, refused{.match = "x", .refusedWith = 5},
       gone{.match = "x", .goneBeforeOpen = true}, hides{.match = "x", .hidesExitCode = true};

@@ -1,10 +1,13 @@
 // The log file, its rotation, its switch, and the wording of a report in each layout.
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 #include "disk/drive_discovery.h"
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
+#include "imagefiles/file_extents.h"
 #include "platform/platform.h"
 #include "shell/drive_inventory.h"
 #include "shell/failure.h"
@@ -110,48 +113,35 @@ TEST(Log, RotationThatFails) {
   }
 }
 
-TEST(Log, LinesOfTheDiskRoutines) {
-  // What a row tells stands between "------- " and " Started ----------------", but behind a "=".
-  const Texts letters{"Get_Drive_Volumes(1,,,,)",
-                      "=------- Get_Drive_Volumes(1,E:,F:,,) Result=True  ----------------"};
-  const struct {
-    std::function<void()> routine;
-    Texts log;
-  } rows[] = {
-      {[] { ReadandParseSector("E:", 60); },
-       {"ReadandParseSector(E:, 60)", "Open_Physical_Disk_hDrive", "DirectReadDrive(60,1)",
-        "MyCloseHandle", "ParseSectorBuffer"}},
-      {[] { WriteSector(1, 4294967295); },
-       {"WriteSector(1, 4294967295)", "Open_Physical_Disk_hDrive", "DirectWriteDrive(4294967295,1)",
-        "MyCloseHandle"}},
-      {[] { GetDriveLetter(1); },
-       {"GetDriveLetter(1)", letters[0], letters[1],
-        "=v1=E:", "=Finished GetDriveLetter - GetDriveLetter=E:"}},
-      {[] { Open_Lock_Dismount_Volume("Q:\\"); },
-       {"Open_Lock_Dismount_Volume Q:\\", "Open_Volume_get_lngHandle"}},
-      {[] { Lock_Unlock_All_Volumes(7, "LOCK"); },
-       {"Lock_Unlock_All_Volumes LOCK", "Get_Drive_Volumes(7,,,,)",
-        "=------- Get_Drive_Volumes(7,,,,) Result=False  ----------------"}},
-      {[] { Lock_Unlock_All_Volumes(7, "UNLOCK"); }, {"Lock_Unlock_All_Volumes UNLOCK"}},
-      {[] { ReMount_Drive(7); }, {"ReMount_Drive(7)"}},
-      {[] { DisMount_All_VolumesX(1); },
-       {"DisMount_All_VolumesX", letters[0], letters[1], "Open_Lock_Dismount_Volume E:",
-        "Open_Volume_get_lngHandle", "MyLock_Volume", "MyDismount_Volume", "MyCloseHandle",
-        "Open_Lock_Dismount_Volume F:", "Open_Volume_get_lngHandle", "MyLock_Volume",
-        "MyDismount_Volume", "MyCloseHandle"}},
-      {[] { GetUSBDiskDriveInfo(0); }, {"=GetUSBDiskDriveInfo 0"}},
+// Every line of two switches, a restore, a swap, and of what goes wrong beside them.
+TEST(Log, TellsEachStep) {
+  StartedPc p;
+  p.TurnLoggingOn();
+  const auto act = [&](const UserAction& action, Answer answer) {
+    p.pc.toolkit.AnswerNext(answer);
+    p.Do(action);
   };
-  for (const auto& row : rows) {
-    Logging l;
-    l.TurnLoggingOn();
-    row.routine();
-    Texts expected;
-    for (const std::string& text : row.log) {
-      expected.push_back(text[0] == '=' ? text.substr(1)
-                                        : "------- " + text + " Started ----------------");
-    }
-    EXPECT_EQ(l.TakeLog(), expected);
-  }
+  p.pc.toolkit.AnswerInput("82");
+  act(Open("E:\\_ISO\\A.volPAKX4DATA"), Answer::Cancel);
+  act(Open("E:\\_ISO\\Rescue.volPAK"), Answer::Ok);
+  act(Click(Control::cmdRestoreTSD), Answer::Ok);
+  act(Click(Control::cmdSwitchPtns), Answer::Cancel);
+  Open_Lock_Dismount_Volume("Q:\\");
+  Lock_Unlock_All_Volumes(7, "LOCK");
+  GetFileStart("E:\\%OS%");
+  p.pc.processes.toolTexts["E:\\_ISO\\A"] = "File offset 0 LBA: 1f800 Sectors: 20018\r\n";
+  GetFileStart("E:\\_ISO\\A");
+  EXPECT_NE(p.world.c.Find("\\Temp\\GFE_Output.txt"), nullptr) << "with logging on it stays";
+  p.pc.processes.toolTexts["E:\\_ISO\\A"] = "";
+  GetFileStart("E:\\_ISO\\A");
+  p.pc.processes.toolTexts.clear();
+  p.world.stick.unwritable = {0};
+  act(Open("E:\\_ISO\\Rescue.volPAK"), Answer::Ok);
+  std::string log;
+  for (const std::string& line : p.TakeLog()) log += line + "\n";
+  std::ifstream file(ROTATE_TESTS "/golden/log.txt");
+  const std::string golden{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(log, golden);
 }
 
 TEST(Reports, Layouts) {

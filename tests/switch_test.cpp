@@ -94,28 +94,6 @@ TEST(Switch, MakesThePickedImagePartition1) {
   EXPECT_TRUE(program.Enabled(Control::cmdRestoreTSD));
 }
 
-TEST(Switch, SaysInTheLogHowFarItCame) {
-  struct Row {
-    Answer answer;
-    bool writable;
-    const char* end;
-  };
-  for (const Row& row :
-       {Row{Answer::Ok, true, " END"}, {Answer::Ok, false, ""}, {Answer::Cancel, true, " END"}}) {
-    ProgramOnPc program;
-    program.Start();
-    program.TurnLoggingOn();
-    if (!row.writable) program.world.stick.unwritable = {0};
-    program.Boxes(kSwitch, {row.answer});
-    std::string marks;
-    for (const std::string& line : program.TakeLog()) {
-      if (line.starts_with("List1_DblClick ")) marks += line.substr(14);
-    }
-    EXPECT_EQ(marks,
-              std::string(" 100 200 300 400 410 500 600 620 630 640 650 700 750 800") + row.end);
-  }
-}
-
 TEST(Switch, CancelLeavesOnlyTheBackups) {
   ProgramOnPc program;
   auto expected = program.world.stick.Contents();
