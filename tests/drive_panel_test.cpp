@@ -127,32 +127,6 @@ TEST(DrivePanel, ShowingAllDrives) {
   }
 }
 
-TEST(DrivePanel, ButtonsFollowTheTable) {
-  const struct {
-    const char* name;
-    std::size_t at;  // byte of the table that is changed; 0: none
-    const char* byte;
-    bool removable, swap;
-  } rows[] = {
-      {"two partitions", 0, "", true, true},
-      {"fixed drive", 0, "", false, false},
-      {"first is 0x21", 450, "\x21", true, false},
-      {"second is 0x21", 466, "\x21", true, false},
-      {"second is empty", 466, "", true, false},
-      {"first has a bad boot byte", 446, "\x81", true, false},
-      {"no signature", 510, "x", true, false},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    ProgramOnPc p;
-    p.world.stick.removable = row.removable;
-    if (row.at != 0) p.world.stick.Put(0, row.at, std::string(row.byte, 1));
-    EXPECT_EQ(p.Start({Pick(Control::Combo1, "E:")}), RunEnd::Returned);
-    EXPECT_EQ(p.Enabled(Control::cmdSwitchPtns), row.swap);
-    EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
-  }
-}
-
 TEST(DrivePanel, SelectingADriveThatCannotBeReadOrHasNoBootCode) {
   StartedPc p;
   p.world.stick.unreadable.insert(0);

@@ -117,16 +117,6 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
   }
 }
 
-TEST(Restore, BringsBackExactlyTheTableThatASwitchSaved) {
-  ProgramOnPc program;
-  const VirtualSector table = program.world.stick.Sector(0);
-  program.Boxes(Open("E:\\_ISO\\Rescue.volPAK"), {Answer::Ok});
-  EXPECT_EQ(program.Boxes(kRestore, {Answer::Ok}), BoxRows{kAsk});
-  EXPECT_EQ(program.world.stick.Sector(0), table);
-  EXPECT_EQ(program.Rows(Control::Combo1).size(), 2U);
-  EXPECT_FALSE(program.Enabled(Control::cmdRestoreTSD));
-}
-
 TEST(Restore, LooksAtTheVolumeFirst) {
   const BoxRow kNormal =
       Note("Drive is not in CSM mode!",

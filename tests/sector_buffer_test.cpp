@@ -86,24 +86,4 @@ TEST(SectorBuffer, Verdicts) {
   }
 }
 
-TEST(SectorBuffer, SoundAndSwappable) {
-  SectorBuffer.assign(512, 0);
-  Put(SectorBuffer, 100, "Missing MBR-hel");
-  Put(SectorBuffer, 510, "\x55\xAA");
-  Entry(SectorBuffer, kEntry1, 0x80, 7, 2048);
-  ParseSectorBuffer();
-  EXPECT_TRUE(IsSoundSavedTable());
-  EXPECT_FALSE(EntriesMayBeSwapped()) << "entry 2 is empty";
-  Entry(SectorBuffer, kEntry2, 0, 0x0C, 90000);
-  ParseSectorBuffer();
-  EXPECT_TRUE(EntriesMayBeSwapped());
-  for (const std::size_t entry : {kEntry1, kEntry2}) {
-    const std::uint8_t type = SectorBuffer[entry + kEntryType];
-    SectorBuffer[entry + kEntryType] = 0x21;
-    EXPECT_FALSE(EntriesMayBeSwapped());
-    SectorBuffer[entry + kEntryType] = type;
-  }
-  EXPECT_EQ(SectorNumberAt(kEntry2 + kEntryStart), 90000U);
-}
-
 }  // namespace

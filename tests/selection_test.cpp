@@ -1,5 +1,6 @@
 // From the picked image to the files that become partitions: companion, fourth file, the limits of
 // a table entry, and the order that UEFI booting needs. Told through the last question's report.
+#include <algorithm>
 #include <map>
 
 #include "tests/support.h"
@@ -78,6 +79,16 @@ std::vector<std::string> Paths(std::string text) {
   return paths;
 }
 
+// How the list tells a file that is found: one beside the image by its bare name, one elsewhere on
+// its volume without the volume.
+std::string Listed(const char* mark, const std::string& file) {
+  const std::string beside = "E:\\_ISO\\P\\";
+  if (file == "-") return "";
+  if (file.starts_with(beside)) return mark + file.substr(beside.size());
+  return mark + file.substr(file[0] == 'E' ? 2 : 0);
+}
+
+// The list and the switch look for them in the same places.
 TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
   struct Row {
     const char *name, *files;  // the first one is the image
@@ -109,10 +120,14 @@ TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
     const std::string image = Paths(row.files)[0];
     program.AddFiles(Paths(row.files));
     const BoxRows boxes = program.Boxes(Open(image), {Answer::Cancel});
+    const std::string companion = Paths(row.companion)[0], fourth = Paths(row.fourth)[0];
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_EQ(FileOf(boxes[0].text, 1), image);
-    EXPECT_EQ(FileOf(boxes[0].text, 3), Paths(row.companion)[0]);
-    EXPECT_EQ(FileOf(boxes[0].text, 4), Paths(row.fourth)[0]);
+    EXPECT_EQ(FileOf(boxes[0].text, 3), companion);
+    EXPECT_EQ(FileOf(boxes[0].text, 4), fourth);
+    const Texts rows = program.Rows(Control::List1);
+    const std::string line = image + Listed(" :&: ", companion) + Listed(" :&X4: ", fourth);
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), line), 1) << line;
   }
 }
 

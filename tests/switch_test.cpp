@@ -94,16 +94,6 @@ TEST(Switch, MakesThePickedImagePartition1) {
   EXPECT_TRUE(program.Enabled(Control::cmdRestoreTSD));
 }
 
-TEST(Switch, CancelLeavesOnlyTheBackups) {
-  ProgramOnPc program;
-  auto expected = program.world.stick.Contents();
-  expected[30] = expected[60] = expected[0];
-  EXPECT_EQ(program.Boxes(kSwitch, {Answer::Cancel}), BoxRows{kLastQuestion});
-  EXPECT_EQ(program.world.stick.Contents(), expected);
-  EXPECT_TRUE(program.Lines(MaskOf(Op::Lock, Op::Dismount, Op::RenewTable)).empty());
-  EXPECT_FALSE(program.Rows(Control::List1).empty());
-}
-
 // Every combination of the four defects that a table can have.
 TEST(SwitchChecks, ShowEverythingThatIsWrongWithTheTable) {
   const std::string kMbr = "ERROR: MBR on drive 1 does not ";
@@ -193,6 +183,7 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
     EXPECT_EQ(program.Boxes(kSwitch, answers), BoxRows{row.box});
     EXPECT_EQ(Written(program), written);
     EXPECT_EQ(stick.Contents(), expected);
+    EXPECT_TRUE(program.Lines(MaskOf(Op::Lock, Op::Dismount, Op::RenewTable)).empty());
   }
 }
 
