@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "platform/virtual/demo_world.h"
-#include "tests/random_world.h"
+#include "tests/oracle.h"
 
 using Breaches = std::vector<std::string>;
 

@@ -6,49 +6,36 @@
 #include "shell/form1.h"
 #include "switch/commit.h"
 #include "switch/partition_table.h"
+#include "tests/oracle.h"
 #include "tests/support.h"
 
 namespace {
 
-// An entry as it is built: the boot flag, three bytes that say "see the LBA" twice, the numbers.
-void Build(VirtualSector& table, int entry, std::uint8_t type, std::uint32_t start,
-           std::uint32_t sectors) {
-  demo::SetEntry(table, entry, entry == 1, type, start, sectors);
-  const std::size_t at = 430 + 16 * static_cast<std::size_t>(entry);
-  for (const std::size_t chs : {at + 1, at + 5}) {
-    table[chs] = 0xFE;
-    table[chs + 1] = table[chs + 2] = 0xFF;
-  }
-}
-
 TEST(Table, HoldsWhatTheImagesNameAsksFor) {
-  enum Content { kKept, kEmpty, kFile };
   struct Row {
     const char* extension;
     std::uint8_t type2;  // of the present entry 2
     bool companion, fourth;
     const char *ptn2, *ptn3, *ptn4;  // of the report
-    Content entry2, entry3, entry4;
   };
   constexpr const char* kSmall = "keep (small ptn 0x21)";
-  const Row kRows[] = {
-      {"volPAK", 0x0C, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
-      {"volPAK", 0x21, false, false, kSmall, "-", "-", kKept, kEmpty, kEmpty},
-      {"VOLpakauto", 0x21, false, false, kSmall, "-", "-", kKept, kEmpty, kEmpty},
-      {"volPAKAUTO", 0x21, true, false, "-", "", "-", kEmpty, kFile, kEmpty},
-      {"volPAK1", 0x21, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
-      {"volPAKAUTO2", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
-      {"volPAK2", 0x21, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
-      {"volPAK2", 0x0C, true, false, "(keep)", "", "-", kKept, kFile, kEmpty},
-      {"volPAK23", 0x0C, false, false, "(keep)", "(keep)", "-", kKept, kKept, kEmpty},
-      {"volPAK23", 0x0C, true, false, "(keep)", "", "-", kKept, kFile, kEmpty},
-      {"volPAK3", 0x0C, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
-      {"volPAKX4D", 0x21, false, true, "-", "-", "", kEmpty, kEmpty, kFile},
-      {"volPAKX4D", 0x21, false, false, "-", "-", "-", kEmpty, kEmpty, kEmpty},
-      {"volPAK2X4D", 0x0C, false, true, "-", "-", "", kEmpty, kEmpty, kFile},
-      {"volPAK2X4D", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
-      {"volPAKX4D2", 0x0C, false, false, "(keep)", "-", "-", kKept, kEmpty, kEmpty},
-      {"volPAK23X4D", 0x0C, true, true, "(keep)", "", "", kKept, kFile, kFile}};
+  const Row kRows[] = {{"volPAK", 0x0C, false, false, "-", "-", "-"},
+                       {"volPAK", 0x21, false, false, kSmall, "-", "-"},
+                       {"VOLpakauto", 0x21, false, false, kSmall, "-", "-"},
+                       {"volPAKAUTO", 0x21, true, false, "-", "", "-"},
+                       {"volPAK1", 0x21, false, false, "-", "-", "-"},
+                       {"volPAKAUTO2", 0x0C, false, false, "(keep)", "-", "-"},
+                       {"volPAK2", 0x21, false, false, "(keep)", "-", "-"},
+                       {"volPAK2", 0x0C, true, false, "(keep)", "", "-"},
+                       {"volPAK23", 0x0C, false, false, "(keep)", "(keep)", "-"},
+                       {"volPAK23", 0x0C, true, false, "(keep)", "", "-"},
+                       {"volPAK3", 0x0C, false, false, "-", "-", "-"},
+                       {"volPAKX4D", 0x21, false, true, "-", "-", ""},
+                       {"volPAKX4D", 0x21, false, false, "-", "-", "-"},
+                       {"volPAK2X4D", 0x0C, false, true, "-", "-", ""},
+                       {"volPAK2X4D", 0x0C, false, false, "(keep)", "-", "-"},
+                       {"volPAKX4D2", 0x0C, false, false, "(keep)", "-", "-"},
+                       {"volPAK23X4D", 0x0C, true, true, "(keep)", "", ""}};
   for (const Row& row : kRows) {
     SCOPED_TRACE(std::string(row.extension) + (row.companion ? " &" : "") +
                  (row.fourth ? " X4" : ""));
@@ -82,26 +69,15 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
               place(row.ptn4, "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D");
     EXPECT_EQ(boxes.back().text, report + "\r\n\r\nOK to write new MBR to Drive 1?");
 
-    Build(table, 1, 7, 0x1F800, 0x2000);
-    if (row.entry2 == kEmpty) std::fill_n(table.begin() + 462, 16, std::uint8_t{0});
-    if (row.entry3 != kKept) std::fill_n(table.begin() + 478, 16, std::uint8_t{0});
-    if (row.entry3 == kFile) Build(table, 3, 0x0C, 0x10203, 513);
-    std::fill_n(table.begin() + 494, 16, std::uint8_t{0});
-    if (row.entry4 == kFile) Build(table, 4, 7, 0x908070, 99);
-    std::copy_n(table.begin() + 454, 4, table.begin() + 440);
-    EXPECT_EQ(stick.Sector(0), table);
+    const std::optional<Role> companion = Role{0x10203, 513, 12}, fourth = Role{0x908070, 99, 7};
+    EXPECT_EQ(
+        stick.Sector(0),
+        NewTable(table, std::string(".") + row.extension, {0x1F800, 0x2000, 7},
+                 row.companion ? companion : std::nullopt, row.fourth ? fourth : std::nullopt));
     const VirtualSector none{};  // what isn't the picked image keeps its boot record
     EXPECT_EQ(stick.Sector(0x10203), row.companion ? demo::Fat32BootRecord() : none);
     EXPECT_EQ(stick.Sector(0x908070), row.fourth ? demo::NtfsBootRecord() : none);
   }
-}
-
-TEST(Table, CountsALastSectorThatIsNotFull) {
-  ProgramOnPc program;
-  program.world.e.AddFile("\\_ISO\\I.volPAK", 32 * 512 + 1, 0x1F800);
-  program.world.stick.SetSector(0x1F800, demo::NtfsBootRecord());
-  program.Boxes(Open("E:\\_ISO\\I.volPAK"), {Answer::Ok});
-  EXPECT_EQ(EntryOf(program.world.stick.Sector(0), 1), (TableEntry{true, 7, 0x1F800, 33}));
 }
 
 TEST(ReportOfTheTable, WordsEachEntryInItsOwnWay) {
@@ -195,22 +171,6 @@ TEST(PartitionType, IsAskedForEachFileThatShowsNone) {
   EXPECT_EQ(table[450], 0);  // 0x100 doesn't fit; the emptied entry's byte stays
   EXPECT_EQ(table[482], 0);  // Cancel
   EXPECT_EQ(table[498], 0x0B);
-}
-
-TEST(TableEntryBytes, ComeLowestFirstOutOfTheTexts) {
-  ProgramOnPc program;
-  program.Prepare();
-  Form1.FStart = "1F800";
-  Form1.FLength = "ABCDEF01";
-  program.Call([] { Get_start_length_bytes(); });
-  EXPECT_EQ(Form1.StartBytes, (std::array<std::string, 4>{"00", "F8", "1", "00"}));
-  EXPECT_EQ(Form1.LengthBytes, (std::array<std::string, 4>{"01", "EF", "CD", "AB"}));
-  SectorBuffer.assign(512, 0x55);
-  program.Call([] { Patch_PTN_Table(478, Form1.StartBytes, Form1.LengthBytes, 0x1234); });
-  const std::vector<std::uint8_t> expected{0, 0xFE, 0xFF, 0xFF, 0x55, 0xFE, 0xFF, 0xFF,
-                                           0, 0xF8, 1,    0,    1,    0xEF, 0xCD, 0xAB};
-  EXPECT_TRUE(std::equal(expected.begin(), expected.end(), SectorBuffer.begin() + 478));
-  EXPECT_EQ(std::count(SectorBuffer.begin(), SectorBuffer.end(), 0x55), 512 - 15);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tests/random_world.h"
+#include "tests/oracle.h"
 
 #include <algorithm>
 #include <cctype>
@@ -22,6 +22,13 @@ void Build(VirtualSector& table, std::size_t at, bool active, const Role& role) 
     table[at + 8 + i] = static_cast<std::uint8_t>(role.start >> (8 * i));
     table[at + 12 + i] = static_cast<std::uint8_t>(role.sectors >> (8 * i));
   }
+}
+
+bool CarriesGrub4dos(const VirtualSector& sector) {
+  const std::string_view text = Text(sector);
+  return text.substr(0, 446 + 15).find("Missing MBR-hel") != std::string_view::npos ||
+         text.substr(0, 446 + 11).find("Missing hel") != std::string_view::npos ||
+         (text.substr(345, 4) == "FLBT" && text.substr(355, 4) == "Boot");
 }
 
 }  // namespace
@@ -52,22 +59,10 @@ unsigned FormatOf(const VirtualSector& first) {
   return Text(first).substr(3, 4) == "NTFS" ? 7 : 0;
 }
 
-bool CarriesGrub4dos(const VirtualSector& sector) {
-  const std::string_view text = Text(sector);
-  return text.substr(0, 446 + 15).find("Missing MBR-hel") != std::string_view::npos ||
-         text.substr(0, 446 + 11).find("Missing hel") != std::string_view::npos ||
-         (text.substr(345, 4) == "FLBT" && text.substr(355, 4) == "Boot");
-}
-
-bool IsOneValue(const VirtualSector& sector) {
-  return std::count(sector.begin(), sector.end(), sector[0]) == 512;
-}
-
 bool IsSound(const VirtualSector& sector) {
   bool any = false;
   for (std::size_t at = 446; at < 510; at += 16) {
     any = any || ((sector[at] == 0 || sector[at] == 0x80) && sector[at + 4] != 0);
   }
-  return any && !IsOneValue(sector) && sector[510] == 0x55 && sector[511] == 0xAA &&
-         CarriesGrub4dos(sector);
+  return any && sector[510] == 0x55 && sector[511] == 0xAA && CarriesGrub4dos(sector);
 }

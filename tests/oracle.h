@@ -1,0 +1,24 @@
+// The rules for tables, written anew, for what the program makes to be held against.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/virtual/disk.h"
+
+// One file that becomes a partition.
+struct Role {
+  std::uint32_t start = 0, sectors = 0;
+  unsigned type = 0;  // above 0xFF: the type byte of the entry stays
+};
+
+// What a switch makes of a table. extension is that of the image, from its last dot on.
+VirtualSector NewTable(const VirtualSector& old, const std::string& extension, const Role& image,
+                       const std::optional<Role>& companion, const std::optional<Role>& fourth);
+
+// 7, 12 or 0 by a file's first sector.
+unsigned FormatOf(const VirtualSector& first);
+
+// A sound saved table.
+bool IsSound(const VirtualSector& sector);
