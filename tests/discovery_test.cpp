@@ -98,20 +98,6 @@ TEST_F(Discovery, LockHoldsFourVolumesUntilUnlock) {
                                     "close G: ok", "unlock H: ok", "close H: ok"}));
 }
 
-TEST_F(Discovery, RenewingTheTable) {
-  EXPECT_TRUE(ReMount_Drive(1));
-  EXPECT_FALSE(ReMount_Drive(7));
-  p.world.stick.refusesRenewal = true;
-  EXPECT_FALSE(ReMount_Drive(1));
-  EXPECT_EQ(p.Lines(kAnyOp), (Texts{"open PhysicalDrive1 ok", "renew-table PhysicalDrive1 ok",
-                                    "close PhysicalDrive1 ok", "open PhysicalDrive7 failed",
-                                    "open PhysicalDrive1 ok", "renew-table PhysicalDrive1 failed",
-                                    "fact message 1 ok", "close PhysicalDrive1 ok"}));
-  EXPECT_FALSE(MyUnlock_Volume(0));
-  EXPECT_FALSE(MyDismount_Volume(-1));
-  EXPECT_EQ(p.TakeBoxes(), BoxRows());
-}
-
 TEST_F(Discovery, FolderWindowsAreAskedToCloseUpToXp) {
   const std::vector<VirtualWindow> windows = {
       {.title = "E:\\"}, {.title = "E:\\_ISO"},
@@ -222,6 +208,9 @@ TEST_F(Discovery, UsableSizeAndItsText) {
     EXPECT_EQ(DriveBytes, row.usable);
     EXPECT_EQ(Print_Drive_Details(), row.details);
   }
+  LoggingEnabled = false;
+  DriveBytes = 1000.0 * 1024 * 1024;
+  EXPECT_EQ(Print_Drive_Details(), "  1,000MiB " + model) << "the unit changes behind 1000";
 }
 
 }  // namespace

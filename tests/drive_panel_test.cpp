@@ -19,8 +19,7 @@ const std::string kF = "F: DRIVE 1  (no label)      14GiB Tessel USB Stick      
 const std::string kC = "C: DRIVE 0  System     238GiB ATA System SSD                 ";
 
 BoxRow ReadFailed(const std::string& drive) {
-  return {"SECTOR READ FAILED", "READ SECTOR 0 from DRIVE " + drive + " FAILED!", Buttons::Ok,
-          Icon::Stop};
+  return Stop("SECTOR READ FAILED", "READ SECTOR 0 from DRIVE " + drive + " FAILED!");
 }
 
 const BoxRow kShowAll{kTitle, "WARNING: Lists all drives containing grub4dos MBR!",

@@ -14,17 +14,14 @@ constexpr const char* kCommand =
     "\"E:\\_ISO\\Rescue.volPAK\" > \"C:\\Temp\\GFE_Output.txt\"";
 
 BoxRow ToolFailed() {
-  return {
-      "getFileExtents failed",
-      std::string("ERROR GETTING START SECTOR FROM ") + kOutput + "\r\n\r\n" + kCommand + "\r\n",
-      Buttons::Ok, Icon::Exclamation};
+  return Warning("getFileExtents failed", std::string("ERROR GETTING START SECTOR FROM ") +
+                                              kOutput + "\r\n\r\n" + kCommand + "\r\n");
 }
 
-const BoxRow kInPieces{"More than one extent",
-                       "ERROR: File is not contiguous.\r\n"
-                       "Please run \\PACK_FILES_TOGETHER.cmd or use Defraggler.\r\n\r\n"
-                       "E:\\_ISO\\Rescue.volPAK",
-                       Buttons::Ok, Icon::Exclamation};
+const BoxRow kInPieces = Warning("More than one extent",
+                                 "ERROR: File is not contiguous.\r\n"
+                                 "Please run \\PACK_FILES_TOGETHER.cmd or use Defraggler.\r\n\r\n"
+                                 "E:\\_ISO\\Rescue.volPAK");
 
 // The tool is in its place, and the fields hold an earlier file's results.
 struct Measuring : ProgramOnPc {
@@ -146,11 +143,11 @@ TEST(Extents, NamesThatTheInterpreterWouldChangeAreNotMeasured) {
   for (const char* file : {"E:\\%OS%.volPAK", "E:\\a!b!.volPAK", "E:\\a\"b", "E:\\a\tb"}) {
     Measuring m;
     GetFileStart(file);
-    const BoxRow box{"getFileExtents failed",
-                     "ERROR: The command interpreter would change this file name. Rename the "
-                     "file:\r\n\r\n" +
-                         std::string(file),
-                     Buttons::Ok, Icon::Exclamation};
+    const BoxRow box =
+        Warning("getFileExtents failed",
+                "ERROR: The command interpreter would change this file name. Rename the "
+                "file:\r\n\r\n" +
+                    std::string(file));
     EXPECT_EQ(m.TakeBoxes(), BoxRows{box});
     EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), Texts());
     EXPECT_EQ(Form1.FStartSectors.ToDecimal() + Form1.FLengthSectors.ToDecimal(), "00");

@@ -16,12 +16,11 @@
 
 namespace {
 
-const BoxRow kLogOn{kTitle,
-                    "Logging to:\r\n\r\nC:\\Temp\\\r\n\r\nRotate_TSD.log\r\n\r\nhas now started."
-                    "\r\n\r\n{Tip: Press Ctrl+C to copy this text to clipboard)",
-                    Buttons::Ok, Icon::Information};
-const BoxRow kLogOff{kTitle, "Logging to Rotate_TSD.log file is disabled.", Buttons::Ok,
-                     Icon::Information};
+const BoxRow kLogOn =
+    Note(kTitle,
+         "Logging to:\r\n\r\nC:\\Temp\\\r\n\r\nRotate_TSD.log\r\n\r\nhas now started."
+         "\r\n\r\n{Tip: Press Ctrl+C to copy this text to clipboard)");
+const BoxRow kLogOff = Note(kTitle, "Logging to Rotate_TSD.log file is disabled.");
 
 struct Logging : ProgramOnPc {
   Logging() {

@@ -19,26 +19,23 @@ std::string Command(const std::string& file) {
 }
 
 BoxRow Failed(const std::string& file) {
-  return {"getFileExtents failed",
-          "ERROR GETTING START SECTOR FROM C:\\Temp\\GFE_Output.txt\r\n\r\n" + Command(file),
-          Buttons::Ok, Icon::Exclamation};
+  return Warning(
+      "getFileExtents failed",
+      "ERROR GETTING START SECTOR FROM C:\\Temp\\GFE_Output.txt\r\n\r\n" + Command(file));
 }
 
 BoxRow Report(const std::string& what) {
   return {kTitle, what + " Me.Name=Form1.Form_Load Erl=0"};
 }
 
-const BoxRow kCopyFailed{
-    "Copy GFE file to TMP failed",
-    "WARNING: No TMP variable found in Windows environment or cannot copy file to "
-    "C:\\Temp\\getFileExtents.exe",
-    Buttons::Ok, Icon::Exclamation};
+const BoxRow kCopyFailed =
+    Warning("Copy GFE file to TMP failed",
+            "WARNING: No TMP variable found in Windows environment or cannot copy file to "
+            "C:\\Temp\\getFileExtents.exe");
 
 BoxRow Rights(const std::string& title, const std::string& text, const std::string& toolText) {
-  return {title,
-          text + "\r\n\r\n" + Command("C:\\Temp\\getFileExtents.exe") +
-              "failed to return any values.\r\n\r\n" + toolText,
-          Buttons::Ok, Icon::Stop};
+  return Stop(title, text + "\r\n\r\n" + Command("C:\\Temp\\getFileExtents.exe") +
+                         "failed to return any values.\r\n\r\n" + toolText);
 }
 
 BoxRow NoRights(const std::string& toolText) {
@@ -126,9 +123,8 @@ TEST(Startup, BoxesAndEnds) {
       denied{Rights("Run as Admin test (Access denied)",
                     "ERROR: Please use 'Run as Administrator'.\r\n", hasOffset)},
       otherText{NoRights(upper)};
-  const BoxRows missing{{"Missing file!",
-                         "Error: getFileExtents.exe helper file not found at C:\\Rotate",
-                         Buttons::Ok, Icon::Stop}};
+  const BoxRows missing{
+      Stop("Missing file!", "Error: getFileExtents.exe helper file not found at C:\\Rotate")};
   const BoxRows refused{Report("Err.Number=70 Err.Description=Permission denied"), kCopyFailed};
   const BoxRows noRoom{Report("Err.Number=61 Err.Description=Disk full"), kCopyFailed};
   const BoxRows twice{Failed("C:\\Rotate\\getFileExtents.exe"),

@@ -161,7 +161,8 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
                        {'s', 's', '0', "", kLastQuestion},
                        {'n', '0', '1', "", kSwitchedAlready},
                        {'0', '0', '2', "", kSwitchedAlready},
-                       {'f', 'f', '1', "", kNoRoom}};
+                       {'f', 'f', '1', "", kNoRoom},
+                       {'s', '0', 'e', "60 30", kLastQuestion}};  // no second entry, signature 0
   for (const Row& row : kRows) {
     SCOPED_TRACE(std::string(1, row.at30) + row.at60 + row.switched);
     ProgramOnPc program;
@@ -170,6 +171,10 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
     stick.SetSector(60, SectorOf(row.at60));
     VirtualSector table = stick.Sector(0);
     if (row.switched != ' ') Put32(table, 440, row.switched == '2' ? demo::kSecondStart : 2048);
+    if (row.switched == 'e') {
+      Put32(table, 440, 0);
+      std::fill_n(table.begin() + 462, 16, std::uint8_t{0});
+    }
     if (row.switched == '0') {
       table[450] = 0;
       demo::SetEntry(table, 4, false, 0x17, 63, 100);  // near the start
@@ -289,40 +294,30 @@ TEST(SwitchCommit, RefusesWhatCannotBeAPartition) {
 }
 
 TEST(HiddenSectors, AreWrittenForTheTypesThatHaveThem) {
-  struct Row {
-    std::uint64_t type;
-    const char* defect;
-    const char* text;  // of the box; "": it is written
-  };
-  const Row kRows[] = {{7, "", ""},
-                       {11, "", ""},
-                       {12, "", ""},
-                       {0, "", "UNKNOWN PARTITION TYPE 0"},
-                       {131, "", "UNKNOWN PARTITION TYPE 131"},
-                       {7, "open", "DISK 1 OPEN ERROR"},
-                       {99, "read", "DISK READ ERROR"},
-                       {12, "write", "WRITE ERROR TO SECTOR 129024"}};
-  for (const Row& row : kRows) {
-    const std::string defect = row.defect, text = row.text;
-    SCOPED_TRACE(defect + std::to_string(row.type));
-    ProgramOnPc program;
-    program.leavesHandles = true;  // the disk stays open where the boot record isn't written
-    program.Prepare();
-    VirtualDisk& stick = program.world.stick;
-    VirtualSector expected = demo::ForeignBootRecord();  // the type decides, not the content
-    stick.SetSector(129024, expected);
-    if (text.empty()) Put32(expected, 28, 129024);
-    stick.refusesOpen = defect == "open";
-    if (defect == "read") stick.unreadable = {129024};
-    if (defect == "write") stick.unwritable = {129024};
-    Physical_Drive_no = 1;
-    SectorBuffer.resize(512);
-    Form1.FStart = "1F800";
-    program.Call([&] { Adjust_Hidden("E:\\x.volPAK", row.type); });
-    const BoxRow box = Stop(defect == "write" ? kHiddenWriteTitle : kHiddenTitle, text);
-    EXPECT_EQ(program.TakeBoxes(), text.empty() ? BoxRows() : BoxRows{box});
-    EXPECT_EQ(stick.Sector(129024), expected);
-    EXPECT_EQ(program.pc.HeldLocks(), Lines());
+  for (const std::uint64_t type : {7U, 11U, 12U, 0U, 131U}) {
+    for (const bool opens : {true, false}) {
+      SCOPED_TRACE(type);
+      PreparedPc program;
+      program.leavesHandles = true;  // the disk stays open where the boot record isn't written
+      VirtualDisk& stick = program.world.stick;
+      stick.refusesOpen = !opens;
+      VirtualSector expected = demo::ForeignBootRecord();  // the type decides, not the content
+      stick.SetSector(129024, expected);
+      Physical_Drive_no = 1;
+      SectorBuffer.resize(512);
+      Form1.FStart = "1F800";
+      program.Call([&] { Adjust_Hidden("E:\\x.volPAK", type); });
+      BoxRows boxes;
+      if (!opens) {
+        boxes = {Stop(kHiddenTitle, "DISK 1 OPEN ERROR")};
+      } else if (type == 0 || type == 131) {
+        boxes = {Stop(kHiddenTitle, "UNKNOWN PARTITION TYPE " + std::to_string(type))};
+      } else {
+        Put32(expected, 28, 129024);
+      }
+      EXPECT_EQ(program.TakeBoxes(), boxes);
+      EXPECT_EQ(stick.Sector(129024), expected);
+    }
   }
 }
 

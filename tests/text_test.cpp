@@ -3,15 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "imagefiles/child_process.h"
 #include "imagefiles/extents_text.h"
 #include "imagefiles/file_extents.h"
 #include "shell/drive_inventory.h"
 #include "shell/failure.h"
 #include "shell/startup.h"
-#include "switch/image_selection.h"
 #include "text/exact_integer.h"
 
 namespace {
@@ -45,6 +42,7 @@ TEST(Text, HexToDecIsExact) {
                                  {"G", "16"},
                                  {"/", "-1"},
                                  {"1/", "15"},  // no check of the digits
+                                 {"/0000000000000000", "-18446744073709551616"},
                                  {"//", "-17"}};
   for (const auto& [text, value] : cases) EXPECT_EQ(HexToDec(text).ToDecimal(), value) << text;
 }
@@ -112,28 +110,6 @@ TEST(Text, NamesThatTheInterpreterWouldChange) {
   for (const auto& [path, change] : cases) {
     EXPECT_EQ(InterpreterChangesQuoted(path), change == kAlways) << path;
     EXPECT_EQ(InterpreterChangesBare(path), change != kNever) << path;
-  }
-}
-
-TEST(Text, ImageNamesTakenApart) {
-  const struct {
-    const char *file, *stem, *base, *dir, *folder, *ext;
-    std::size_t mark23;
-  } cases[] = {
-      {"E:\\I\\A.volPAK", "E:\\I\\A", "A", "E:\\I\\", "\\I\\", ".VOLPAK", 0},
-      {"E:\\A23.volPAK23", "E:\\A23", "A23", "E:\\", "\\", ".VOLPAK23", 14},
-      {"E:\\a.volPAK.txt", "E:\\a.volPAK", "a.volPAK", "E:\\", "\\", ".TXT", 0},
-      {"E:\\.volPAK", "E:\\", "", "E:\\", "\\", ".VOLPAK", 0},
-  };
-  for (const auto& c : cases) {
-    SwitchRun run;
-    run.ImageFile = c.file;
-    TakeNameApart(run);
-    EXPECT_EQ(std::tie(run.ImageStem, run.ImageBase, run.ImageDir, run.ImageFolder, run.ImageExt),
-              std::tie(c.stem, c.base, c.dir, c.folder, c.ext))
-        << c.file;
-    EXPECT_EQ(run.ImageDrive, "E:");
-    EXPECT_EQ(run.Mark23Pos, c.mark23);
   }
 }
 
