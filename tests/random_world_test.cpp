@@ -94,5 +94,6 @@ TEST(RandomWorlds, KeepAllInvariantsAndComeBack) {
     ++switched;
     ASSERT_EQ(stage.PerformAgain(), "");
   }
-  if (count >= 1000) EXPECT_TRUE(switched > count / 4 && switched < count - count / 4) << switched;
+  const bool mixed = switched > count / 4 && switched < count - count / 4;
+  EXPECT_TRUE(mixed || count < 1000) << switched << " of " << count << " sticks were switched";
 }

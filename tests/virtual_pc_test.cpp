@@ -88,8 +88,8 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
     EXPECT_EQ(e.Find("\\new") != nullptr, c.made);
     EXPECT_EQ(!own.processes.StillRunning().empty(), c.hangs);
     std::string executed;
-    for (const JournalEntry& e : own.machine.journal.Only(MaskOf(Op::Executed))) {
-      executed += e.subject;
+    for (const JournalEntry& entry : own.machine.journal.Only(MaskOf(Op::Executed))) {
+      executed += entry.subject;
     }
     EXPECT_EQ(executed, c.executed);
   }
