@@ -90,9 +90,7 @@ RunEnd Stage::Perform() {
 void Stage::ShowImageVolume() {
   const VirtualSector table = world.stick.Sector(0);
   if (act_.kind != Act::Kind::Switch || table == before) return;
-  std::uint64_t start = 0;
-  for (std::size_t n = 4; n-- > 0;) start = start << 8 | table[454 + n];
-  world.inner.firstSector = start;
+  world.inner.firstSector = Word32(table, 454);
   pc.RenewTables();
 }
 

@@ -66,3 +66,9 @@ bool IsSound(const VirtualSector& sector) {
   }
   return any && sector[510] == 0x55 && sector[511] == 0xAA && CarriesGrub4dos(sector);
 }
+
+std::uint32_t Word32(const VirtualSector& sector, std::size_t at) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 4; i-- > 0;) value = value << 8 | sector[at + i];
+  return value;
+}

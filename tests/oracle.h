@@ -22,3 +22,6 @@ unsigned FormatOf(const VirtualSector& first);
 
 // A sound saved table.
 bool IsSound(const VirtualSector& sector);
+
+// 32 bits, lowest byte first.
+std::uint32_t Word32(const VirtualSector& sector, std::size_t at);

@@ -31,19 +31,13 @@ VirtualSector Torn(const VirtualSector& old, const VirtualSector& written, std::
   return sector;
 }
 
-std::uint32_t Word(const VirtualSector& sector, std::size_t at) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 4; i-- > 0;) value = value << 8 | sector[at + i];
-  return value;
-}
-
 // Windows gives a letter to what an entry describes inside the disk, with or without files on it.
 bool ShowTornVolume(Stage& stage) {
   const VirtualSector table = stage.world.stick.Sector(0);
   bool any = false;
   for (std::size_t at = 446; at < 510; at += 16) {
-    const std::uint64_t start = Word(table, at + 8);
-    const std::uint64_t end = start + Word(table, at + 12);
+    const std::uint64_t start = Word32(table, at + 8);
+    const std::uint64_t end = start + Word32(table, at + 12);
     if (table[at + 4] == 0 || start == 0 || end > stage.world.stick.SectorCount()) continue;
     any = true;
     if (at == 446 && start != stage.world.e.firstSector) {

@@ -147,53 +147,6 @@ TEST(Selection, AProbeThatFailsIsAFileNotFound) {
   }
 }
 
-TEST(Selection, RefusesWhatATableEntryCannotHold) {
-  constexpr std::uint64_t kBeyond2TB = 0x100000000ULL * 512;
-  const std::string kPiece = "File offset 0 LBA: 9 Sectors: 8\r\n";
-  const std::string kFar = "File offset 0 LBA: 123456789 Sectors: 40\r\n";
-  const std::string kLastSector = "File offset 0 LBA: FFFFFFFF Sectors: 40\r\n";
-  const std::string kTrue = "-", kPieces = kPiece + kPiece;
-  const char *kBeyond = "File beyond 2TB", *kLarge = "File too large", *kInvalid = "File invalid";
-  struct Row {
-    const char *file, *named;  // how the box calls it
-    std::string output;        // of the tool
-    std::uint64_t bytes;       // how long the file is said to be; 0: the truth
-    const char *title, *text;  // of the last box; "" for the question's
-    const char* before;        // the title of the measuring's own box
-  };
-  const char* kNotSound = " is too small, not accessible/contiguous or not an NTFS drive!";
-  const char *kIsFar = " is beyond 2TB on disk!", *kIsLarge = " is larger than 2TB!";
-  const char *kFails = "getFileExtents failed", *kInPieces = "More than one extent";
-  const char *kA = "E:\\_ISO\\P\\A.volPAKX4D", *kB = "E:\\_ISO\\P\\A", *kD = "E:\\_ISO\\P\\D";
-  const Row kRows[] = {{kA, "", kFar, kBeyond2TB, kBeyond, kIsFar, ""},
-                       {kA, "", kTrue, kBeyond2TB, kLarge, kIsLarge, ""},
-                       {kA, kA, "", 0, kInvalid, kNotSound, kFails},
-                       {kA, kA, kPieces, 0, kInvalid, kNotSound, kInPieces},
-                       {kB, kB, kFar, 0, kBeyond, kIsFar, ""},
-                       {kB, kB, kFar, kBeyond2TB, kLarge, kIsLarge, ""},
-                       {kB, kB, kPieces, 0, kInvalid, kNotSound, kInPieces},
-                       {kD, kD, kFar, 0, kBeyond, kIsFar, ""},
-                       {kD, kD, kFar, kBeyond2TB, kLarge, kIsLarge, ""},
-                       {kD, kD, "", 0, kInvalid, kNotSound, kFails},
-                       {kD, kD, kLastSector, kBeyond2TB - 512, kQuestion, "", ""}};
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(row.file) + row.text + row.before);
-    FourVolumes program;
-    program.AddFiles({kA, kB, kD});
-    program.Start();
-    if (row.output != kTrue) program.pc.processes.toolTexts[UpperCase(row.file)] = row.output;
-    if (row.bytes != 0) program.world.e.Find(row.file + 2)->size = row.bytes;
-    const bool asked = row.title == kQuestion;
-    const BoxRows shown = program.Boxes(Open(kA), std::vector(asked ? 1 : 0, Answer::Cancel));
-    ASSERT_EQ(shown.size(), *row.before == '\0' ? 1U : 2U);
-    EXPECT_TRUE(shown.size() == 1 || shown[0].title == row.before);
-    const std::string named = *row.named == '\0' ? "" : std::string(" ") + row.named;
-    const BoxRow expected = Warning(row.title, "ERROR: File" + named + row.text);
-    EXPECT_TRUE(asked ? shown.back().title == kQuestion : shown.back() == expected)
-        << testing::PrintToString(shown);
-  }
-}
-
 BoxRow WrongOrder(const std::string& file) {
   return {kOrderQuestion,
           "WARNING: File " + file +

@@ -87,6 +87,14 @@ BoxRows ProgramOnPc::TakeBoxes() {
   return rows;
 }
 
+std::string ProgramOnPc::Written() const {
+  std::string places;
+  for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Write))) {
+    places += (places.empty() ? "" : " ") + std::to_string(entry.lba) + (entry.ok ? "" : "!");
+  }
+  return places;
+}
+
 void ProgramOnPc::TurnLoggingOn() {
   EXPECT_EQ(Do(DoubleClick(Control::Label1)), RunEnd::Returned);
   TakeBoxes();
@@ -116,10 +124,8 @@ void ProgramOnPc::Plan(FaultKind kind, OpMask mask, std::size_t nth, std::uint32
       .kind = kind, .nth = nth, .mask = mask, .error = error, .faultNumber = faultNumber};
 }
 
-std::uint32_t Word32(const VirtualSector& sector, std::size_t at) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 4; i-- > 0;) value = value << 8 | sector[at + i];
-  return value;
+void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value) {
+  for (std::size_t i = 0; i < 4; ++i) sector[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
 TableEntry EntryOf(const VirtualSector& table, int entry) {

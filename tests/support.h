@@ -10,6 +10,7 @@
 
 #include "platform/virtual/demo_world.h"
 #include "platform/virtual/virtual_pc.h"
+#include "tests/oracle.h"
 
 // A box as a test's table tells it.
 struct BoxRow {
@@ -63,6 +64,9 @@ class ProgramOnPc {
   BoxRows TakeBoxes();
   std::vector<std::string> Lines(OpMask mask) const { return pc.machine.journal.Lines(mask); }
 
+  // "60 30!": the LBAs written, in order, failed ones with a "!".
+  std::string Written() const;
+
   // Turns logging on as the user does (after Start or Prepare); gives the log's messages, without
   // the time stamps, since the last call.
   void TurnLoggingOn();
@@ -99,5 +103,5 @@ struct TableEntry {
   bool operator==(const TableEntry&) const = default;
 };
 TableEntry EntryOf(const VirtualSector& table, int entry);
-std::uint32_t Word32(const VirtualSector& sector, std::size_t at);
+void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value);
 VirtualSector FilledSector(std::uint8_t byte);

@@ -1,12 +1,8 @@
 // The switch from the double-click to the last write: the checks of the drive, the backups, the
-// order of everything that reaches the disk, the last question, and what each failure leaves.
+// order of everything that reaches the disk, the last question.
 #include <cstring>
 
-#include "disk/sector_buffer.h"
-#include "shell/form1.h"
-#include "switch/hidden_sectors.h"
 #include "tests/support.h"
-#include "text/text.h"
 
 namespace {
 
@@ -16,34 +12,12 @@ constexpr OpMask kDiskWork = MaskOf(Op::Lock, Op::Unlock, Op::Dismount, Op::Rene
                                     Op::Sleep, Op::PointerChange);
 constexpr const char* kRescue = "E:\\_ISO\\Rescue.volPAK";
 constexpr const char* kQuestion = "Change partition table";
-constexpr const char* kToolFailed = "getFileExtents failed";
 const UserAction kSwitch = Open(kRescue);
-constexpr const char* kHiddenTitle = "Error in Adjusting Hidden Sectors in PBR";
-constexpr const char* kHiddenWriteTitle = "Error Adjusting Hidden Sectors in PBR";
 const BoxRow kLastQuestion{kQuestion,
                            "PTN1: Type=07 (NTFS)   Start=200000 (0x30D40) \r\n"
                            "E:\\_ISO\\Rescue.volPAK\r\n\r\nPTN2: -\r\n\r\nPTN3: -\r\n\r\nPTN4: -"
                            "\r\n\r\nOK to write new MBR to Drive 1?",
                            Buttons::OkCancel};
-
-Lines Titles(const BoxRows& boxes) {
-  Lines titles;
-  for (const BoxRow& box : boxes) titles.push_back(box.title);
-  return titles;
-}
-
-// "60 30!": the LBAs written, in order, failed ones with a "!".
-std::string Written(const ProgramOnPc& program) {
-  std::string places;
-  for (const JournalEntry& entry : program.pc.machine.journal.Only(MaskOf(Op::Write))) {
-    places += (places.empty() ? "" : " ") + std::to_string(entry.lba) + (entry.ok ? "" : "!");
-  }
-  return places;
-}
-
-void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value) {
-  for (std::size_t i = 0; i < 4; ++i) sector[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
-}
 
 // What an agreed switch does to the disk, step by step.
 constexpr const char* kSteps =
@@ -72,7 +46,7 @@ TEST(Switch, MakesThePickedImagePartition1) {
   std::string steps;
   for (const std::string& line : program.Lines(kDiskWork)) steps += line + ", ";
   EXPECT_EQ(steps.substr(0, std::strlen(kSteps)), kSteps);  // behind it the drive list is refreshed
-  EXPECT_EQ(Written(program), "60 30 200000 0");
+  EXPECT_EQ(program.Written(), "60 30 200000 0");
 
   VirtualSector newTable = oldTable;
   const std::uint8_t entry1[16] = {0x80, 0xFE, 0xFF, 0xFF, 7, 0xFE, 0xFF, 0xFF,
@@ -186,7 +160,7 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
     if (written.ends_with("30")) expected[30] = table;
     const std::vector<Answer> answers(row.box == kLastQuestion ? 1 : 0, Answer::Cancel);
     EXPECT_EQ(program.Boxes(kSwitch, answers), BoxRows{row.box});
-    EXPECT_EQ(Written(program), written);
+    EXPECT_EQ(program.Written(), written);
     EXPECT_EQ(stick.Contents(), expected);
     EXPECT_TRUE(program.Lines(MaskOf(Op::Lock, Op::Dismount, Op::RenewTable)).empty());
   }
@@ -199,8 +173,9 @@ TEST(SwitchFailures, EachReadAndWriteThatFailsIsTold) {
     BoxRows boxes;
     std::string written;
   };
-  const BoxRow kRecordRead = Stop(kHiddenTitle, "DISK READ ERROR");
-  const BoxRow kRecordWrite = Stop(kHiddenWriteTitle, "WRITE ERROR TO SECTOR 200000");
+  const BoxRow kRecordRead = Stop("Error in Adjusting Hidden Sectors in PBR", "DISK READ ERROR");
+  const BoxRow kRecordWrite =
+      Stop("Error Adjusting Hidden Sectors in PBR", "WRITE ERROR TO SECTOR 200000");
   const Row kRows[] = {{true, 0, {ReadFailed(0)}, ""},
                        {true, 30, {ReadFailed(30)}, ""},
                        {true, 60, {ReadFailed(60)}, ""},
@@ -217,107 +192,10 @@ TEST(SwitchFailures, EachReadAndWriteThatFailsIsTold) {
     (row.reading ? stick.unreadable : stick.unwritable) = {row.sector};
     const std::vector<Answer> answers(row.boxes.size() - 1, Answer::Ok);
     EXPECT_EQ(program.Boxes(kSwitch, answers), row.boxes);
-    EXPECT_EQ(Written(program), row.written);
+    EXPECT_EQ(program.Written(), row.written);
     const bool tableWritten = row.written.ends_with(" 0");
     EXPECT_EQ(program.Lines(MaskOf(Op::RenewTable)).size(), tableWritten ? 3U : 0U);
     EXPECT_EQ(program.Rows(Control::List1).empty(), tableWritten);  // refreshed or left alone
-  }
-}
-
-// Between the choice of the files and the table everything is measured and read once more.
-TEST(SwitchFailures, WhatChangesUnderTheRunStopsIt) {
-  struct Row {
-    const char* file;  // of the three that A.volPAKX4DATA brings along
-    int run;           // of the extents tool, at which it happens
-    char change;       // the table unreadable, the tool silent, two pieces, no bytes, beyond 2 TB
-    Lines titles;
-  };
-  const Row kRows[] = {{"A.volPAKX4DATA", 3, 'u', {"SECTOR READ FAILED"}},
-                       {"A.volPAKX4DATA", 4, 's', {kToolFailed, "Bad FStart"}},
-                       {"A.volPAKX4DATA", 4, '0', {"Bad FLength"}},
-                       {"A.volPAKX4DATA", 4, 'b', {"File beyond 2TB"}},
-                       {"A", 5, '2', {"More than one extent", "Bad FStart"}},
-                       {"DATA", 6, 's', {kToolFailed, "Bad FStart"}}};
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(row.file + std::to_string(row.run));
-    ProgramOnPc program;
-    program.Start();
-    const std::string path = std::string("\\_ISO\\") + row.file;
-    int runs = 0;
-    program.pc.processes.whileChildRuns = [&] {
-      if (++runs != row.run) return;
-      std::string& output = program.pc.processes.toolTexts["E:" + UpperCase(path)];
-      output = "File offset 0 LBA: 927C0 Sectors: 8\r\n";
-      if (row.change == 'u') program.world.stick.unreadable = {0};
-      if (row.change == 's') output.clear();
-      if (row.change == '2') output += "File offset 1000 LBA: 40000 Sectors: 8\r\n";
-      if (row.change == 'b') output.insert(19, "1000");
-      if (row.change == '0') program.world.e.Find(path)->size = 0;
-    };
-    EXPECT_EQ(Titles(program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"))), row.titles);
-    EXPECT_EQ(Written(program), "60 30");
-  }
-}
-
-// The last checks concern the file measured last: the fourth one where there is one.
-TEST(SwitchCommit, RefusesWhatCannotBeAPartition) {
-  const BoxRow kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
-  const BoxRow kBadLength = Stop("Bad FLength", "ERROR: Bad File length!");
-  struct Row {
-    const char *image, *lba;  // null: it is about the fourth file
-    std::uint64_t bytes;
-    const BoxRow* refusal;  // null: the question comes
-  };
-  const Row kRows[] = {{"Rescue.volPAK", "1F", 1 << 20, &kBadStart},
-                       {"Rescue.volPAK", "20", 1 << 20, nullptr},
-                       {"Rescue.volPAK", "30D40", 15872, &kBadLength},
-                       {"Rescue.volPAK", "30D40", 15873, nullptr},
-                       {"A.volPAKX4DATA", "927C0", 512, nullptr},
-                       {"A.volPAKX4DATA", nullptr, 15872, &kBadLength}};
-  for (const Row& row : kRows) {
-    const bool fourth = row.lba == nullptr;
-    SCOPED_TRACE(std::string(row.image) + (fourth ? "" : row.lba) + std::to_string(row.bytes));
-    ProgramOnPc program;
-    program.Start();
-    const std::string image = std::string("E:\\_ISO\\") + row.image;
-    program.world.e.Find(fourth ? "\\_ISO\\DATA" : image.substr(2))->size = row.bytes;
-    program.world.stick.SetSector(demo::kFourth.lba, demo::NtfsBootRecord());
-    if (!fourth) {
-      program.pc.processes.toolTexts[UpperCase(image)] =
-          std::string("File offset 0 LBA: ") + row.lba + " Sectors: 100\r\n";
-    }
-    const bool refused = row.refusal != nullptr;
-    const BoxRows boxes = program.Boxes(Open(image), std::vector(refused ? 0 : 1, Answer::Cancel));
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_TRUE(refused ? boxes[0] == *row.refusal : boxes[0].title == kQuestion);
-  }
-}
-
-TEST(HiddenSectors, AreWrittenForTheTypesThatHaveThem) {
-  for (const std::uint64_t type : {7U, 11U, 12U, 0U, 131U}) {
-    for (const bool opens : {true, false}) {
-      SCOPED_TRACE(type);
-      PreparedPc program;
-      program.leavesHandles = true;  // the disk stays open where the boot record isn't written
-      VirtualDisk& stick = program.world.stick;
-      stick.refusesOpen = !opens;
-      VirtualSector expected = demo::ForeignBootRecord();  // the type decides, not the content
-      stick.SetSector(129024, expected);
-      Physical_Drive_no = 1;
-      SectorBuffer.resize(512);
-      Form1.FStart = "1F800";
-      program.Call([&] { Adjust_Hidden("E:\\x.volPAK", type); });
-      BoxRows boxes;
-      if (!opens) {
-        boxes = {Stop(kHiddenTitle, "DISK 1 OPEN ERROR")};
-      } else if (type == 0 || type == 131) {
-        boxes = {Stop(kHiddenTitle, "UNKNOWN PARTITION TYPE " + std::to_string(type))};
-      } else {
-        Put32(expected, 28, 129024);
-      }
-      EXPECT_EQ(program.TakeBoxes(), boxes);
-      EXPECT_EQ(stick.Sector(129024), expected);
-    }
   }
 }
 

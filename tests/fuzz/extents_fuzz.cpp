@@ -12,8 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // Then the text said where, with 32 bits for it, and the way back is there.
   Require(AsText(data, size).rfind("File offset 0 LBA: ", 0) == 0, "switched on another text");
   Require(stage.SectorIs(30, stage.before) && stage.SectorIs(60, stage.before), "no way back");
-  std::uint64_t start = 0;
-  for (std::size_t i = 4; i-- > 0;) start = start << 8 | table[454 + i];
+  const std::uint64_t start = Word32(table, 454);
   const std::uint64_t told = std::strtoull(AsText(data, size).substr(19).c_str(), nullptr, 16);
   Require(told == start && start >= 32, "another start than the one told");
   for (const JournalEntry& write : stage.pc.machine.journal.Only(MaskOf(Op::Write))) {
