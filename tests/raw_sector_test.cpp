@@ -170,17 +170,6 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }
 
-TEST_F(RawSectors, LengthsOfFiles) {
-  std::uint64_t at = 0;
-  for (const std::uint64_t bytes :
-       {0ULL, 7ULL, 3'000'000'000ULL, 4294967296ULL, 5'368'709'121ULL}) {
-    p.world.c.AddFile("\\" + std::to_string(bytes), bytes, at += 20'000'000).attributes =
-        kAttributeHidden | kAttributeSystem;
-    EXPECT_EQ(FileLenA("C:\\" + std::to_string(bytes)), bytes);
-  }
-  for (const char* none : {"C:\\none", "Q:\\none", "C:\\Temp"}) EXPECT_EQ(FileLenA(none), 0U);
-}
-
 TEST_F(RawSectors, DriveOfALetterAndItsBus) {
   p.pc.AddLetter('N', 0);
   p.pc.RenewTables();
