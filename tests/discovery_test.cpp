@@ -56,19 +56,6 @@ TEST_F(Discovery, VolumeWithTheStickFilesIsChosen) {
   }
 }
 
-TEST_F(Discovery, DriveWithoutVolumes) {
-  p.pc.AddDisk(2, 1'000'000);
-  vol1 = "old";
-  EXPECT_EQ(GetDriveLetter(2), "");
-  EXPECT_EQ(vol1 + vol2 + vol3 + vol4, "");
-  std::string a, b, c, d;
-  EXPECT_FALSE(Get_Drive_Volumes(99, a, b, c, d)) << "letters without a drive belong to no drive";
-  DisMount_All_VolumesX(2);
-  Lock_Unlock_All_Volumes(2, "LOCK");
-  Lock_Unlock_All_Volumes(2, "UNLOCK");
-  EXPECT_EQ(p.Lines(MaskOf(Op::Lock, Op::Unlock, Op::Dismount)), Texts());
-}
-
 TEST_F(Discovery, DismountTakesOneVolumeBehindTheOther) {
   p.world.f.busy = true;
   OSVersionCode = 11;  // too new for its windows to be swept

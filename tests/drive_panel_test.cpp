@@ -91,17 +91,6 @@ TEST(DrivePanel, FirstRowIsSelectedAnew) {
   EXPECT_FALSE(p.Enabled(Control::cmdRestoreTSD));
 }
 
-TEST(DrivePanel, RowsTellTheBytesWhileLoggingIsOn) {
-  StartedPc p;
-  p.TurnLoggingOn();
-  p.Do(Click(Control::cmdRefreshDrive));
-  EXPECT_EQ(p.Rows(Control::Combo1),
-            (Texts{kE + " 15,998,169,600 Bytes ", kF + " 15,998,169,600 Bytes "}));
-  const Texts log = p.TakeLog();
-  EXPECT_EQ(std::count(log.begin(), log.end(), "rgbGetVolume F: TSD 1A2B-3C4D"), 1);
-  EXPECT_EQ(log.front(), "Drive1_Change");
-}
-
 TEST(DrivePanel, ShowingAllDrives) {
   ProgramOnPc p;
   GiveBootCode(p.world.systemDisk);
@@ -177,20 +166,6 @@ TEST(DrivePanel, ListScrollsAsFarAsItsWidestRow) {
       extents.push_back(sent.wParam);
     }
     EXPECT_EQ(extents, row.extents);
-  }
-}
-
-TEST(DrivePanel, LabelAndSerialOfAVolume) {
-  PreparedPc p;
-  p.world.f.serial = 0x000A0001;
-  const Texts rows[] = {{"E:", "TSD", "1A2B-3C4D"},
-                        {"F:", "(no label)", "000A-0001"},
-                        {"C:", "System", "C0DE-C0DE"},
-                        {"Q:", "", ""}};
-  for (const Texts& row : rows) {
-    Texts told{row[0], "old", "old"};
-    rgbGetVolume(told[0], told[1], told[2]);
-    EXPECT_EQ(told, row);
   }
 }
 

@@ -98,9 +98,11 @@ TEST(Extents, LengthIsWholeSectorsOfTheFile) {
   }
   Measuring m;
   m.world.e.AddText("\\empty", "");
-  m.pc.processes.toolTexts["E:\\EMPTY"] = "File offset 0 LBA: 5 Sectors: 0\r\n";
-  GetFileStart("E:\\empty");
-  EXPECT_EQ(Form1.FLength, "0");
+  m.pc.processes.toolTexts[""] = "File offset 0 LBA: 5 Sectors: 0\r\n";
+  for (const char* file : {"E:\\empty", "E:\\gone meanwhile", "E:\\_ISO"}) {
+    GetFileStart(file);
+    EXPECT_EQ(Form1.FLength, "0") << file;
+  }
 }
 
 TEST(Extents, ToolItselfMayLieInPieces) {

@@ -170,24 +170,4 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }
 
-TEST_F(RawSectors, DriveOfALetterAndItsBus) {
-  p.pc.AddLetter('N', 0);
-  p.pc.RenewTables();
-  const std::pair<const char*, int> rows[] = {{"C:", 0},  {"E:", 1},  {"F:", 1},
-                                              {"D:", 99}, {"N:", 99}, {"Q:", 99}};
-  for (const auto& [volume, drive] : rows) EXPECT_EQ(GetPhysDriveNo(volume), drive) << volume;
-  EXPECT_FALSE(IsUsbDrive(0) || IsUsbDrive(7));
-  EXPECT_TRUE(IsUsbDrive(1));
-  p.world.stick.answersBus = false;
-  EXPECT_FALSE(IsUsbDrive(1));
-}
-
-TEST_F(RawSectors, ClosingTwiceClosesOnce) {
-  Open_Physical_Disk_hDrive(1);
-  Open_Physical_Disk_hDrive(1);  // closes the one that was left open
-  MyCloseHandle(hDrive);
-  MyCloseHandle(hDrive);
-  EXPECT_EQ(p.Lines(MaskOf(Op::Close)), Texts(2, "close PhysicalDrive1 ok"));
-}
-
 }  // namespace
