@@ -23,8 +23,8 @@ def fresh_stick(name, source=STICK):
     return image
 
 
-def started(name, image):
-    return ProgramRun(os.path.join(RUNS, name), image)
+def started(name, image, writable=False):
+    return ProgramRun(os.path.join(RUNS, name), image, writable=writable)
 
 
 def places():
@@ -93,15 +93,20 @@ def check_image(image, start, sectors):
         raise AssertionError("the partition does not hold the image file's bytes")
 
 
-def check_changed(image, sectors):
-    """These sectors of the whole disk differ from the demo stick, and no others."""
+def changed_sectors(image, source):
+    """The sectors of the whole disk in which two sticks differ."""
     changed, step = [], 4096
     for first in range(0, make_stick.TOTAL_SECTORS, step):
-        now, before = stick.read(image, first, step), stick.read(STICK, first, step)
+        now, before = stick.read(image, first, step), stick.read(source, first, step)
         if now != before:
             changed += [first + at // stick.SECTOR for at in range(0, len(now), stick.SECTOR)
                         if now[at:at + stick.SECTOR] != before[at:at + stick.SECTOR]]
-    check("the sectors changed on the disk", changed, sectors)
+    return changed
+
+
+def check_changed(image, sectors):
+    """These sectors of the whole disk differ from the demo stick, and no others."""
+    check("the sectors changed on the disk", changed_sectors(image, STICK), sectors)
 
 
 def check_writes(run, sectors):

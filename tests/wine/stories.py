@@ -15,6 +15,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 
 import extents_story
 import make_stick
+import order_story
 import stick
 from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
                     check_sector_0, check_writes, doubleclick, fresh_stick, new_table, ordered,
@@ -229,6 +230,7 @@ def refused_write(place):
 
 
 story(extents_story.extents)
+story(order_story.order_repair)
 
 
 def main(names):
