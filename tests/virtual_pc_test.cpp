@@ -1,7 +1,10 @@
 // The virtual PC's own truths: where it must be wrong in the same ways as Windows.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "platform/virtual/demo_world.h"
+#include "platform/virtual/wildcard.h"
 
 namespace {
 
@@ -53,6 +56,27 @@ TEST_F(VirtualPcTest, GuardsMountedVolumesAgainstWritesThroughTheDisk) {
 
   pc.machine.guardsMountedVolumes = false;
   EXPECT_TRUE(WriteAt(inside)) << "Windows XP";
+}
+
+TEST(Wildcard, MatchesAsADirectorySearchDoes) {
+  std::string stars;
+  for (int star = 0; star < 40; ++star) stars += "*a";
+  const std::string name(200, 'a');
+  const std::vector<std::tuple<std::string, std::string, bool>> kRows = {
+      {"*.volpak*", "A.b.VOLPAK23", true},
+      {"*.volpak*", "a.volpa.k", false},
+      {"*ab*ab", "ab.abab", true},
+      {"*ab*ab", "abb", false},
+      {"a.*", "a", true},
+      {"*.?", "a", true},
+      {"a?.b", "a.b", true},
+      {"?a", "", false},
+      {stars, name, true},
+      {stars + "b", name, false},  // at once, not in years
+  };
+  for (const auto& [pattern, text, matches] : kRows) {
+    EXPECT_EQ(WildcardMatches(pattern, text), matches) << pattern << " on " << text;
+  }
 }
 
 TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {

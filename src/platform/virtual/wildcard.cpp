@@ -4,27 +4,36 @@
 
 namespace {
 
+// What one character of the pattern, not a star, takes of the name. False: it doesn't match.
+bool Takes(const char* pattern, const char*& name) {
+  if (*pattern == '?') {
+    if (*name != '\0' && *name != '.') ++name;
+    return true;
+  }
+  if (*pattern == '.' && *name == '\0') return pattern[1] == '*' || pattern[1] == '?';
+  if (*pattern == '\0' || *pattern != *name) return false;
+  ++name;
+  return true;
+}
+
+// Only the last star is ever tried with a longer run: what an earlier one could take more, this one
+// can take as well. So many stars cost no more than one.
 bool Matches(const char* pattern, const char* name) {
-  for (;; ++pattern) {
-    switch (*pattern) {
-      case '\0':
-        return *name == '\0';
-      case '*':
-        for (const char* rest = name;; ++rest) {
-          if (Matches(pattern + 1, rest)) return true;
-          if (*rest == '\0') return false;
-        }
-      case '?':
-        if (*name != '\0' && *name != '.') ++name;
-        break;
-      case '.':
-        if (*name == '\0' && (pattern[1] == '*' || pattern[1] == '?')) break;
-        [[fallthrough]];
-      default:
-        if (*pattern != *name) return false;
-        ++name;
+  const char* behindStar = nullptr;
+  const char* behindRun = nullptr;
+  while (*pattern != '\0' || *name != '\0') {
+    if (*pattern == '*') {
+      behindStar = ++pattern;
+      behindRun = name;
+    } else if (Takes(pattern, name)) {
+      ++pattern;
+    } else {
+      if (behindStar == nullptr || *behindRun == '\0') return false;
+      pattern = behindStar;
+      name = ++behindRun;
     }
   }
+  return true;
 }
 
 }  // namespace
