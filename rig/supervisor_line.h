@@ -25,12 +25,19 @@ inline SOCKET ConnectToSupervisor() {
   return connected ? line : INVALID_SOCKET;
 }
 
-// Sends one line and gives the answer without its line end. Empty: the supervisor is gone.
+// Sends one line and gives the answer without its line end. Empty: the supervisor is gone. Nothing
+// comes unasked, so all that is received belongs to this answer; it isn't taken byte by byte, since
+// each call goes through Wine's server and waits its turn on a busy machine.
 inline std::string AskSupervisor(SOCKET line, const std::string& question) {
   const std::string sent = question + "\n";
   std::string answer;
-  char next = 0;
   if (send(line, sent.data(), static_cast<int>(sent.size()), 0) < 0) return "";
-  while (recv(line, &next, 1, 0) == 1 && next != '\n') answer += next;
-  return next == '\n' ? answer : "";
+  while (answer.empty() || answer.back() != '\n') {
+    char part[1024];
+    const int bytes = recv(line, part, sizeof part, 0);
+    if (bytes <= 0) return "";
+    answer.append(part, static_cast<std::size_t>(bytes));
+  }
+  answer.pop_back();
+  return answer;
 }

@@ -44,9 +44,13 @@ std::string Number(unsigned long long value) {
   return text;
 }
 
+// An entry stays where it is until its own handle is closed.
 Device* Find(HANDLE handle) {
+  EnterCriticalSection(&lock);
   const auto found = devices.find(handle);
-  return found == devices.end() ? nullptr : &found->second;
+  Device* device = found == devices.end() ? nullptr : &found->second;
+  LeaveCriticalSection(&lock);
+  return device;
 }
 
 // Acts on an answer. False: pass. True: status and output hold the result.
