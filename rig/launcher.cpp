@@ -10,8 +10,16 @@
 
 namespace {
 
+// For whoever looks at a run that failed: what the tool says elsewhere, the program swallows.
+void Tell(const char* what, unsigned long number) {
+  FILE* file = fopen("C:\\rotate\\launcher.txt", "a");
+  if (file == nullptr) return;
+  fprintf(file, "%s %lu\n", what, number);
+  fclose(file);
+}
+
 int Fail(const char* what) {
-  fprintf(stderr, "launcher: %s failed, error %lu\n", what, GetLastError());
+  Tell(what, GetLastError());
   return 95;
 }
 
@@ -71,15 +79,16 @@ int main() {
   PROCESS_INFORMATION child = {};
   if (!CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
                       nullptr, nullptr, &startup, &child)) {
-    return Fail("CreateProcess");
+    return Fail("CreateProcess failed, error");
   }
   if (!LoadInto(child.hProcess, library.c_str())) {
     TerminateProcess(child.hProcess, 1);
-    return Fail("loading the library");
+    return Fail("loading the library failed, error");
   }
   ResumeThread(child.hThread);
   WaitForSingleObject(child.hProcess, INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(child.hProcess, &code);
+  if (code > 1) Tell((program + " ended with").c_str(), code);
   return static_cast<int>(code);
 }

@@ -52,9 +52,11 @@ def wine_environment(prefix, **more):
 
 
 class Robot:
-    """The robot user. Waits look until the thing is there, and fail with what there was instead."""
+    """The robot user. Waits look until the thing is there, and fail with what there was instead.
+    The journal is the stick's: it tells whether the program is at work."""
 
-    def __init__(self, environment):
+    def __init__(self, environment, journal):
+        self.journal = journal
         self.process = subprocess.Popen(
             [WINE, os.path.join(BIN, "robot.exe")], env=environment, text=True, encoding="utf-8",
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
@@ -90,9 +92,15 @@ class Robot:
         raise AssertionError(f"waited for {what}; the robot saw {self.seen()}")
 
     def wait_ready(self, seconds=25):
-        """The window stands, no box is open and the program is at rest."""
+        """The window stands, no box is open and the program is at rest: it answers at once, and
+        asks nothing of the stick meanwhile. An action lets the window answer now and then."""
         self.wait("the window", lambda state: state["main"] and not state["boxes"], seconds)
-        self.do(f"idle {seconds * 1000}")
+        heard, end = None, time.monotonic() + seconds
+        while heard != len(self.journal):
+            if time.monotonic() > end:
+                raise AssertionError(f"waited for rest; the robot saw {self.seen()}")
+            heard = len(self.journal)
+            self.do(f"idle {seconds * 1000}")
         return self.wait("no box", lambda state: not state["boxes"])
 
     def expect_box(self, title, seconds=25):
@@ -180,7 +188,7 @@ class ProgramRun:
                                             ROTATE_RIG_PORT=str(self.usb.port),
                                             ROTATE_RIG_LIBRARY=library,
                                             ROTATE_RIG_TOOL=windows_path(self.tool))
-        self.robot = Robot(self.environment)
+        self.robot = Robot(self.environment, self.usb.journal)
         self.children.append(self.robot.process)
         self.launched = subprocess.Popen(
             [WINE, os.path.join(BIN, "launcher.exe"), library, "C:\\rotate\\Rotate_TSD.exe"],
@@ -207,7 +215,18 @@ class ProgramRun:
         subprocess.run(["import", "-window", "root", path], env=self.environment, check=True,
                        capture_output=True)
 
+    def tell(self):
+        """What a story that failed leaves to look at."""
+        told = os.path.join(self.folder, "prefix", "drive_c", "rotate", "launcher.txt")
+        if os.path.exists(told):
+            with open(told, encoding="utf-8") as file:
+                print(f"The launcher says: {file.read().rstrip()}")
+        print("The program " + ("runs." if self.launched.poll() is None else "has ended."))
+        print("\n".join(["The journal's end:", *self.usb.journal[-12:]]))
+
     def __exit__(self, *failure):
+        if failure and failure[0] is not None:
+            self.tell()
         if getattr(self, "environment", None):
             subprocess.run([SERVER, "-k"], env=self.environment, capture_output=True)
             subprocess.run([SERVER, "-w"], env=self.environment, capture_output=True)
@@ -215,8 +234,6 @@ class ProgramRun:
             child.terminate()
             child.wait()
         if self.usb:
-            if failure and failure[0] is not None:
-                print("\n".join(["The journal's end:", *self.usb.journal[-12:]]))
             self.usb.close()
         shutil.rmtree(os.path.join(self.folder, "prefix"), ignore_errors=True)
 

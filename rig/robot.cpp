@@ -277,7 +277,7 @@ bool Idle(HWND main, DWORD limit) {
     DWORD_PTR result;
     const DWORD asked = GetTickCount();
     const bool answered = SendMessageTimeoutW(main, WM_NULL, 0, 0, SMTO_NORMAL, 1000, &result) != 0;
-    prompt = answered && GetTickCount() - asked < 30 ? prompt + 1 : 0;
+    prompt = answered && GetTickCount() - asked < 100 ? prompt + 1 : 0;
     Sleep(60);
   }
   return true;

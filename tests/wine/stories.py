@@ -151,6 +151,13 @@ def other_format(place):
     check("the table", stick.sfdisk(image), {1: (0x82, start, sectors, True)})
 
 
+def press(run, key, what):
+    """Presses a key; gives the state in which what it moves has moved."""
+    before = run.robot.state()[what]
+    run.robot.do(f"keys {key}")
+    return run.robot.wait(f"another {what} than {before}", lambda now: now[what] not in ("", before))
+
+
 @story
 def keyboard(place):
     """Keys only: the tab order, an accelerator, Enter on a row with umlauts."""
@@ -169,11 +176,7 @@ def keyboard(place):
                        == "Use if you have inserted or removed a drive")
         run.robot.do("focus")
         check("the first stop", state["focus"], "ComboBox")
-        stops = []
-        for _ in range(5):
-            run.robot.do(f"keys {TAB}")
-            time.sleep(0.2)
-            stops.append(run.robot.state()["focus"])
+        stops = [press(run, TAB, "focus")["focus"] for _ in range(5)]
         check("the tab order, past what is off", stops,
               ["List all drives", "Refresh", SWAP, "Help", "Exit"])
         run.robot.do(f"keys {ALT}+{ord('L')}")
@@ -186,15 +189,13 @@ def keyboard(place):
         for _ in range(12):
             if run.robot.state()["focus"] == "ListBox":
                 break
-            run.robot.do(f"keys {TAB}")
-            time.sleep(0.2)
+            press(run, TAB, "focus")
         rows = run.robot.state()["images"]
         wanted = next(row for row, text in enumerate(rows) if "Übung Süd" in text)
         for _ in range(len(rows)):
             if run.robot.state()["image"] == wanted:
                 break
-            run.robot.do(f"keys {DOWN}")
-            time.sleep(0.2)
+            press(run, DOWN, "image")
         run.usb.journal.clear()
         run.robot.do(f"keys {ENTER}")
         text = box_text(run.robot.expect_box("Change partition table"))
