@@ -140,7 +140,8 @@ class Toolkit {
   virtual float TwipsPerPixelX() = 0;
   virtual float TextWidth(const std::string& text) = 0;  // in the window's font, twips
 
-  // Modal, owned by the window once that is there. Escape gives Cancel where there is one.
+  // Modal, owned by the window once that is there. Escape gives Cancel where there is one, and
+  // so does a box that can't be shown.
   virtual Answer MsgBox(const Box& box) = 0;
   // A box with a text field, OK and Cancel. Cancel gives the empty text.
   virtual std::string InputBox(const std::string& prompt, const std::string& title,

@@ -168,10 +168,10 @@ class RealToolkit final : public Toolkit {
         return Answer::Yes;
       case IDNO:
         return Answer::No;
-      case IDCANCEL:
-        return box.buttons == Buttons::Ok ? Answer::Ok : Answer::Cancel;
-      default:
+      case IDOK:
         return Answer::Ok;
+      default:  // Cancel, Escape, a box that couldn't be shown
+        return box.buttons == Buttons::Ok ? Answer::Ok : Answer::Cancel;
     }
   }
 
