@@ -81,7 +81,7 @@ TEST(RandomWorlds, KeepAllInvariantsAndComeBack) {
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
     SCOPED_TRACE("ROTATE_WORLDS=1 ROTATE_SEED=" + std::to_string(seed) + " makes it again");
     Random.seed(seed);
-    Image = "\\_ISO\\B" +
+    Image = "\\_ISO\\B23" +
             OneOf<std::string>({".volPAK", ".VOLPAK2", ".volpak23", ".volPAKauto", ".volPAKX4BD",
                                 ".VOLpak2X4BD", ".volPAK23X4BD", ".volPAKX4", ".volPAK.x2"});
     const Act act{"random", Act::Kind::Switch, MakeStick, Open("E:" + Image), Image.c_str()};

@@ -111,6 +111,7 @@ TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
       {"fourth in the image folder", "E:~A.volPAKX4D E:\\_ISO\\D", "-", "E:\\_ISO\\D"},
       {"fourth not in a root", "E:~A.volPAKX4D F:\\D F:~D", "-", "-"},
       {"the mark in lower case", "E:~A.volPAKx4d E:~d", "-", "E:~d"},
+      {"the first of two marks", "E:~A.volPAKX4aX4b E:~b E:~aX4b", "-", "E:~aX4b"},
       {"the mark without a name", "E:~A.volPAKX4 E:~A", "E:~A", "-"},
       {"the mark in front of the extension", "E:~AX4D.volPAK E:~D", "-", "-"},
       {"both", "E:~A.volPAK2X4D E:~A F:\\_ISO\\D", "E:~A", "F:\\_ISO\\D"}};

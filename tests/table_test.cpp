@@ -41,15 +41,17 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
                  (row.fourth ? " X4" : ""));
     ProgramOnPc program;
     VirtualDisk& stick = program.world.stick;
-    const std::string image = std::string("\\_ISO\\I.") + row.extension;
+    const std::string image = std::string("\\_ISO\\I23.") +  // marks count in the extension only
+                              row.extension;
     demo::AddImage(program.world.e, {image.c_str(), 0x1F800, 0x2000}, demo::NtfsBootRecord());
     if (row.companion) {
-      demo::AddImage(program.world.e, {"\\_ISO\\I", 0x10203, 513}, demo::Fat32BootRecord());
+      demo::AddImage(program.world.e, {"\\_ISO\\I23", 0x10203, 513}, demo::Fat32BootRecord());
     }
     if (row.fourth) {
       demo::AddImage(program.world.e, {"\\_ISO\\D", 0x908070, 99}, demo::NtfsBootRecord());
     }
     VirtualSector table = stick.Sector(0);
+    table[462] = 0x01;  // not well formed, which nothing here asks for
     table[466] = row.type2;
     demo::SetEntry(table, 3, false, 0x83, 23'000'000, 1000);
     demo::SetEntry(table, 4, true, 0x17, 24'000'000, 1000);
@@ -64,7 +66,7 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
     std::string report = "PTN1: Type=07 (NTFS)   Start=129024 (0x1F800) \r\nE:" + image;
     report += std::string("\r\n\r\nPTN2: ") + row.ptn2;
     report += "\r\n\r\nPTN3: " +
-              place(row.ptn3, "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I");
+              place(row.ptn3, "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I23");
     report += "\r\n\r\nPTN4: " +
               place(row.ptn4, "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D");
     EXPECT_EQ(boxes.back().text, report + "\r\n\r\nOK to write new MBR to Drive 1?");
@@ -161,14 +163,14 @@ TEST(PartitionType, IsAskedForEachFileThatShowsNone) {
   ProgramOnPc program;
   program.world.stick.SetSector(demo::kMarkedImage.lba, demo::ForeignBootRecord());
   program.world.stick.SetSector(demo::kCompanion.lba, demo::ForeignBootRecord());
-  for (const char* answer : {"0x100", "", "0B"}) program.pc.toolkit.AnswerInput(answer);
+  for (const char* answer : {"0x183", "", "0B"}) program.pc.toolkit.AnswerInput(answer);
   program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"), {Answer::Ok});
   const auto& inputs = program.pc.toolkit.inputs;
   ASSERT_EQ(inputs.size(), 3U);
   const char* kFiles[] = {"1st", "2nd", "4th"};
   for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(inputs[i].prompt.substr(27, 3), kFiles[i]);
   const VirtualSector table = program.world.stick.Sector(0);
-  EXPECT_EQ(table[450], 0);  // 0x100 doesn't fit; the emptied entry's byte stays
+  EXPECT_EQ(table[450], 0);  // 0x183 doesn't fit; the emptied entry's byte stays
   EXPECT_EQ(table[482], 0);  // Cancel
   EXPECT_EQ(table[498], 0x0B);
 }
