@@ -120,7 +120,8 @@ TEST(OrderRepair, CopiesUntilTheOrderIsRight) {
     EXPECT_EQ(program.Places(), row.places);
     // The fields describe the file that was moved; the place of the 33rd copy isn't looked at.
     const std::uint64_t place = program.world.e.Find(kLast)->extents[0].lba;
-    EXPECT_EQ(Form1.FStartSectors.Low(), row.copies.size() == 33 ? many[31] : place);
+    EXPECT_EQ(Form1.FStartSectors.ToDecimal(),
+              std::to_string(row.copies.size() == 33 ? many[31] : place));
   }
 }
 

@@ -199,16 +199,20 @@ bool IsUsbDrive(std::int32_t drv) {
   return descriptor[kBusTypeOffset] == kBusTypeUsb;
 }
 
-void ShowReadFailure(std::int64_t sector) {
+bool ReadOrTell(const std::string& volume, std::int64_t sector) {
+  if (ReadandParseSector(volume, sector)) return true;
   MsgBox({.title = "SECTOR READ FAILED",
           .text = "READ SECTOR " + Decimal(sector) + " from DRIVE " + Decimal(Physical_Drive_no) +
                   " FAILED!",
           .icon = Icon::Stop});
+  return false;
 }
 
-void ShowWriteFailure(std::int64_t sector) {
+bool WriteOrTell(std::int64_t sector) {
+  if (WriteSector(Physical_Drive_no, sector)) return true;
   MsgBox({.title = "SECTOR WRITE FAILED",
           .text = "WRITE SECTOR " + Decimal(sector) + " to DRIVE " + Decimal(Physical_Drive_no) +
                   " FAILED!",
           .icon = Icon::Stop});
+  return false;
 }

@@ -42,6 +42,6 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive);
 
 bool IsUsbDrive(std::int32_t drv);
 
-// "SECTOR READ FAILED" and "SECTOR WRITE FAILED" for a sector of Physical_Drive_no.
-void ShowReadFailure(std::int64_t sector);
-void ShowWriteFailure(std::int64_t sector);
+// ReadandParseSector, and WriteSector to Physical_Drive_no; a failure is told in a box.
+bool ReadOrTell(const std::string& volume, std::int64_t sector);
+bool WriteOrTell(std::int64_t sector);

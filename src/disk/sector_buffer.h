@@ -19,6 +19,10 @@
 constexpr std::size_t kSectorSize = 512;
 using Sector = std::array<std::uint8_t, kSectorSize>;
 
+// Where a switch saves sector 0; also sector numbers of the disk.
+constexpr std::int64_t kBackupSector1 = 30;
+constexpr std::int64_t kBackupSector2 = 60;
+
 constexpr std::size_t kDiskSignature = 440;
 constexpr std::size_t kEntrySize = 16;
 constexpr std::size_t kEntry1 = 446;

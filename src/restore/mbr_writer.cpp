@@ -35,10 +35,7 @@ bool SWITCH() {
   const std::string volume = SelectedVolume();
   WriteLog("SWITCH started");
   DisMount_All_VolumesX(Physical_Drive_no);
-  if (!WriteSector(Physical_Drive_no, 0)) {
-    ShowWriteFailure(0);
-    return false;
-  }
+  if (!WriteOrTell(0)) return false;
   DoEvents();
   ReMount_Drive(Physical_Drive_no);
   DoEvents();

@@ -7,5 +7,5 @@
 // passes to the caller.
 bool SWITCH();
 
-// A wait of half SettleDelay with the hourglass, events let through on both sides.
+// Waits half of SettleDelay, then lets events run.
 void Settle();

@@ -40,10 +40,7 @@ void WarnUnlessCsmVolume() {
 
 // Reads a backup sector. Empty: it could not be read, which a box has told. Else: is it sound?
 std::optional<bool> ReadBackup(std::int64_t sector) {
-  if (!ReadandParseSector(MYDRIVE, sector)) {
-    ShowReadFailure(sector);
-    return std::nullopt;
-  }
+  if (!ReadOrTell(MYDRIVE, sector)) return std::nullopt;
   return IsSoundSavedTable();
 }
 
@@ -83,9 +80,9 @@ void cmdRestoreTSD_Click() {
   MYDRIVE = GetDriveLetter(Physical_Drive_no);
   if (VolumeIsNormal()) return;
   WarnUnlessCsmVolume();
-  std::optional<bool> sound = ReadBackup(30);
+  std::optional<bool> sound = ReadBackup(kBackupSector1);
   if (!sound) return;
-  if (!*sound) sound = ReadBackup(60);
+  if (!*sound) sound = ReadBackup(kBackupSector2);
   if (!sound) return;
   if (*sound) {
     RestoreFromSector(on);

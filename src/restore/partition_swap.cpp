@@ -21,10 +21,7 @@ std::string TypeOf(std::size_t entry) {
 void cmdSwitchPtns_Click() {
   WriteLog("cmdSwitchPtns_Click started");
   if (MediaKind != kRemovableMedia) return;
-  if (!ReadandParseSector(MYDRIVE, 0)) {
-    ShowReadFailure(0);
-    return;
-  }
+  if (!ReadOrTell(MYDRIVE, 0)) return;
   if (!EntriesMayBeSwapped()) return;
   const auto entry1 = SectorBuffer.begin() + kEntry1;
   std::swap_ranges(entry1, entry1 + kEntrySize, SectorBuffer.begin() + kEntry2);

@@ -28,11 +28,7 @@ bool DiskQualifies() {
   if (!ShowAllDrives && !IsUsbDrive(Physical_Drive_no)) return false;
   const std::string volume = GetDriveLetter(Physical_Drive_no);
   if (volume.empty()) return false;
-  if (!ReadandParseSector(volume, 0)) {
-    ShowReadFailure(0);
-    return false;
-  }
-  return SectorFlags.HasGrub4dos;
+  return ReadOrTell(volume, 0) && SectorFlags.HasGrub4dos;
 }
 
 void AddRows() {
@@ -89,10 +85,7 @@ void Combo1_Click() {
   MYDRIVE = UpperCase(row.substr(0, 1)) + ":";
   Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
   GetUSBDiskDriveInfo(Physical_Drive_no);
-  if (!ReadandParseSector(MYDRIVE, 0)) {
-    ShowReadFailure(0);
-    return;
-  }
+  if (!ReadOrTell(MYDRIVE, 0)) return;
   const bool swappable = MediaKind == kRemovableMedia && EntriesMayBeSwapped();
   if (SectorFlags.HasGrub4dos) {
     ListFiles();

@@ -8,6 +8,7 @@
 #include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/message_box.h"
+#include "switch/file_limits.h"
 #include "switch/hidden_sectors.h"
 #include "switch/partition_table.h"
 #include "text/text.h"
@@ -60,18 +61,6 @@ std::string TableReport(const SwitchRun& run) {
                 ? OtherEntry("PTN4", run.Ptn4Text)
                 : BuiltEntry("PTN4", run.PTYPE4, kFormats4, run.Start4, run.FourthFile);
   return report;
-}
-
-bool StartIsAtLeast(std::int64_t smallest) {
-  if (!(Form1.FStartSectors < smallest)) return true;
-  MsgBox({.title = "Bad FStart", .text = "ERROR: Bad Start sector!", .icon = Icon::Stop});
-  return false;
-}
-
-bool LengthIsAtLeast(std::int64_t smallest) {
-  if (!(Form1.FLengthSectors < smallest)) return true;
-  MsgBox({.title = "Bad FLength", .text = "ERROR: Bad File length!", .icon = Icon::Stop});
-  return false;
 }
 
 void CommitTable(SwitchRun& run) {

@@ -9,8 +9,3 @@ void CommitTable(SwitchRun& run);
 
 // What the last question shows of the new table.
 std::string TableReport(const SwitchRun& run);
-
-// The checks on the file measured last, against the smallest start or length in sectors. False:
-// it can't become a partition, which a box has told.
-bool StartIsAtLeast(std::int64_t smallest);
-bool LengthIsAtLeast(std::int64_t smallest);

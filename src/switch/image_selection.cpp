@@ -9,20 +9,20 @@
 #include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/message_box.h"
+#include "switch/file_limits.h"
 #include "text/text.h"
 
 namespace {
 
-constexpr std::size_t kHexDigitsOf32Bits = 8;
-
-bool Stop(const std::string& title, const std::string& text) {
+bool Refuse(const std::string& title, const std::string& text) {
   MsgBox({.title = title, .text = text, .icon = Icon::Exclamation});
   return false;
 }
 
 bool StopInvalid(const std::string& file) {
-  return Stop("File invalid", "ERROR: File " + file +
-                                  " is too small, not accessible/contiguous or not an NTFS drive!");
+  return Refuse(
+      "File invalid",
+      "ERROR: File " + file + " is too small, not accessible/contiguous or not an NTFS drive!");
 }
 
 // Position from 1 of a search result, 0 for none.
@@ -46,7 +46,8 @@ void FindFourth(SwitchRun& run) {
   }
 }
 
-enum class Order { Right, Accepted, Stopped };
+// Asked: the question was put, and the run goes on, repaired or not.
+enum class Order { Right, Asked, Stopped };
 
 // Asks about a file that lies below one that must come before it, and repairs if the user agrees.
 Order CheckOrder(const std::string& later, const std::string& laterStart,
@@ -60,10 +61,10 @@ Order CheckOrder(const std::string& later, const std::string& laterStart,
   if (answer == Answer::Cancel) return Order::Stopped;
   if (answer == Answer::Yes) MoveFiles(earlier, later);
   if (Form1.FStartSectors == 0) {
-    Stop("File invalid", "ERROR: File " + later + " file is before " + earlier + " on the disk!");
+    Refuse("File invalid", "ERROR: File " + later + " file is before " + earlier + " on the disk!");
     return Order::Stopped;
   }
-  return Form1.MoreThanOneExtent ? Order::Stopped : Order::Accepted;
+  return Form1.MoreThanOneExtent ? Order::Stopped : Order::Asked;
 }
 
 bool MeasureImage(SwitchRun& run) {
@@ -71,10 +72,10 @@ bool MeasureImage(SwitchRun& run) {
   run.FStart1 = Form1.FStart;
   if (Form1.FStartSectors == 0) return StopInvalid(run.ImageFile);
   if (Form1.FStart.size() > kHexDigitsOf32Bits) {
-    return Stop("File beyond 2TB", "ERROR: File is beyond 2TB on disk!");
+    return Refuse("File beyond 2TB", "ERROR: File is beyond 2TB on disk!");
   }
   if (Form1.FLength.size() > kHexDigitsOf32Bits) {
-    return Stop("File too large", "ERROR: File is larger than 2TB!");
+    return Refuse("File too large", "ERROR: File is larger than 2TB!");
   }
   return true;
 }
@@ -83,7 +84,7 @@ bool MeasureImage(SwitchRun& run) {
 bool MeasureFurther(const std::string& file) {
   GetFileStart(file);
   if (Form1.FLength.size() > kHexDigitsOf32Bits) {
-    return Stop("File too large", "ERROR: File " + file + " is larger than 2TB!");
+    return Refuse("File too large", "ERROR: File " + file + " is larger than 2TB!");
   }
   return Form1.FStartSectors == 0 ? StopInvalid(file) : true;
 }
@@ -93,7 +94,7 @@ bool TakeCompanion(SwitchRun& run) {
   run.FStart2 = Form1.FStart;
   const Order order = CheckOrder(run.CompanionFile, run.FStart2, run.ImageFile, run.FStart1);
   if (order == Order::Stopped) return false;
-  if (order == Order::Accepted) run.FStart2 = Form1.FStart;
+  if (order == Order::Asked) run.FStart2 = Form1.FStart;
   return LiesWithin2TB(run.CompanionFile, run.FStart2);
 }
 
@@ -109,8 +110,7 @@ bool TakeFourth(SwitchRun& run) {
   return LiesWithin2TB(run.FourthFile, Form1.FStart);
 }
 
-}  // namespace
-
+// The parts of ImageFile, but for FourthName and the X4 mark.
 void TakeNameApart(SwitchRun& run) {
   const std::string& file = run.ImageFile;
   run.ImageDrive = file.substr(0, 2);
@@ -126,10 +126,7 @@ void TakeNameApart(SwitchRun& run) {
   run.FStart2.clear();
 }
 
-bool LiesWithin2TB(const std::string& file, const std::string& start) {
-  if (start.size() <= kHexDigitsOf32Bits) return true;
-  return Stop("File beyond 2TB", "ERROR: File " + file + " is beyond 2TB on disk!");
-}
+}  // namespace
 
 bool SelectFiles(SwitchRun& run) {
   Mark(run, 300);

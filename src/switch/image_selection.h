@@ -9,10 +9,3 @@
 
 // Fills the files and their names in run. False: the run stops, and the user has been told.
 bool SelectFiles(SwitchRun& run);
-
-// The parts of run.ImageFile, but for FourthName and the X4 mark.
-void TakeNameApart(SwitchRun& run);
-
-// start is the file's, in hexadecimal digits. False: no table entry can point there, which a box
-// has told.
-bool LiesWithin2TB(const std::string& file, const std::string& start);

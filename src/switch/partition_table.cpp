@@ -10,8 +10,7 @@
 #include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/message_box.h"
-#include "switch/commit.h"
-#include "switch/image_selection.h"
+#include "switch/file_limits.h"
 #include "text/text.h"
 
 namespace {
@@ -25,10 +24,6 @@ bool IsPlainName(const SwitchRun& run) {
   return run.ImageExt == ".VOLPAK" || run.ImageExt == ".VOLPAKAUTO";
 }
 
-bool HasMark2(const SwitchRun& run) {
-  return run.ExtPos != 0 && run.ImageFile.find('2', run.ExtPos - 1) != std::string::npos;
-}
-
 // Which of entries 2 and 3 stay, and how the report calls them.
 void KeepOrClearMiddleEntries(SwitchRun& run) {
   run.Ptn4Text = "-";
@@ -40,7 +35,7 @@ void KeepOrClearMiddleEntries(SwitchRun& run) {
   if (run.FourthFile.empty() && run.CompanionName.empty() && SectorFlags.Ptn2Is21 &&
       IsPlainName(run)) {
     run.Ptn2Text = "keep (small ptn 0x21)";
-  } else if (!run.FourthFile.empty() || !HasMark2(run)) {
+  } else if (!run.FourthFile.empty() || !Contains(run.ImageExt, "2")) {
     ClearEntry(kEntry2);
     run.Ptn2Text = "-";
   }
@@ -77,10 +72,7 @@ void SplitIntoBytes(std::string text, std::array<std::string, 4>& bytes) {
 
 bool ComposeTable(SwitchRun& run) {
   Mark(run, 600);
-  if (!ReadandParseSector(MYDRIVE, 0)) {
-    ShowReadFailure(0);
-    return false;
-  }
+  if (!ReadOrTell(MYDRIVE, 0)) return false;
   ClearEntry(kEntry1);
   ClearEntry(kEntry4);
   Mark(run, 620);

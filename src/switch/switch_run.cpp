@@ -11,18 +11,6 @@
 
 namespace {
 
-bool ReadOrTell(std::int64_t sector) {
-  if (ReadandParseSector(MYDRIVE, sector)) return true;
-  ShowReadFailure(sector);
-  return false;
-}
-
-bool WriteOrTell(std::int64_t sector) {
-  if (WriteSector(Physical_Drive_no, sector)) return true;
-  ShowWriteFailure(sector);
-  return false;
-}
-
 // All four checks run, so that one bad MBR shows everything that is wrong with it.
 void CheckTable(SwitchRun& run) {
   const std::string drive = "ERROR: MBR on drive " + Decimal(Physical_Drive_no);
@@ -43,15 +31,14 @@ void CheckTable(SwitchRun& run) {
 
 // Reads a backup sector and judges it. False: it couldn't be read.
 bool JudgeBackup(SwitchRun& run, std::int64_t sector, bool& usable) {
-  if (!ReadOrTell(sector)) return false;
+  if (!ReadOrTell(MYDRIVE, sector)) return false;
   usable = SectorFlags.HasGrub4dos || SectorFlags.IsUniform;
   run.SavedTableFound = run.SavedTableFound || IsSoundSavedTable();
   return true;
 }
 
-// A switch leaves the start of entry 1 in the disk signature, so the table under work is an
-// unsaved one only if these differ. Its start may still be near enough to pass the checks. A type
-// answered with 0 doesn't make it an unsaved one, and a swap makes entry 1 the second.
+// A switch leaves the start of entry 1 in the disk signature, and a swap may have made that entry
+// the second since. The type says nothing: it may have been answered with 0.
 bool TableIsSwitched() {
   const std::uint32_t signature = SectorNumberAt(kDiskSignature);
   return signature != 0 && (SectorNumberAt(kEntry1 + kEntryStart) == signature ||
@@ -73,7 +60,7 @@ bool SaveTable(SwitchRun& run) {
   Mark(run, 100);
   if (!JudgeBackup(run, kBackupSector1, run.Lba30Usable)) return false;
   if (!JudgeBackup(run, kBackupSector2, run.Lba60Usable)) return false;
-  if (!ReadOrTell(0)) return false;
+  if (!ReadOrTell(MYDRIVE, 0)) return false;
   Mark(run, 200);
   if (!run.Lba30Usable && !run.Lba60Usable) {
     MsgBox({.title = "No backup sector available for MBR!",
@@ -96,7 +83,7 @@ void Mark(SwitchRun& run, int mark) {
 void List1_DblClick() {
   SwitchRun run;
   WriteLog("---------------- List1_DblClick Started ----------------");
-  if (!ReadOrTell(0)) return;
+  if (!ReadOrTell(MYDRIVE, 0)) return;
   CheckTable(run);
   if (run.MbrRejected) return;
   if (!SaveTable(run)) return;

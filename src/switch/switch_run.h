@@ -10,9 +10,6 @@
 
 #include "shell/failure.h"
 
-constexpr std::int64_t kBackupSector1 = 30;
-constexpr std::int64_t kBackupSector2 = 60;
-
 // Working state of one run. Positions in ImageFile count from 1; 0 means not there.
 struct SwitchRun {
   ErrorMode on{ReportLayout::MainWindow, "List1_DblClick()"};

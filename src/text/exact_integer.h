@@ -21,9 +21,6 @@ class ExactInteger {
 
   [[nodiscard]] std::string ToDecimal() const;
 
-  // The lowest 64 bits, as a number without sign.
-  [[nodiscard]] std::uint64_t Low() const { return low_; }
-
  private:
   std::int64_t high_;
   std::uint64_t low_;
