@@ -6,7 +6,7 @@
 int OSVersionCode = 0;
 
 namespace {
-constexpr int kLastSweptVersion = 7;  // Windows XP
+constexpr int kLastSweptVersion = 7;  // Windows XP; 0 is a version that isn't known
 }
 
 void Close_Volume_Windows(const std::string& vol) {

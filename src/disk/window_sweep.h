@@ -1,4 +1,5 @@
-// Asks the folder windows of a volume to close before it is locked, on Windows XP and older.
+// Asks the folder windows of a volume to close before it is locked, on Windows XP and older and on
+// versions that aren't known.
 #pragma once
 
 #include <string>
