@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr std::uint32_t kAttributeReadOnly = 1;
 constexpr std::uint32_t kPause = 100;  // ms
 constexpr int kFirstLoopRounds = 21;
 constexpr int kSecondLoopRounds = 11;

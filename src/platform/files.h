@@ -8,6 +8,7 @@
 #include "platform/devices.h"
 
 // File attributes (winnt.h).
+constexpr std::uint32_t kAttributeReadOnly = 1;
 constexpr std::uint32_t kAttributeHidden = 2;
 constexpr std::uint32_t kAttributeSystem = 4;
 constexpr std::uint32_t kAttributeDirectory = 16;
@@ -35,10 +36,11 @@ class Files {
   virtual std::uint32_t GetFileAttributesA(const std::string& path) = 0;
 
   // Statements: each does all of its work or throws a Fault.
-  virtual void FileCopy(const std::string& from, const std::string& to) = 0;    // overwrites to
+  virtual void FileCopy(const std::string& from, const std::string& to) = 0;    // see below
   virtual void FileDelete(const std::string& path) = 0;                         // 53, 70, 75
   virtual void FileRename(const std::string& from, const std::string& to) = 0;  // 53, 58, 75
   virtual void MakeFolder(const std::string& path) = 0;                         // 75, 76
+  // A copy overwrites to, and isn't read-only, so that it can be deleted where its original can't.
 
   // The whole file as text.
   virtual std::string ReadTextFile(const std::string& path) = 0;

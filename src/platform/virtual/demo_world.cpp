@@ -83,7 +83,8 @@ VirtualVolume& AddSystemVolume(VirtualPc& pc, VirtualDisk& disk) {
   c.partition = 1;
   c.label = "System";
   c.serial = 0xC0DEC0DE;
-  c.AddFile("\\Rotate\\getFileExtents.exe", 40'000, 1'000'000, "MZ extents tool");
+  c.AddFile("\\Rotate\\getFileExtents.exe", 40'000, 1'000'000, "MZ extents tool").attributes =
+      kAttributeReadOnly;  // as when it lies on a CD
   c.AddText("\\Rotate\\Rotate_TSD.exe", "MZ this program");
   c.AddText("\\Windows\\system32\\cmd.exe", "MZ interpreter");
   c.AddFolder("\\Temp");

@@ -159,7 +159,8 @@ void VirtualFiles::FileCopy(const std::string& from, const std::string& to) {
   if (Collides(source, kGenericRead) || Collides(target, kDeleteAccess)) {
     machine_.FailStatement(step, kPermissionDenied);
   }
-  const VirtualFile original = *source.file;
+  VirtualFile original = *source.file;
+  original.attributes &= ~kAttributeReadOnly;
   if (target.file != nullptr) target.volume->Remove(target.path);
   if (step.Torn()) target.volume->placements.push_front({.keepBytes = original.size / 2});
   const VirtualFile* copy =
@@ -174,7 +175,7 @@ void VirtualFiles::FileCopy(const std::string& from, const std::string& to) {
 void VirtualFiles::FileDelete(const std::string& path) {
   const Step step = BeginStatement(Op::Delete, path);
   const Place place = Require(step, path);
-  if ((place.file->attributes & kAttributeDirectory) != 0) {
+  if ((place.file->attributes & (kAttributeDirectory | kAttributeReadOnly)) != 0) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
   if (Collides(place, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);

@@ -1,6 +1,6 @@
 // Searches and whole-file statements on the virtual volumes.
 //
-// Does not model: short (8.3) names, read-only files.
+// Does not model: short (8.3) names; of a read-only file only that it can't be deleted.
 #pragma once
 
 #include <string>

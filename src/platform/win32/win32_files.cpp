@@ -71,6 +71,9 @@ class RealFiles final : public Files {
 
   void FileCopy(const std::string& from, const std::string& to) override {
     ThrowUnless(::CopyFileA(from.c_str(), to.c_str(), FALSE));
+    const DWORD attributes = ::GetFileAttributesA(to.c_str());
+    ThrowUnless(attributes != INVALID_FILE_ATTRIBUTES &&
+                ::SetFileAttributesA(to.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}));
   }
 
   void FileDelete(const std::string& path) override { ThrowUnless(::DeleteFileA(path.c_str())); }
