@@ -157,6 +157,7 @@ TEST_F(Discovery, TextsOfTheInquiry) {
     stick.vendorField = row.vendorField;
     stick.removable = row.removable;
     stick.answersInquiry = row.answers;
+    stick.warns = !stick.warns;  // the bytes count, whatever the call says
     ScsiProductText = ScsiVendorField = MediaKind = "before";
     GetSCSICapacity(1);
     EXPECT_EQ((Texts{ScsiProductText, ScsiVendorField, MediaKind}), row.told);

@@ -62,7 +62,8 @@ class Devices {
   virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) = 0;
 
   // Sends a control code. in and out may be null with size 0; they may be the same buffer.
-  // returned is the count of bytes put into out, 0 after a failure. The record of
+  // returned is the count of bytes put into out; a call that fails with a warning may have put some
+  // as well. The record of
   // kIoctlScsiPassThrough is the one of 32-bit programs (44 bytes of header) on every platform.
   virtual bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
                                std::uint32_t inSize, void* out, std::uint32_t outSize,

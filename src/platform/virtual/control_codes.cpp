@@ -110,7 +110,7 @@ std::uint32_t PassThrough(const VirtualDisk& disk, ControlRequest& request) {
   std::memcpy(request.out + offset, data.data(), moved);
   Put32(request.out + 12, moved);
   request.returned = offset + moved;
-  return 0;
+  return disk.warns ? kErrorIoDevice : 0;
 }
 
 }  // namespace

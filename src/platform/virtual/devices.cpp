@@ -221,7 +221,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
   } else if (open->kind == OpenHandle::Kind::Disk) {
     error = AnswerDiskQuery(*open->disk, request);
   }
-  returned = error == 0 ? request.returned : 0;
+  returned = request.returned;
   return machine_.End(step, error == 0, error);
 }
 

@@ -26,6 +26,7 @@ class VirtualDisk {
   // SCSI inquiry; padded with blanks to 8, 16, 4 and 8 characters.
   std::string vendor = "Tessel", product = "USB Stick", revision = "1.00", vendorField;
   bool answersCapacity = true, answersInquiry = true, answersLength = true, answersBus = true;
+  bool warns = false;  // SCSI requests fail, though they are answered
   // The answer to READ CAPACITY where it is to differ from the true one: last block, block length.
   std::pair<std::uint32_t, std::uint32_t> capacityAnswer{0, 0};
 

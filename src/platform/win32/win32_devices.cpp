@@ -67,7 +67,7 @@ class RealDevices final : public Devices {
     DWORD count = 0;
     const bool ok = ::DeviceIoControl(Native(handle), code, const_cast<void*>(in), inSize, out,
                                       outSize, &count, nullptr) != FALSE;
-    returned = ok ? count : 0;
+    returned = count;
     return ok;
   }
 
@@ -85,8 +85,8 @@ class RealDevices final : public Devices {
     DWORD count = 0;
     const bool ok = ::DeviceIoControl(Native(handle), kIoctlScsiPassThrough, wide.data(), wideSize,
                                       wide.data(), wideSize, &count, nullptr) != FALSE;
-    if (ok) NarrowScsiAnswer(wide, bytes, size);
-    returned = ok ? count : 0;
+    if (ok || count != 0) NarrowScsiAnswer(wide, bytes, size);
+    returned = count;
     return ok;
   }
 };
