@@ -28,7 +28,8 @@ std::string Stamp(const char* layout, const DateTime& t) {
 
 // The last three characters of the seconds since midnight, taken in single precision as "0.000".
 std::string Milliseconds(const DateTime& t) {
-  const float seconds = static_cast<float>((t.hour * 60 + t.minute) * 60 + t.second) +
+  // Volatile, because the x86 code would keep more digits of it in a register.
+  const volatile float seconds = static_cast<float>((t.hour * 60 + t.minute) * 60 + t.second) +
                         static_cast<float>(t.millisecond) / 1000.0F;
   char text[24];
   const int length = std::snprintf(text, sizeof text, "%.3f", static_cast<double>(seconds));
