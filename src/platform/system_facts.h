@@ -24,11 +24,11 @@ class SystemFacts {
 
   virtual bool GetVersionExA(VersionInfo& version) = 0;
 
-  // root is a volume text and a backslash. Label and file system name end in a NUL. False when
-  // there is no such volume or a buffer is too small.
-  virtual bool GetVolumeInformationA(const std::string& root, char* label, std::uint32_t labelSize,
-                                     std::uint32_t& serial, char* fileSystem,
-                                     std::uint32_t fileSystemSize) = 0;
+  // root is a volume text and a backslash. The sizes count characters with a closing NUL, however
+  // many bytes each has. False when there is no such volume or a text doesn't fit its size.
+  virtual bool GetVolumeInformationA(const std::string& root, std::string& label,
+                                     std::uint32_t labelSize, std::uint32_t& serial,
+                                     std::string& fileSystem, std::uint32_t fileSystemSize) = 0;
 
   // The text of an error number into buffer, ending in a NUL; gives its length, 0 on failure.
   virtual std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code,

@@ -21,6 +21,8 @@ std::string VolumeSerial;
 
 namespace {
 
+constexpr std::uint32_t kLabelSize = 14, kFileSystemSize = 32;
+
 // Reads the disk's first sector into SectorBuffer. False: the disk isn't offered.
 bool DiskQualifies() {
   GetUSBDiskDriveInfo(Physical_Drive_no);
@@ -125,18 +127,16 @@ void chkShowAll_Click() {
 void rgbGetVolume(const std::string& Drive, std::string& label, std::string& serial) {
   ErrorMode on;
   WriteLog("rgbGetVolume " + Drive + " " + label + " " + serial);
-  std::string buffer(14, ' ');
-  std::array<char, 32> fileSystem{};
+  std::string told, fileSystem;
   std::uint32_t number = 0;
   const bool known = on(false, [&] {
-    return Sys.facts->GetVolumeInformationA(Drive + "\\", buffer.data(),
-                                            static_cast<std::uint32_t>(buffer.size()), number,
-                                            fileSystem.data(), fileSystem.size());
+    return Sys.facts->GetVolumeInformationA(Drive + "\\", told, kLabelSize, number, fileSystem,
+                                            kFileSystemSize);
   });
   label.clear();
   serial.clear();
   if (!known) return;
-  label = buffer.substr(0, buffer.find('\0'));
+  label = told.substr(0, told.find('\0'));
   if (Trim(label).empty()) label = "(no label)";
   serial = HexWord(number >> 16) + "-" + HexWord(number);
 }

@@ -31,9 +31,9 @@ bool VirtualFacts::GetVersionExA(VersionInfo& info) {
   return machine_.End(step, true);
 }
 
-bool VirtualFacts::GetVolumeInformationA(const std::string& root, char* label,
+bool VirtualFacts::GetVolumeInformationA(const std::string& root, std::string& label,
                                          std::uint32_t labelSize, std::uint32_t& serial,
-                                         char* fileSystem, std::uint32_t fileSystemSize) {
+                                         std::string& fileSystem, std::uint32_t fileSystemSize) {
   const Step step = machine_.Begin(Op::Fact, "volume-information", root);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   VirtualVolume* volume =
@@ -44,8 +44,8 @@ bool VirtualFacts::GetVolumeInformationA(const std::string& root, char* label,
   if (volume->label.size() >= labelSize || volume->fileSystem.size() >= fileSystemSize) {
     return machine_.Fail(step, 234);  // ERROR_MORE_DATA
   }
-  std::memcpy(label, volume->label.c_str(), volume->label.size() + 1);
-  std::memcpy(fileSystem, volume->fileSystem.c_str(), volume->fileSystem.size() + 1);
+  label = volume->label;
+  fileSystem = volume->fileSystem;
   serial = volume->serial;
   return machine_.End(step, true);
 }

@@ -17,8 +17,8 @@ class VirtualFacts : public SystemFacts {
   std::uint32_t GetLongPathNameA(const std::string& shortPath, char* buffer,
                                  std::uint32_t size) override;
   bool GetVersionExA(VersionInfo& version) override;
-  bool GetVolumeInformationA(const std::string& root, char* label, std::uint32_t labelSize,
-                             std::uint32_t& serial, char* fileSystem,
+  bool GetVolumeInformationA(const std::string& root, std::string& label, std::uint32_t labelSize,
+                             std::uint32_t& serial, std::string& fileSystem,
                              std::uint32_t fileSystemSize) override;
   std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
                                char* buffer, std::uint32_t size) override;

@@ -20,8 +20,9 @@
 Fault FaultOfSystemError(DWORD error);
 
 // Text for the drawing calls. Their single-byte forms take the text for the system's own code page
-// and not for the one that the manifest asks for; all other calls know.
+// and not for the one that the manifest asks for; all other calls know. And back.
 std::wstring WideText(const std::string& text);
+std::string NarrowText(const std::wstring& wide);
 
 // Gives a system function that the oldest Windows lacks, or null there.
 template <class Function>

@@ -27,6 +27,15 @@ std::wstring WideText(const std::string& text) {
   return wide;
 }
 
+std::string NarrowText(const std::wstring& wide) {
+  const int units = static_cast<int>(wide.size());
+  const int size =
+      ::WideCharToMultiByte(CP_ACP, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+  std::string text(static_cast<std::size_t>(size), '\0');
+  ::WideCharToMultiByte(CP_ACP, 0, wide.data(), units, text.data(), size, nullptr, nullptr);
+  return text;
+}
+
 Fault FaultOfSystemError(DWORD error) {
   switch (error) {
     case ERROR_FILE_NOT_FOUND:

@@ -30,14 +30,18 @@ class RealSystemFacts final : public SystemFacts {
     return true;
   }
 
-  bool GetVolumeInformationA(const std::string& root, char* label, std::uint32_t labelSize,
-                             std::uint32_t& serial, char* fileSystem,
+  bool GetVolumeInformationA(const std::string& root, std::string& label, std::uint32_t labelSize,
+                             std::uint32_t& serial, std::string& fileSystem,
                              std::uint32_t fileSystemSize) override {
+    // The wide call, since a label of few characters can be of many bytes.
+    std::wstring wideLabel(labelSize, L'\0'), wideSystem(fileSystemSize, L'\0');
     DWORD number = 0, longestName = 0, flags = 0;
-    if (!::GetVolumeInformationA(root.c_str(), label, labelSize, &number, &longestName, &flags,
-                                 fileSystem, fileSystemSize)) {
+    if (!::GetVolumeInformationW(WideText(root).c_str(), wideLabel.data(), labelSize, &number,
+                                 &longestName, &flags, wideSystem.data(), fileSystemSize)) {
       return false;
     }
+    label = NarrowText(wideLabel.c_str());
+    fileSystem = NarrowText(wideSystem.c_str());
     serial = number;
     return true;
   }

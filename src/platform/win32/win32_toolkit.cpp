@@ -134,12 +134,16 @@ class RealToolkit final : public Toolkit {
   std::string ItemText(Control list, int row) override {
     const ListMessages& messages = MessagesOf(list);
     const auto index = static_cast<WPARAM>(row);
-    const LRESULT length = Send(list, messages.textLength, index, 0);
+    // The single-byte length is an estimate that knows of two bytes a character at most.
+    const FormWindow::Quiet quiet(TheForm);
+    const HWND window = TheForm.Of(list);
+    const LRESULT length = ::SendMessageW(window, messages.textLength, index, 0);
     if (length <= 0) return "";
-    std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    const LRESULT count = Send(list, messages.text, index, reinterpret_cast<LPARAM>(text.data()));
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    const LRESULT count =
+        ::SendMessageW(window, messages.text, index, reinterpret_cast<LPARAM>(text.data()));
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return text;
+    return NarrowText(text);
   }
 
   int ListIndex(Control list) override {
