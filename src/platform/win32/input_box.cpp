@@ -8,7 +8,7 @@ namespace {
 constexpr int kFieldId = 100;
 
 // An empty dialog; its controls are made when it opens, because their sizes follow from the text.
-struct EmptyDialog {
+struct alignas(4) EmptyDialog {
   DLGTEMPLATE head;
   WORD menu, windowClass, title;
 };
@@ -51,14 +51,16 @@ HWND Add(HWND dialog, const InputBox& box, const PartOfBox& part) {
   return window;
 }
 
+// width and height are those of the client area. The frame is measured: it has the density of the
+// screen that the box came up on, which no call of the older systems computes.
 void Centre(HWND dialog, HWND over, int width, int height) {
-  RECT client{0, 0, width, height};
-  const auto style = static_cast<DWORD>(::GetWindowLongA(dialog, GWL_STYLE));
-  ::AdjustWindowRectEx(&client, style, FALSE, 0);
-  RECT around;
+  RECT outer, client, around;
+  ::SetWindowPos(dialog, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  ::GetWindowRect(dialog, &outer);
+  ::GetClientRect(dialog, &client);
   ::GetWindowRect(over != nullptr ? over : ::GetDesktopWindow(), &around);
-  const int outerWidth = client.right - client.left;
-  const int outerHeight = client.bottom - client.top;
+  const int outerWidth = width + outer.right - outer.left - client.right;
+  const int outerHeight = height + outer.bottom - outer.top - client.bottom;
   ::SetWindowPos(dialog, nullptr, (around.left + around.right - outerWidth) / 2,
                  (around.top + around.bottom - outerHeight) / 2, outerWidth, outerHeight,
                  SWP_NOZORDER | SWP_NOACTIVATE);
@@ -136,8 +138,12 @@ std::string AskForText(const InputBoxText& text, HWND owner, HFONT font, int dpi
   EmptyDialog empty{};
   empty.head.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
   if (owner == nullptr) empty.head.style |= DS_SETFOREGROUND;
-  InputBox box{text, font, dpi, ""};
+  // A font of its own: the window's is replaced when its density changes, also while this is open.
+  LOGFONTA look{};
+  ::GetObjectA(font, sizeof look, &look);
+  InputBox box{text, ::CreateFontIndirectA(&look), dpi, ""};
   ::DialogBoxIndirectParamA(::GetModuleHandleA(nullptr), &empty.head, owner, Procedure,
                             reinterpret_cast<LPARAM>(&box));
+  ::DeleteObject(box.font);
   return box.answer;
 }
