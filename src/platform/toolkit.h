@@ -102,7 +102,8 @@ class Toolkit {
   virtual ~Toolkit() = default;
 
   // The window. CreateForm makes it, hidden, and hands user events to handler from then on: from
-  // inside RunEventLoop, DoEvents and nowhere else. A control that the program changes raises none.
+  // inside RunEventLoop and DoEvents, and at the end of the session. A control that the program
+  // changes raises none.
   virtual void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) = 0;
   virtual void ShowForm() = 0;
   virtual void UnloadForm() = 0;    // destroys the window; RunEventLoop then returns

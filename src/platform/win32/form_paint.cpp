@@ -8,6 +8,14 @@ COLORREF ColourOf(const Rgb& colour) {
   return RGB(colour.red, colour.green, colour.blue);
 }
 
+// The user has chosen the colours, and ours might not be seen among them.
+bool HighContrast() {
+  HIGHCONTRASTA contrast{};
+  contrast.cbSize = sizeof contrast;
+  return ::SystemParametersInfoA(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) != FALSE &&
+         (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
+}
+
 HCURSOR SystemCursor(LPSTR id) {
   return ::LoadCursorA(nullptr, id);
 }
@@ -27,7 +35,7 @@ LRESULT FormWindow::Colour(UINT message, WPARAM wParam, HWND control) {
   const LRESULT usual =
       ::DefWindowProcA(frame_, message, wParam, reinterpret_cast<LPARAM>(control));
   const ControlDesign* design = DesignOf(control);
-  if (design == nullptr || design->textColour == nullptr) return usual;
+  if (design == nullptr || design->textColour == nullptr || HighContrast()) return usual;
   const auto canvas = reinterpret_cast<HDC>(wParam);
   ::SetTextColor(canvas, ColourOf(*design->textColour));
   ::SetBkColor(canvas, ::GetSysColor(COLOR_BTNFACE));

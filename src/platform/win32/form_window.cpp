@@ -147,7 +147,8 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       Raise(UserEvent::Form_QueryUnload);
       return 0;
     case WM_ENDSESSION:
-      // The process ends when this returns, so an open box can't delay it.
+      // The process ends when this returns. An action under way ends with it, and then the copy of
+      // the extents tool stays in the temp folder.
       if (wParam != 0 && handler_ != nullptr) handler_(UserEvent::Form_QueryUnload);
       return 0;
     case kWmDpiChanged:
