@@ -87,8 +87,13 @@ TEST(Extents, OutputsOfTheTool) {
 }
 
 TEST(Extents, LengthIsWholeSectorsOfTheFile) {
-  const std::pair<std::uint64_t, const char*> rows[] = {
-      {1, "1"}, {512, "1"}, {513, "2"}, {5'000'000'000, "9502F9"}};
+  const std::pair<std::uint64_t, const char*> rows[] = {{1, "1"},
+                                                        {512, "1"},
+                                                        {513, "2"},
+                                                        {3'000'000'000, "59682F"},
+                                                        {0xFFFFFFFF, "800000"},
+                                                        {0x100000000, "800000"},
+                                                        {5'000'000'000, "9502F9"}};
   for (const auto& [bytes, hex] : rows) {
     Measuring m;
     m.world.e.AddFile("\\with a blank", bytes, 4'000'000);

@@ -23,7 +23,8 @@ bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors);
 
 // Reads sector SecNo of the disk that holds the volume (a letter and a colon) into SectorBuffer,
 // trying twice, and judges it. Sets Physical_Drive_no. False without a read for an unknown volume:
-// buffer and flags then stay. After a failed read they are those of the fill pattern i mod 16.
+// buffer and flags then stay. Where nothing was read they are those of the fill pattern i mod 16;
+// of a sector of which only a part came they tell nothing.
 bool ReadandParseSector(const std::string& volume, std::int64_t SecNo);
 
 // Writes the first 512 bytes of SectorBuffer to the sector and flushes them. Sets

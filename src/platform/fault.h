@@ -11,9 +11,7 @@ struct Fault {
 
 // The classic run-time numbers that the statements use.
 constexpr int kInvalidCall = 5;
-constexpr int kOverflow = 6;
 constexpr int kFileNotFound = 53;
-constexpr int kFileAlreadyOpen = 55;
 constexpr int kDeviceIoError = 57;
 constexpr int kFileAlreadyExists = 58;
 constexpr int kDiskFull = 61;

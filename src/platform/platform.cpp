@@ -6,12 +6,8 @@ Fault MakeFault(int number) {
   switch (number) {
     case kInvalidCall:
       return {number, "Invalid procedure call or argument"};
-    case kOverflow:
-      return {number, "Overflow"};
     case kFileNotFound:
       return {number, "File not found"};
-    case kFileAlreadyOpen:
-      return {number, "File already open"};
     case kDeviceIoError:
       return {number, "Device I/O error"};
     case kFileAlreadyExists:

@@ -63,6 +63,7 @@ class ErrorMode {
 // Text of a platform error number.
 std::string APIErrorDescription(std::uint32_t code);
 
-// The text up to its first NUL; trimmed of blanks. StripNulls is the silent one.
+// The text up to its first NUL, trimmed of blanks. StripNull looks for the NUL before it trims and
+// writes a line to the log; StripNulls trims first and is silent.
 std::string StripNull(const std::string& text);
 std::string StripNulls(std::string OriginalStr);

@@ -30,7 +30,7 @@ std::string Stamp(const char* layout, const DateTime& t) {
 std::string Milliseconds(const DateTime& t) {
   // Volatile, because the x86 code would keep more digits of it in a register.
   const volatile float seconds = static_cast<float>((t.hour * 60 + t.minute) * 60 + t.second) +
-                        static_cast<float>(t.millisecond) / 1000.0F;
+                                 static_cast<float>(t.millisecond) / 1000.0F;
   char text[24];
   const int length = std::snprintf(text, sizeof text, "%.3f", static_cast<double>(seconds));
   return text + length - 3;

@@ -38,7 +38,8 @@ void FindVersion() {
                       : 0;
 }
 
-void CentreWindow() {
+// The size at load is the one that Form_Resize goes back to.
+void KeepSizeAndCentre() {
   Toolkit& window = *Sys.toolkit;
   Form1.FormHeight = window.FormHeight();
   Form1.FormWidth = window.FormWidth();
@@ -62,13 +63,10 @@ std::string Taken(const std::string& buffer, std::uint32_t length) {
 
 std::string LongTempFolder() {
   std::string buffer(kPathBuffer, '\0');
-  const std::string path = Taken(buffer, 0) + [&] {
-    const std::uint32_t length = Sys.facts->GetTempPathA(kPathBuffer, buffer.data());
-    return Taken(buffer, length);
-  }();
-  std::string longBuffer(kPathBuffer, ' ');
-  const std::uint32_t length = Sys.facts->GetLongPathNameA(path, longBuffer.data(), kPathBuffer);
-  return Taken(longBuffer, length);
+  const std::uint32_t length = Sys.facts->GetTempPathA(kPathBuffer, buffer.data());
+  const std::string path = Taken(buffer, length);
+  const std::uint32_t longLength = Sys.facts->GetLongPathNameA(path, buffer.data(), kPathBuffer);
+  return Taken(buffer, longLength);
 }
 
 // Others may write to the temp folder, so from here on the copy is held, and looked at.
@@ -147,7 +145,7 @@ void Form_Load() {
   Form1.SettleDelay = 2000;
   Form1.WRITES_OK = false;
   on([] { FindVersion(); });
-  CentreWindow();
+  KeepSizeAndCentre();
   on.Ignore();
   if (!FileIsThere("X:\\Windows\\system32\\wpeutil.exe")) {
     Sys.toolkit->SetVisible(Control::cmd_rebootPE, false);
