@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 """Figures of the shipped executables under Wine, each beside what it is compared with.
 
-Runs on the rig. Figures of one run belong together; a busy
-machine makes all of them larger.
+Runs on the rig. Figures of one run belong together; a busy machine makes all of them larger.
 """
 import os
 import shutil
