@@ -164,23 +164,29 @@ std::vector<VirtualSector> Stage::NewTables() {
   const std::string image = act_.image;
   const std::size_t dot = image.rfind('.');
   const std::size_t x4 = image.find("X4", dot);
-  // A role as it may come to be: with the file's type, with the one that was answered, not at all.
-  const auto choices = [&](const std::string& path) {
+  // A role as it may come to be: not at all, or one of the files that are looked for in this order,
+  // with the type that was answered or with its own. Last the one without a failure.
+  const auto choices = [&](const std::vector<std::string>& paths) {
     std::vector<std::optional<Role>> all{std::nullopt};
-    const VirtualFile* file = world.e.Find(path);
-    if (file == nullptr || file->extents.size() != 1) return all;
-    Role role{static_cast<std::uint32_t>(file->extents[0].lba),
-              static_cast<std::uint32_t>((file->size + 511) / 512), 0x83};
-    all.emplace_back(role);
-    role.type = FormatOf(world.stick.Sector(file->extents[0].lba));
-    if (role.type != 0) all.emplace_back(role);
+    for (auto path = paths.rbegin(); path != paths.rend(); ++path) {
+      const VirtualFile* file = ((*path)[0] == 'F' ? world.f : world.e).Find(path->substr(2));
+      if (file == nullptr || file->extents.size() != 1) continue;
+      Role role{static_cast<std::uint32_t>(file->extents[0].lba),
+                static_cast<std::uint32_t>((file->size + 511) / 512), 0x83};
+      all.emplace_back(role);
+      role.type = FormatOf(world.stick.Sector(file->extents[0].lba));
+      if (role.type != 0) all.emplace_back(role);
+    }
     return all;
   };
   std::vector<VirtualSector> tables;
+  const std::string base = image.substr(6, dot - 6);  // behind \_ISO\, where each image lies
+  const auto companions = choices({"F:\\_ISO\\" + base, "F:\\" + base, "E:\\_ISO\\" + base});
+  const std::string name = x4 == std::string::npos ? "" : image.substr(x4 + 2);
   const auto fourths =
-      x4 == std::string::npos ? choices("\\") : choices("\\_ISO\\" + image.substr(x4 + 2));
-  for (const auto& first : choices(image)) {
-    for (const auto& companion : choices(image.substr(0, dot))) {
+      name.empty() ? choices({}) : choices({"F:\\_ISO\\" + name, "E:\\_ISO\\" + name});
+  for (const auto& first : choices({"E:" + image})) {
+    for (const auto& companion : companions) {
       for (const auto& fourth : fourths) {
         if (first) tables.push_back(NewTable(before, image.substr(dot), *first, companion, fourth));
       }
@@ -249,8 +255,10 @@ Breaches Stage::Everything(RunEnd end, bool renamesFail) {
   const std::string tool =
       "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"" + GFE_Path.substr(2) + "\" \"";
   for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Shell, Op::Executed))) {
-    const bool known =
-        entry.subject.starts_with(tool) || entry.subject.starts_with("cmd.exe /c copy E:\\_ISO\\B");
+    bool known = entry.subject.starts_with(tool);
+    for (const char* file : {"E:\\_ISO\\B", "F:\\_ISO\\B", "F:\\B"}) {
+      known = known || entry.subject.starts_with(std::string("cmd.exe /c copy ") + file);
+    }
     if (entry.op == Op::Executed || !known) breaches.push_back("6: " + entry.Text());
   }
   return breaches;

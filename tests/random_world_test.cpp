@@ -36,12 +36,12 @@ VirtualSector SomeBackup(const VirtualSector& table) {
   return OneOf<VirtualSector>({{}, {}, ones, foreign, old, table});
 }
 
-void AddFile(demo::World& world, const std::string& path, std::uint64_t lba) {
+void AddFile(VirtualVolume& volume, const std::string& path, std::uint64_t lba) {
   const std::uint64_t sectors = Chance(10) ? 1 + Random() % 40 : 64;
   demo::AddImage(
-      world.e, {path.c_str(), lba, sectors},
+      volume, {path.c_str(), lba, sectors},
       OneOf({demo::NtfsBootRecord(), demo::Fat32BootRecord(), demo::ForeignBootRecord()}));
-  VirtualFile& file = *world.e.Find(path);
+  VirtualFile& file = *volume.Find(path);
   file.attributes = Chance(80) ? 0 : OneOf<std::uint32_t>({1, kAttributeHidden, kAttributeSystem});
   if (sectors > 1 && Chance(4)) file.extents = {{0, lba, 1}, {512, lba + 100, sectors - 1}};
 }
@@ -56,9 +56,13 @@ void MakeStick(VirtualPc& pc, demo::World& world) {
   if (Chance(50)) world.stick.SetSector(60, SomeBackup(table));
   std::uint64_t places[] = {900'000, 901'000, 902'000};
   std::shuffle(std::begin(places), std::end(places), Random);
-  AddFile(world, Image, places[0]);
-  if (Chance(50)) AddFile(world, Image.substr(0, Image.rfind('.')), places[1]);
-  if (Chance(50)) AddFile(world, "\\_ISO\\BD", places[2]);
+  const std::string companion = Image.substr(0, Image.rfind('.'));
+  AddFile(world.e, Image, places[0]);
+  if (Chance(40)) AddFile(world.e, companion, places[1]);
+  if (Chance(40)) AddFile(world.e, "\\_ISO\\BD", places[2]);
+  if (Chance(20)) AddFile(world.f, companion, demo::kSecondStart + 5000);
+  if (Chance(20)) AddFile(world.f, companion.substr(5), demo::kSecondStart + 6000);
+  if (Chance(20)) AddFile(world.f, "\\_ISO\\BD", demo::kSecondStart + 7000);
   world.e.reservedSectors = Chance(80) ? 910'000 : 100'000;
   pc.toolkit.onBox = [](const Box& box) {
     if (box.buttons == Buttons::YesNoCancel && Chance(50)) return Answer::No;
