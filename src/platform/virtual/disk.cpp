@@ -38,6 +38,7 @@ void VirtualDisk::CopySectors(std::uint64_t from, std::uint64_t to, std::uint64_
 }
 
 void VirtualDisk::WriteThroughHandle(std::uint64_t lba, const VirtualSector& data) {
+  if (forgetful.contains(lba)) return;
   if (writeBack) pending_.push_back({lba, Sector(lba), data});
   SetSector(lba, data);
 }
