@@ -57,7 +57,7 @@ class Camera:
 
     def box(self, name, command, answer="OK"):
         """The box that follows a command to the robot."""
-        self.run.robot.wait_ready(60)
+        self.run.robot.wait_ready()
         self.run.robot.do(command)
         self.run.robot.wait(f"the box for {name}", lambda state: state["boxes"])
         self.take(name)
@@ -66,7 +66,7 @@ class Camera:
 
 def play(run, camera):
     robot = run.robot
-    images = robot.wait_ready(60)["images"]
+    images = robot.wait_ready()["images"]
     robot.do("pointer 1599 1199")  # else the tip of what lies under it covers the window
     robot.do("focus")
     camera.take("window")

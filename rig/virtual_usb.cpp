@@ -6,7 +6,8 @@
 //   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
 //   "more BYTES"   the same, and say that there are more (STATUS_BUFFER_OVERFLOW)
-// Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to the image file.
+//   "dropped"      of a write: say that it is done
+// Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to an image file.
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -163,11 +164,15 @@ NTSTATUS Transfer(const char* what, TransferCall call, HANDLE handle, HANDLE eve
   if (offset != nullptr && offset->QuadPart >= 0) {
     device->position = static_cast<unsigned long long>(offset->QuadPart);
   }
-  NTSTATUS status;
-  if (Settled(Ask(what + Number(device->id) + Number(device->position) + Number(bytes)), status, io,
-              nullptr, 0)) {
-    return status;
+  const std::string answer =
+      Ask(what + Number(device->id) + Number(device->position) + Number(bytes));
+  if (answer == "dropped") {
+    device->position += bytes;
+    io->Information = bytes;
+    return io->Status = 0;
   }
+  NTSTATUS status;
+  if (Settled(answer, status, io, nullptr, 0)) return status;
   status = call(handle, event, apc, context, io, data, bytes, offset, key);
   if (status >= 0) device->position += io->Information;
   return status;
