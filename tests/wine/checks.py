@@ -23,8 +23,21 @@ def fresh_stick(name, source=STICK):
     return image
 
 
-def started(name, image, writable=False):
-    return ProgramRun(os.path.join(RUNS, name), image, writable=writable)
+def started(name, image, writable=False, **more):
+    return ProgramRun(os.path.join(RUNS, name), image, writable=writable, **more)
+
+
+def switched_stick(name, place):
+    """The demo stick as the switch to the image with a menu volume leaves it."""
+    image, (start, sectors) = fresh_stick(name), place[make_stick.RESCUE]
+    table = stick.read(image, 0)
+    record = bytearray(stick.read(image, start))
+    record[28:32] = start.to_bytes(4, "little")
+    entries = stick.entry(7, start, sectors, active=True) + bytes(48)
+    new = table[:440] + record[28:32] + table[444:446] + entries + table[510:]
+    for lba, data in ((30, table), (60, table), (start, record), (0, new)):
+        stick.write(image, lba, data)
+    return image
 
 
 def places():
@@ -112,6 +125,26 @@ def check_changed(image, sectors):
 def check_writes(run, sectors):
     writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
     check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
+
+
+def refused(run, title, *named):
+    """A box of an action that stops; its words name what matters."""
+    box = run.robot.box(title, "OK")
+    missing = [what for what in named if what not in box_text(box)]
+    check(f"what {title!r} doesn't name in {box_text(box)!r}", missing, [])
+    check("its icon", f"box exclamation {title}" in run.usb.journal, True)
+    run.robot.wait_ready()
+
+
+def pick(run, letter):
+    """Picks the row of a letter."""
+    rows = [row[:2] for row in run.robot.state()["drives"]]
+    run.robot.do(f"pick {rows.index(letter + ':')}")
+
+
+def same(image, source):
+    """Byte for byte, the whole disk."""
+    stick.run("cmp", image, source)
 
 
 def doubleclick(run, name, before_question=lambda: None):

@@ -17,6 +17,7 @@ import extents_story
 import make_stick
 import order_story
 import stick
+import two_sticks_story
 from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
                     check_sector_0, check_writes, doubleclick, fresh_stick, new_table, ordered,
                     places, started)
@@ -232,6 +233,7 @@ def refused_write(place):
 
 story(extents_story.extents)
 story(order_story.order_repair)
+story(two_sticks_story.two_sticks)
 
 
 def main(names):
