@@ -130,7 +130,7 @@ def check_writes(run, sectors):
 def refused(run, title, *named):
     """A box of an action that stops; its words name what matters."""
     box = run.robot.box(title, "OK")
-    missing = [what for what in named if what not in box_text(box)]
+    missing = [what for what in named if what.casefold() not in box_text(box).casefold()]
     check(f"what {title!r} doesn't name in {box_text(box)!r}", missing, [])
     check("its icon", f"box exclamation {title}" in run.usb.journal, True)
     run.robot.wait_ready()

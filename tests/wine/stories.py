@@ -13,6 +13,7 @@ import traceback
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
 
+import changed_story
 import extents_story
 import make_stick
 import order_story
@@ -234,6 +235,7 @@ def refused_write(place):
 story(extents_story.extents)
 story(order_story.order_repair)
 story(two_sticks_story.two_sticks)
+story(changed_story.changed_drive)
 
 
 def main(names):
