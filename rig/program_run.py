@@ -146,16 +146,18 @@ def control(state, text):
 class ProgramRun:
     """with ProgramRun(folder, stick image) as run: the program runs and the robot looks at it.
     Everything that was started ends with the block, whatever happened in it. The further images
-    are in from the start too. A tool takes the place of the extents tool."""
+    are in from the start too. With places, the ends of paths to sectors, the extents tool is
+    another one, which prints these."""
 
     def __init__(self, folder, image, program=None, display=None, writable=False,
-                 screen="1024x768x24", dpi=96, further=(), tool=None):
+                 screen="1024x768x24", dpi=96, further=(), places=None):
         self.folder, self.image, self.writable = folder, image, writable
         self.images = (image, *further)
         self.shown_on, self.screen, self.dpi = display, screen, dpi
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
-        self.tool = tool or os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
+        self.tool = os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
+        self.places = places
         self.children = []
         self.usb = self.launched = None
 
@@ -189,10 +191,14 @@ class ProgramRun:
         self.usb = VirtualUsb(self.images, os.path.join(prefix, "dosdevices"),
                               os.path.join(self.folder, "volumes"),
                               os.path.join(self.folder, "journal.txt"), self.writable)
+        if self.places is not None:
+            self.tool = os.path.join(BIN, "told_extents.exe")
+            self.tell_places(self.places)
         self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
                                             ROTATE_RIG_PORT=str(self.usb.port),
                                             ROTATE_RIG_LIBRARY=library,
-                                            ROTATE_RIG_TOOL=windows_path(self.tool))
+                                            ROTATE_RIG_TOOL=windows_path(self.tool),
+                                            ROTATE_RIG_ANSWERS=windows_path(self.answers()))
         self.robot = Robot(self.environment, self.usb.journal, self.ended)
         self.children.append(self.robot.process)
         self.launched = subprocess.Popen(
@@ -212,6 +218,14 @@ class ProgramRun:
         os.close(told)
         with os.fdopen(ready) as pipe:
             return ":" + pipe.readline().strip()
+
+    def answers(self):
+        return os.path.join(self.folder, "places.txt")
+
+    def tell_places(self, places):
+        """What the other extents tool prints from now on."""
+        with open(self.answers(), "w", encoding="utf-8") as file:
+            file.writelines(f"{end}\t{lba:X}\n" for end, lba in places.items())
 
     def extents(self, path):
         """What the extents tool prints of a file, and its exit code."""

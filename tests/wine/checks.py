@@ -127,12 +127,17 @@ def check_writes(run, sectors):
     check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
 
 
-def refused(run, title, *named):
+def refused(run, title, *named, icon="exclamation"):
     """A box of an action that stops; its words name what matters."""
     box = run.robot.box(title, "OK")
     missing = [what for what in named if what.casefold() not in box_text(box).casefold()]
     check(f"what {title!r} doesn't name in {box_text(box)!r}", missing, [])
-    check("its icon", f"box exclamation {title}" in run.usb.journal, True)
+    check("its icon", f"box {icon} {title}" in run.usb.journal, True)
+    run.robot.wait_ready()
+
+
+def cancel(run, title="Change partition table"):
+    run.robot.box(title, "Cancel")
     run.robot.wait_ready()
 
 

@@ -14,9 +14,12 @@ import traceback
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
 
 import changed_story
+import dropped_story
 import extents_story
 import make_stick
 import order_story
+import places_story
+import signed_story
 import stick
 import two_sticks_story
 from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
@@ -236,6 +239,9 @@ story(extents_story.extents)
 story(order_story.order_repair)
 story(two_sticks_story.two_sticks)
 story(changed_story.changed_drive)
+story(signed_story.signed_anew)
+story(dropped_story.dropped_writes)
+story(places_story.impossible_places)
 
 
 def main(names):
