@@ -142,7 +142,8 @@ class Disk:
         return OK + struct.pack("<Q", sectors * stick.SECTOR).hex()
 
     def control_number(self, _, volume, __):
-        return OK + struct.pack("<III", 7, self.number, 0 if volume is None else volume.number).hex()
+        partition = 0 if volume is None else volume.number
+        return OK + struct.pack("<III", 7, self.number, partition).hex()
 
     def control_property(self, _, __, ___):
         """STORAGE_DEVICE_DESCRIPTOR."""

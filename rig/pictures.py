@@ -17,7 +17,6 @@ from program_run import RIG, ProgramRun, prepare
 NAMES = [f"_ISO/LINUX/A system with a number, {number:02} of 40.volPAK" for number in range(1, 41)]
 NAMES += ["_ISO/LINUX/" + "A very long name " * 9 + "indeed.volPAK", "_ISO/Größe  Üß   é.volPAK"]
 TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
-REFUSED = "write PhysicalDrive1 0"
 
 
 def add(image, name, size, at=0):
@@ -84,7 +83,7 @@ def play(run, camera):
     camera.box("box-yes-no-cancel", doubleclick("Wrong order"), "Cancel")
     camera.box("box-type", doubleclick("ext.volPAK"))
     robot.box("Change partition table", "Cancel")
-    run.usb.fault = lambda line: "fail C00000A2" if line == REFUSED else None
+    run.usb.disk(1).refused.add(0)
     camera.box("box-ok-cancel", doubleclick("Rescue volume"))
     robot.expect_box("SECTOR WRITE FAILED")
     camera.take("box-stop")

@@ -19,7 +19,7 @@ STICK = os.path.join(RIG, "stick.img")
 WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
              if os.path.exists(path)), "wine64")
 SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
-FAR_OFF = 180  # seconds, for a wait that only a fault lets come to its end on a busy machine
+FAR_OFF = 40  # seconds, for a wait that only a fault lets come to its end on a busy machine
 _held = None
 
 

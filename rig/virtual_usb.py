@@ -28,8 +28,10 @@ NOWHERE = Opened("?", None, 0)
 class VirtualUsb:
     """Serves until close(). The images stand behind PhysicalDrive1, 2 and so on. Volumes are
     mounted read only unless writable is set, so that a story can say of every changed sector that
-    the program changed it. A story may set fault to a function of a journal line: what it returns,
-    such as "fail C0000185", is answered instead. What else a stick does is set on its Disk."""
+    the program changed it. A story may set fault to a function of a journal line, called before the
+    operation: what it returns, such as "fail C0000185", is answered instead, and what it does, such
+    as a write to an image or pulling a stick out, has happened by then. What else a stick does is
+    set on its Disk."""
 
     def __init__(self, images, links, mounts, journal_path, writable=False):
         options = "rw,noatime" if writable else "ro"  # looking changes nothing, as on Windows
@@ -191,9 +193,11 @@ class VirtualUsb:
 
     @staticmethod
     def of_disk(opened, what, offset):
-        """What the disk says to a transfer by its own name."""
+        """What the disk says to a transfer by its own name; it may have gone just now."""
         if opened.disk is None or opened.name[1:2] == ":":
             return ""
+        if opened.plugs != opened.disk.plugs:
+            return GONE
         return getattr(opened.disk, what)(int(offset) // stick.SECTOR)
 
     @staticmethod

@@ -4,15 +4,11 @@ replaced."""
 
 import make_stick
 import stick
-from checks import check, fresh_stick, pick, refused, started, switched_stick
+from checks import (COMMIT, ORDER, RESTORE, RESTORE_QUESTION, SWAP, SWAP_QUESTION, TYPE, check,
+                    check_writes, fresh_stick, pick, refused, started, switched_stick)
 from extents_story import add, windows_name
 
 CHANGED = "Drive has changed!"
-COMMIT, TYPE = "Change partition table", "Set partition type (hex)"
-ORDER = "Run MOVE_VOLPAK? (fix bad file order)"
-SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
-                       "Make 2nd partition accessible on Removable drive?")
-RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition table"
 IMAGE, COMPANION = "_ISO/MULTI/Order.volPAK", "_ISO/MULTI/Order"
 HEAD = 61  # the sectors before any partition: tables and copies
 
@@ -63,9 +59,7 @@ class Turn:
 
     def stopped(self):
         refused(self.run, CHANGED, f"Drive {self.number}")
-        name = f"PhysicalDrive{self.number}"
-        writes = [line for line in self.run.usb.journal if line.startswith(("write", "rig-failure"))]
-        check("the writes", writes, [f"write {name} {lba}" for lba in (60, 30) if self.saves])
+        check_writes(self.run, (60, 30) if self.saves else (), f"PhysicalDrive{self.number}")
 
     def table_changed(self):
         image = self.sticks.images()[self.number]
@@ -128,11 +122,11 @@ def changed_drive(place):
         kind = Turn(run, sticks, 1, asked(run, make_stick.EXT, TYPE), True, then=(COMMIT,))
         last = Turn(run, sticks, 1, asked(run, make_stick.RESCUE, COMMIT), True)
         swap = Turn(run, sticks, 1, clicked(run, SWAP, SWAP_QUESTION), False)
-        for turn in (order, kind, last, swap):
+        for turn in (order, kind, swap):
             turn.table_changed()
-        last.replaced()
+        for turn in (last, swap):
+            turn.replaced()
         last.renumbered()
-        swap.replaced()
         pick(run, "G")
         run.robot.wait_ready()
         restore = Turn(run, sticks, 2, clicked(run, RESTORE, RESTORE_QUESTION), False)

@@ -8,6 +8,11 @@ from program_run import RIG, STICK, ProgramRun, box_text
 
 RUNS = os.path.join(RIG, "runs")
 DISK = "PhysicalDrive1"
+COMMIT, TYPE = "Change partition table", "Set partition type (hex)"
+ORDER = "Run MOVE_VOLPAK? (fix bad file order)"
+RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition table"
+SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
+                       "Make 2nd partition accessible on Removable drive?")
 ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
 
 
@@ -122,9 +127,10 @@ def check_changed(image, sectors):
     check("the sectors changed on the disk", changed_sectors(image, STICK), sectors)
 
 
-def check_writes(run, sectors):
+def check_writes(run, sectors, disk=DISK):
+    """To all disks."""
     writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
-    check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
+    check("the writes of the whole run", writes, [f"write {disk} {lba}" for lba in sectors])
 
 
 def refused(run, title, *named, icon="exclamation"):
@@ -136,8 +142,8 @@ def refused(run, title, *named, icon="exclamation"):
     run.robot.wait_ready()
 
 
-def cancel(run, title="Change partition table"):
-    run.robot.box(title, "Cancel")
+def cancel(run):
+    run.robot.box(COMMIT, "Cancel")
     run.robot.wait_ready()
 
 
@@ -157,7 +163,7 @@ def doubleclick(run, name, before_question=lambda: None):
     run.usb.journal.clear()
     run.robot.doubleclick(name.replace("/", "\\"))
     before_question()
-    box = run.robot.expect_box("Change partition table")
+    box = run.robot.expect_box(COMMIT)
     check("the default button", [part["text"] for part in box["controls"] if part.get("default")],
           ["OK"])
     run.robot.answer("OK")

@@ -3,7 +3,8 @@ failed one, and the run ends or goes on as after any other."""
 
 import make_stick
 import stick
-from checks import check, check_image, check_sector_0, check_writes, doubleclick, fresh_stick, started
+from checks import (check, check_image, check_sector_0, check_writes, doubleclick, fresh_stick,
+                    started)
 from program_run import box_text
 
 WRITE_FAILED, PATCH_FAILED = "SECTOR WRITE FAILED", "Error Adjusting Hidden Sectors in PBR"

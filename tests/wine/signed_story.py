@@ -5,13 +5,11 @@ import os
 
 import make_stick
 import stick
-from checks import cancel, check, check_writes, doubleclick, fresh_stick, pick, started
+from checks import (RESTORE, RESTORE_QUESTION, SWAP, SWAP_QUESTION, cancel, check, check_writes,
+                    doubleclick, fresh_stick, pick, started)
 from extents_story import mounted
 
 IMAGE = make_stick.RESCUE + "2"  # keeps entry 2, so that the table still has a near partition
-SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
-                       "Make 2nd partition accessible on Removable drive?")
-RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition table"
 
 
 def lay_stick(image):
