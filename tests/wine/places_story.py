@@ -35,9 +35,9 @@ def impossible_starts(run, place):
     pack, rescue = make_stick.PACK, make_stick.RESCUE
     for start in (5, 30):
         misplaced(run, place, pack, start, BAD_START, icon="stop")
-    for start, what in ((60, "saved tables"), (make_stick.TOTAL_SECTORS - 100, "beyond"),
-                        (place[make_stick.UEBUNG][0], "does not hold")):
-        misplaced(run, place, rescue, start, BAD_PLACE, windows_name(rescue), f"{start}", what)
+    total = make_stick.TOTAL_SECTORS
+    for start, *why in ((60,), (total - 100, f"{total}"), (place[make_stick.UEBUNG][0],)):
+        misplaced(run, place, rescue, start, BAD_PLACE, windows_name(rescue), f"{start}", *why)
     run.robot.doubleclick(windows_name(rescue))
     cancel(run)
 
