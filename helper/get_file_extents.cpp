@@ -25,24 +25,27 @@ constexpr UnfitAttribute kUnfit[] = {
     {FILE_ATTRIBUTE_ENCRYPTED, "the file is encrypted"},
 };
 
+BY_HANDLE_FILE_INFORMATION FactsOf(const Opened& file) {
+  BY_HANDLE_FILE_INFORMATION facts;
+  if (!::GetFileInformationByHandle(file.Get(), &facts)) {
+    throw Refusal{"can't get the attributes of " + file.Path() + ": " +
+                  ErrorText(::GetLastError())};
+  }
+  return facts;
+}
+
 // The length of a file of the volume at root whose data lies on the disk as it is read.
 std::uint64_t FitLength(const Opened& file, const std::string& root) {
-  BY_HANDLE_FILE_INFORMATION info;
-  if (!::GetFileInformationByHandle(file.Get(), &info)) {
-    throw Refusal{"can't get the attributes of the file: " + ErrorText(::GetLastError())};
-  }
+  const BY_HANDLE_FILE_INFORMATION facts = FactsOf(file);
   for (const UnfitAttribute& unfit : kUnfit) {
-    if ((info.dwFileAttributes & unfit.bit) != 0) throw Refusal{unfit.why};
+    if ((facts.dwFileAttributes & unfit.bit) != 0) throw Refusal{unfit.why};
   }
   // A link to a folder elsewhere leads to a file whose run list counts on another volume.
-  DWORD serial = 0;
-  if (!::GetVolumeInformationA(root.c_str(), nullptr, 0, &serial, nullptr, nullptr, nullptr, 0)) {
-    throw Refusal{"can't get the serial number of " + root + ": " + ErrorText(::GetLastError())};
-  }
-  if (info.dwVolumeSerialNumber != serial && info.dwVolumeSerialNumber != 0) {
+  const Opened folder(root, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
+  if (FactsOf(folder).dwVolumeSerialNumber != facts.dwVolumeSerialNumber) {
     throw Refusal{"the path leads to another volume"};
   }
-  return std::uint64_t{info.nFileSizeHigh} << 32 | info.nFileSizeLow;
+  return std::uint64_t{facts.nFileSizeHigh} << 32 | facts.nFileSizeLow;
 }
 
 // "E:\" for a path on that volume. A folder that another volume is mounted on would mislead.
