@@ -16,6 +16,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import changed_story
 import dropped_story
 import extents_story
+import keys_story
 import make_stick
 import order_story
 import places_story
@@ -187,7 +188,7 @@ def keyboard(place):
         warning = run.robot.expect_box("ROTATE_TSD")
         check("the warning", box_text(warning),
               "WARNING: Lists all drives containing grub4dos MBR!")
-        run.robot.do(f"keys {ESCAPE}")
+        run.robot.answer_by_key(ESCAPE)
         state = run.robot.wait_ready()
         check("unticked again", control(state, "List all drives")["ticked"], False)
         for _ in range(12):
@@ -206,7 +207,7 @@ def keyboard(place):
         check("the type in the question", "PTN1: Type=0C (FAT32)  Start=" in text, True)
         name = "E:\\" + make_stick.UEBUNG.replace("/", "\\")
         check("the name in the question", name in text, True)
-        run.robot.do(f"keys {ENTER}")
+        run.robot.answer_by_key(ENTER)
         run.robot.wait_ready()
         check_writes(run, (60, 30, start, 0))
     check_image(image, start, sectors)
@@ -241,6 +242,8 @@ story(changed_story.changed_drive)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
 story(places_story.impossible_places)
+for told in (keys_story.impatience, keys_story.impatient_restore):
+    story(told)
 
 
 def main(names):

@@ -38,6 +38,14 @@ constexpr Notification kNotifications[] = {
     {Control::cmd_rebootPE, BN_CLICKED, UserEvent::cmd_rebootPE_Click},
 };
 
+// A held Enter or accelerator: it acts once, when it goes down.
+bool IsRepeatThatActs(const MSG& message) {
+  constexpr LPARAM kWasDown = 1L << 30;
+  const bool acts = (message.message == WM_KEYDOWN && message.wParam == VK_RETURN) ||
+                    message.message == WM_SYSKEYDOWN;
+  return acts && (message.lParam & kWasDown) != 0;
+}
+
 constexpr UINT kWmDpiChanged = 0x02E0;  // winuser.h, Windows 8.1 and later
 
 }  // namespace
@@ -81,6 +89,7 @@ void FormWindow::HandOut(MSG& message) {
   if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
     ::SendMessageA(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
   }
+  if (IsRepeatThatActs(message)) return;
   const HWND list = Of(Control::List1);
   if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN && list != nullptr &&
       message.hwnd == list) {
