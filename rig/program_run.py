@@ -213,10 +213,16 @@ class ProgramRun:
                                             ROTATE_RIG_ANSWERS=windows_path(self.answers()))
         self.robot = Robot(self.environment, self.usb.journal, self.ended)
         self.children.append(self.robot.process)
-        self.launched = subprocess.Popen(
-            [WINE, os.path.join(BIN, "launcher.exe"), library, "C:\\rotate\\Rotate_TSD.exe"],
-            env=self.environment, cwd=place, stdin=subprocess.DEVNULL)
-        self.children.append(self.launched)
+        self.command = [WINE, os.path.join(BIN, "launcher.exe"), library,
+                        "C:\\rotate\\Rotate_TSD.exe"]
+        self.place = place
+        self.launched = self.launch()
+
+    def launch(self):
+        """Starts the program, also once more."""
+        self.children.append(subprocess.Popen(self.command, env=self.environment, cwd=self.place,
+                                              stdin=subprocess.DEVNULL))
+        return self.children[-1]
 
     def ended(self):
         return self.launched is not None and self.launched.poll() is not None

@@ -9,6 +9,8 @@
 //   answer CAPTION     click a button of the topmost box
 //   type TEXT          put TEXT into the topmost box's text field
 //   focus              bring the window to the front
+//   minimise           as the button in the window's frame does
+//   freeze, thaw       stop the window's thread, and let it go on
 //   pointer X Y        put the mouse pointer there, in pixels of the screen
 //   hover CAPTION      put the mouse pointer onto a button or check box
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
@@ -201,8 +203,10 @@ std::string State() {
     json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT);
     json += ",\"image\":" + std::to_string(static_cast<int>(Send(list, LB_GETCURSEL)));
     json += ",\"focus\":" + Json(FocusText(found.main));
+    json += ",\"minimised\":" + std::string(IsIconic(found.main) ? "true" : "false");
     json += ",\"blocked\":" + std::string(IsWindowEnabled(found.main) ? "false" : "true");
   }
+  json += ",\"front\":" + Json(Text(GetForegroundWindow()));
   json += ",\"tip\":" + (found.tip == nullptr ? "null" : Json(Text(found.tip)));
   json += ",\"boxes\":[";
   for (HWND box : found.boxes) {
@@ -256,6 +260,13 @@ bool Hover(HWND main, const std::string& caption) {
   HWND button = Child(main, "Button", caption);
   return button != nullptr && GetWindowRect(button, &place) != 0 &&
          SetCursorPos((place.left + place.right) / 2, (place.top + place.bottom) / 2) != 0;
+}
+
+bool Freeze(HWND main, bool still) {
+  HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE, GetWindowThreadProcessId(main, nullptr));
+  const DWORD before = still ? SuspendThread(thread) : ResumeThread(thread);
+  CloseHandle(thread);
+  return before != static_cast<DWORD>(-1);
 }
 
 bool Type(const Found& found, const std::string& text) {
@@ -338,6 +349,8 @@ bool Do(const std::string& verb, std::istringstream& words) {
   if (verb == "pick") return Pick(found.main, number);
   if (verb == "select") return Select(found.main, number);
   if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "freeze" || verb == "thaw") return Freeze(found.main, verb == "freeze");
+  if (verb == "minimise") return PostMessageW(found.main, WM_SYSCOMMAND, SC_MINIMIZE, 0) != 0;
   if (verb == "hover") return Hover(found.main, rest);
   if (verb == "label") return DoubleClickLabel(found.main, rest);
   if (verb == "click") return Click(found.main, rest);

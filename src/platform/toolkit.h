@@ -60,6 +60,7 @@ struct ControlDesign {
 };
 
 struct FormDesign {
+  const char* className;  // by which another instance finds the window
   const char* caption;
   int clientWidth, clientHeight;  // twips
   const ControlDesign* controls;  // kControlCount of them, in tab order

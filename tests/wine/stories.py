@@ -16,6 +16,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import changed_story
 import dropped_story
 import extents_story
+import instance_story
 import keys_story
 import make_stick
 import order_story
@@ -242,7 +243,7 @@ story(changed_story.changed_drive)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
 story(places_story.impossible_places)
-for told in (keys_story.impatience, keys_story.impatient_restore):
+for told in (keys_story.impatience, keys_story.impatient_restore, instance_story.second_start):
     story(told)
 
 

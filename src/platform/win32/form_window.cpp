@@ -7,7 +7,6 @@ FormWindow TheForm;
 
 namespace {
 
-constexpr const char* kClassName = "Rotate_TSD_Form";
 constexpr DWORD kStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
 
 HICON ProgramIcon(int widthMetric, int heightMetric) {
@@ -63,13 +62,13 @@ void FormWindow::Create(const FormDesign& design, void (*handler)(UserEvent)) {
   windowClass.hIconSm = ProgramIcon(SM_CXSMICON, SM_CYSMICON);
   windowClass.hCursor = ::LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
   windowClass.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
-  windowClass.lpszClassName = kClassName;
+  windowClass.lpszClassName = design.className;
   ::RegisterClassExA(&windowClass);
 
   design_ = &design;
   handler_ = handler;
-  frame_ = ::CreateWindowExA(0, kClassName, design.caption, kStyle, 0, 0, 0, 0, nullptr, nullptr,
-                             windowClass.hInstance, nullptr);
+  frame_ = ::CreateWindowExA(0, design.className, design.caption, kStyle, 0, 0, 0, 0, nullptr,
+                             nullptr, windowClass.hInstance, nullptr);
   dpi_ = DpiOfWindow(frame_);
   for (std::size_t i = 0; i < kControlCount; ++i) MakeControl(design.controls[i]);
   LayOut();
