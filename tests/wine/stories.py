@@ -238,13 +238,15 @@ def refused_write(place):
 
 story(extents_story.extents)
 story(order_story.order_repair)
+story(keys_story.impatience)
+story(keys_story.impatient_restore)
+story(keys_story.impatient_warning)
+story(instance_story.second_start)
 story(two_sticks_story.two_sticks)
 story(changed_story.changed_drive)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
 story(places_story.impossible_places)
-for told in (keys_story.impatience, keys_story.impatient_restore, instance_story.second_start):
-    story(told)
 
 
 def main(names):
