@@ -4,7 +4,7 @@ set(ROTATE_FINISH_EXECUTABLE ${CMAKE_CURRENT_LIST_DIR}/finish-executable.py)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 function(rotate_windows_executable target)
-  target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src/platform/win32/terminate.cpp)
+  target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src/platform/win32/run_time.cpp)
   set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
   target_link_options(
     ${target}
