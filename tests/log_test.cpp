@@ -1,4 +1,5 @@
 // The log file, its rotation, its switch, and the wording of a report in each layout.
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>

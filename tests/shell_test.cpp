@@ -1,4 +1,6 @@
 // The window: its small events, how the program ends, and that one action runs at a time.
+#include <algorithm>
+
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "shell/box_guard.h"
