@@ -118,10 +118,9 @@ VirtualFile* VirtualVolume::CopyIn(const std::string& target, const VirtualVolum
   if (file.extents.empty()) {
     copy.resident = file.resident.substr(0, copy.size);
   } else if (copy.size > 0) {
-    const VirtualFile original = file;  // Insert below may move what file refers to
     copy.extents = Allocate((copy.size + 511) / 512, placement);
     if (copy.extents.empty()) return nullptr;
-    CopyContents(*disk, copy.extents, *source.disk, original.extents);
+    CopyContents(*disk, copy.extents, *source.disk, file.extents);
   }
   return &Insert(std::move(copy));
 }

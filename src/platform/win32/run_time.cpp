@@ -1,7 +1,8 @@
-// Parts of the compiler's run-time library, in place of its own: what the library brings differs from
-// compiler to compiler, reads the environment, and imports what Windows XP lacks (GetThreadId, from
-// GCC 13 on). One thread runs our code, so nothing here needs a lock. A part that a newer library
-// asks for and that isn't here shows as a doubly defined name, or in the check of the imports.
+// Parts of the compiler's run-time library, in place of its own: what the library brings differs
+// from compiler to compiler, reads the environment, and imports what Windows XP lacks (GetThreadId,
+// from GCC 13 on). One thread runs our code, so nothing here needs a lock. A part that a newer
+// library asks for and that isn't here shows as a doubly defined name, or in the check of the
+// imports.
 #include <cxxabi.h>
 
 #include <cstddef>
@@ -24,9 +25,7 @@ struct ThrownNow {
 class LibraryError : public std::exception {
  public:
   explicit LibraryError(const char* what) : what_(what) {}
-  const char* what() const noexcept override {
-    return what_;
-  }
+  const char* what() const noexcept override { return what_; }
 
  private:
   const char* what_;  // a literal of the library
@@ -74,7 +73,8 @@ int __gthr_win32_mutex_lock(void* mutex);
 int __gthr_win32_mutex_unlock(void* mutex);
 int __gthr_win32_once(Once* once, void (*run)());
 
-void __gthr_win32_mutex_init_function(void*) {}
+void __gthr_win32_mutex_init_function(void*) {
+}
 
 int __gthr_win32_mutex_lock(void*) {
   return 0;
