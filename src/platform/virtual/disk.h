@@ -34,7 +34,7 @@ class VirtualDisk {
   bool refusesOpen = false, refusesFlush = false, refusesRangeLocks = false, refusesRenewal = false;
   bool writeProtected = false;
   std::set<std::uint64_t> unreadable, unwritable;  // sectors
-  std::set<std::uint64_t> forgetful;  // sectors: what is written to them never arrives
+  std::set<std::uint64_t> forgetful;               // sectors: what is written to them never arrives
 
   std::uint64_t SectorCount() const { return bytes / 512; }
   VirtualSector Sector(std::uint64_t lba) const;  // never written: zeros
