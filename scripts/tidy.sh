@@ -2,9 +2,9 @@
 # clang-format and clang-tidy over everything of ours; fails on the first thing that either says.
 set -eu
 cd "$(dirname "$0")/.."
-git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
+sources=$(git ls-files '*.cpp' '*.h' '*.c')
+echo "$sources" | xargs clang-format --dry-run --Werror
 mkdir -p build
 cmake --preset native >build/native-configure.log
-git ls-files 'src/*.cpp' 'helper/runs.cpp' |
-  grep -vE '^src/(platform/win32|app/main)' |
+echo "$sources" | grep -E '^(src/.*|helper/runs)\.cpp$' | grep -vE '^src/(platform/win32|app/main)' |
   xargs -P "$(nproc)" -n 4 clang-tidy -p build/native --quiet --extra-arg=-Wno-unknown-warning-option 2>/dev/null
