@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Packs the executables, the guide and the licence: one zip for x64, one for x86, and their sums.
 
-The same inputs give the same bytes: fixed order, times and attributes, no compression level that
-depends on the machine.
+BUILD.txt in each says which compiler made it. The same inputs and compiler give the same bytes:
+fixed order, times and attributes, no compression level that depends on the machine.
 """
 import hashlib
 import pathlib
@@ -23,15 +23,18 @@ def version():
 def pack(name, folder, target):
     files = [TOP / folder / exe for exe in ("Rotate_TSD.exe", "getFileExtents.exe")]
     files += [TOP / text for text in TEXTS]
-    missing = [str(f.relative_to(TOP)) for f in files if not f.is_file()]
+    compiler = TOP / folder / "compiler.txt"
+    missing = [str(f.relative_to(TOP)) for f in [*files, compiler] if not f.is_file()]
     if missing:
         sys.exit(f"dist: missing {', '.join(missing)}; run 'make windows' first")
+    contents = {file.name: file.read_bytes() for file in files}
+    contents["BUILD.txt"] = f"{name}, built by {compiler.read_text().strip()}\r\n".encode()
     with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
-        for file in files:
-            info = zipfile.ZipInfo(f"{name}/{file.name}", date_time=(1980, 1, 1, 0, 0, 0))
+        for file, data in contents.items():
+            info = zipfile.ZipInfo(f"{name}/{file}", date_time=(1980, 1, 1, 0, 0, 0))
             info.compress_type = zipfile.ZIP_DEFLATED
             info.create_system = 0
-            archive.writestr(info, file.read_bytes())
+            archive.writestr(info, data)
 
 
 def main():
