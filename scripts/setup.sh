@@ -33,7 +33,7 @@ done
 
 if [ "$(id -u)" -ne 0 ] || ! command -v apt-get >/dev/null; then
   echo "Missing packages:$missing" >&2
-  echo "Run this as root on Debian 12, or install them yourself." >&2
+  echo "Run this as root on Debian 12 or 13, or install them yourself." >&2
   exit 1
 fi
 
