@@ -170,7 +170,8 @@ std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
   const Handle disk = OpenDiskToRead(drive);
   if (disk == kInvalidHandle) return std::nullopt;
   Sector data;
-  const bool read = ReadSectorFrom(disk, sector, data) || ReadSectorFrom(disk, sector, data);
+  bool read = ReadSectorFrom(disk, sector, data);
+  if (!read) read = ReadSectorFrom(disk, sector, data);
   on([&] { Sys.devices->CloseHandle(disk); });
   return read ? std::optional(data) : std::nullopt;
 }
