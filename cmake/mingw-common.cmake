@@ -12,13 +12,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 # Windows XP is the oldest system; newer calls are looked up by name at run time. No path of the
-# building machine may reach the executables, so that two builds give the same bytes. One thread runs
-# our code, so function-local statics need no lock; from GCC 13 on that lock would import condition
-# variables, which Windows XP lacks.
+# building machine may reach the executables, so that two builds give the same bytes.
 get_filename_component(ROTATE_TOP ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
 set(CMAKE_CXX_FLAGS_INIT
     "-D_WIN32_WINNT=0x0501 -DWINVER=0x0501 -ffunction-sections -fdata-sections -fno-rtti -flto \
--fno-threadsafe-statics \
 -fno-fat-lto-objects \
 -ffile-prefix-map=${ROTATE_TOP}=.")
 set(CMAKE_CXX_FLAGS_MINSIZEREL_INIT "-Os -DNDEBUG")
