@@ -68,11 +68,11 @@ BOOL CALLBACK IsShownBox(HWND window, LPARAM found) {
 
 }  // namespace
 
-// The timer sees to it that the loop has messages, and the hook calls, while nobody does anything.
+// The timer looks while nobody does anything, so that no press is the first that is seen of a box.
 PressHook::PressHook(PressFilter& filter)
     : filter_(filter),
       hook_(::SetWindowsHookExA(WH_MSGFILTER, Procedure, nullptr, ::GetCurrentThreadId())),
-      timer_(::SetTimer(nullptr, 0, kLook, nullptr)) {
+      timer_(::SetTimer(nullptr, 0, kLook, OnTimer)) {
   Current = this;
 }
 
@@ -87,6 +87,10 @@ LRESULT CALLBACK PressHook::Procedure(int code, WPARAM wParam, LPARAM lParam) {
     return TRUE;
   }
   return ::CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+void CALLBACK PressHook::OnTimer(HWND, UINT, UINT_PTR, DWORD) {
+  if (Current != nullptr) Current->LookWhetherShown();
 }
 
 bool PressHook::Drops(const MSG& message) {

@@ -14,6 +14,7 @@ class PressHook {
 
  private:
   static LRESULT CALLBACK Procedure(int code, WPARAM wParam, LPARAM lParam);
+  static void CALLBACK OnTimer(HWND window, UINT message, UINT_PTR timer, DWORD time);
   bool Drops(const MSG& message);
   void LookWhetherShown();
 
