@@ -5,6 +5,7 @@
 // Whatever else happens prints one line that is no result, and the exit code is 1.
 #include <cstring>
 
+#include "platform/win32/library_search.h"
 #include "win32_disk.h"
 
 namespace {
@@ -160,6 +161,7 @@ extern "C" int _dowildcard;
 int _dowildcard = 0;
 
 int main(int argc, char** argv) {
+  LoadSystemLibrariesOnly();
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   std::string text = "Usage: getFileExtents \"E:\\folder\\file\"\r\n";
   bool found = false;

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the Windows side of the rig into the folder given: the library, the launcher and the
-# robot.
+# Builds the Windows side of the rig into the folder given: the library, the launcher, the
+# robot and a program to be planted.
 set -eu
 out=$1
 here=$(cd "$(dirname "$0")" && pwd)
@@ -20,5 +20,6 @@ compile() { # compile TARGET "SOURCES" FLAGS...
 }
 compile virtual_usb.dll "$here/virtual_usb.cpp" -shared -lws2_32
 compile launcher.exe "$here/launcher.cpp"
+compile planted.exe "$here/planted.cpp"
 compile robot.exe "$here/robot.cpp" -lgdi32
 compile told_extents.exe "$here/told_extents.cpp"

@@ -181,6 +181,7 @@ TEST(Children, FailuresOfSyncShell) {
     const char* description;
   } rows[] = {
       {"cmd /c nothere", well, 9009, 0, ""},
+      {"\"cmd.exe\" /c nothere", well, 9009, 0, ""},
       {"nothere", well, 0, 0x8004AA02, "Failed to Shell child process"},
       {"cmd /c x", refused, 0, 0x8004AA02, "Failed to Shell child process"},
       {"cmd /c x", gone, 0, 0x8004AA01, "Failed to open child process"},

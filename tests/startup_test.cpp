@@ -51,6 +51,8 @@ void AddPe(ProgramOnPc& p, bool tempThere) {
   VirtualVolume& x = p.pc.AddVolume('X', p.world.systemDisk, 400'000'000, 1'000'000);
   x.tiedToTable = false;
   x.AddText("\\Windows\\system32\\wpeutil.exe", "MZ").attributes = kAttributeHidden;
+  x.AddText("\\Windows\\system32\\cmd.exe", "MZ");
+  p.pc.facts.systemFolder = "X:\\Windows\\system32";
   x.AddFolder("\\Temp");
   p.pc.RenewTables();
   if (tempThere) p.pc.facts.tempPath = "X:\\Temp\\";
@@ -256,13 +258,15 @@ TEST(Startup, TempFolderThatCannotBeFound) {
 TEST(Startup, RebootIsTriedInFiveWays) {
   ProgramOnPc p;
   AddPe(p, false);
+  p.world.c.AddText("\\Rotate\\wpeutil.exe", "MZ planted by somebody");
   EXPECT_EQ(p.Start({Click(Control::cmd_rebootPE)}), RunEnd::Returned);
   EXPECT_EQ(p.Lines(MaskOf(Op::Shell, Op::ShellExecute, Op::Wait)),
-            (Texts{"shell wpeutil reboot style=1 failed",
-                   "shell-execute wpeutil.exe open [reboot] [] 1 ok",
+            (Texts{"shell wpeutil reboot style=1 ok",
+                   "shell-execute X:\\Windows\\system32\\wpeutil.exe open [reboot] [] 1 ok",
                    "shell-execute wpeutil reboot open [reboot] [0] 1 ok",
-                   "shell cmd /c wpeutil reboot style=1 ok", "wait process 1004 ok",
+                   "shell cmd /c wpeutil reboot style=1 ok", "wait process 1008 ok",
                    "shell cmd /c wpeutil reboot style=2 ok"}));
+  EXPECT_EQ(p.Lines(MaskOf(Op::Executed)), Texts());
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
   EXPECT_FALSE(p.pc.toolkit.unloaded);
 }

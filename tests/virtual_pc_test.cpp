@@ -109,7 +109,8 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
       e.AddText(path, path);
     }
     e.AddText("\\hidden.txt", "h").attributes = kAttributeHidden;
-    own.processes.Shell("cmd.exe /c copy " + std::string(c.arguments), kWindowHidden);
+    own.processes.Shell("C:\\Windows\\system32\\cmd.exe",
+                        "cmd.exe /c copy " + std::string(c.arguments), kWindowHidden);
     EXPECT_EQ(e.Find("\\new") != nullptr, c.made);
     EXPECT_EQ(!own.processes.StillRunning().empty(), c.hangs);
     std::string executed;

@@ -25,12 +25,25 @@ bool HasControlOrQuote(const std::string& path) {
 
 }  // namespace
 
+std::string SystemProgram(const std::string& name) {
+  const std::string folder = Sys.facts->SystemFolder();
+  if (folder.empty() || name.find_first_of("\\/:") != std::string::npos) return "";
+  const std::string path = folder + "\\" + name + (Contains(name, ".") ? "" : ".exe");
+  return (Sys.files->GetFileAttributesA(path) & kAttributeDirectory) == 0 ? path : "";
+}
+
+std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle) {
+  std::string name = commandLine.substr(0, commandLine.find(' '));
+  std::erase(name, '"');
+  const std::string program = SystemProgram(name);
+  return Sys.processes->Shell(program, commandLine, windowStyle);
+}
+
 std::int32_t SyncShell(const std::string& commandLine, int windowStyle) {
   ErrorMode on;
   WriteLog("SyncShell");
   LastShellFailure = {};
-  const std::uint32_t child =
-      on(0U, [&] { return Sys.processes->Shell(commandLine, windowStyle); });
+  const std::uint32_t child = on(0U, [&] { return StartCommandLine(commandLine, windowStyle); });
   if (child == 0) return Fail(kShellNotStarted, "Failed to Shell child process");
   const Handle process =
       on(kNoHandle, [&] { return Sys.processes->OpenProcess(kProcessSynchronizeAndQuery, child); });
@@ -57,7 +70,7 @@ void RunCmd(const std::string& CmdPath, int WindowStyle) {
   ErrorMode on;
   WriteLog("RunCmd " + CmdPath);
   on([&] {
-    const std::uint32_t child = Sys.processes->Shell(CmdPath, WindowStyle);
+    const std::uint32_t child = StartCommandLine(CmdPath, WindowStyle);
     const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
     if (process == kNoHandle) return;
     on([&] { Sys.processes->WaitForSingleObject(process, kInfinite); });

@@ -16,6 +16,15 @@ constexpr std::uint32_t kShellNoHandle = 0x8004AA01;
 constexpr std::uint32_t kShellNotStarted = 0x8004AA02;
 constexpr std::uint32_t kShellNeverEnded = 0x8004AA03;
 
+// The full path in the system folder of a program that is named without a folder, "cmd" or
+// "cmd.exe"; empty where it isn't there or the name has a folder. By its bare name one in this
+// program's own folder would be found first.
+std::string SystemProgram(const std::string& name);
+
+// Statement: starts a command line, with the system's own program where that is there. Returns the
+// child's process identifier.
+std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle);
+
 // Starts a command line and waits for its end, 60 s at most: a child that takes longer is ended,
 // with all that it started. Gives its exit code, or 0 after a failure, which is then recorded.
 std::int32_t SyncShell(const std::string& commandLine, int windowStyle);

@@ -22,8 +22,11 @@ class Processes {
   virtual ~Processes() = default;
 
   // Statement: starts a command line and gives the child's process identifier. Does not wait.
+  // program is the executable's full path. Where it is empty, the line's first word is looked for:
+  // without a folder, in this program's folder before any other.
   // Throws Fault 53 (no such program) or 5 (any other refusal).
-  virtual std::uint32_t Shell(const std::string& commandLine, int windowStyle) = 0;
+  virtual std::uint32_t Shell(const std::string& program, const std::string& commandLine,
+                              int windowStyle) = 0;
 
   // Gives a handle to the process (closed through Devices::CloseHandle), or 0.
   virtual Handle OpenProcess(std::uint32_t access, std::uint32_t processId) = 0;

@@ -38,6 +38,9 @@ class SystemFacts {
   // The value of an environment variable, or the empty text.
   virtual std::string Environment(const std::string& name) = 0;
 
+  // Windows' own folder for programs, without a closing backslash; the empty text on failure.
+  virtual std::string SystemFolder() = 0;
+
   // The folder of the running program without a closing backslash, and its file name without the
   // extension.
   virtual std::string ProgramFolder() = 0;

@@ -171,9 +171,13 @@ void Form_Load() {
 void cmd_rebootPE_Click() {
   ErrorMode on;
   WriteLog("cmd_rebootPE_Click");
-  on([] { Sys.processes->Shell("wpeutil reboot", kWindowNormal); });
-  on([] { Sys.processes->ShellExecuteA("open", "wpeutil.exe", "reboot", "", 1); });
+  on([] { StartCommandLine("wpeutil reboot", kWindowNormal); });
+  const std::string wpeutil = on(std::string(), [] { return SystemProgram("wpeutil.exe"); });
+  on([&] {
+    Sys.processes->ShellExecuteA("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "",
+                                 1);
+  });
   on([] { Sys.processes->ShellExecuteA("open", "wpeutil reboot", "reboot", "0", 1); });
   RunCmd("cmd /c wpeutil reboot", kWindowNormal);
-  on([] { Sys.processes->Shell("cmd /c wpeutil reboot", kWindowMinimised); });
+  on([] { StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised); });
 }

@@ -1,10 +1,11 @@
 """What the stories check: the disk from outside, and the order of the operations on it."""
 
 import os
+import shutil
 
 import make_stick
 import stick
-from program_run import RIG, STICK, ProgramRun, box_text
+from program_run import BIN, RIG, STICK, ProgramRun, box_text
 
 RUNS = os.path.join(RIG, "runs")
 DISK = "PhysicalDrive1"
@@ -151,6 +152,17 @@ def pick(run, letter):
     """Picks the row of a letter."""
     rows = [row[:2] for row in run.robot.state()["drives"]]
     run.robot.do(f"pick {rows.index(letter + ':')}")
+
+
+def plant(run, name):
+    """Puts a program beside the program, under the name of one that it starts."""
+    shutil.copy(os.path.join(BIN, "planted.exe"), os.path.join(run.place, name))
+
+
+def check_not_planted(run):
+    """No planted program has run."""
+    check("the planted program's file",
+          os.path.exists(os.path.join(run.folder, "prefix", "drive_c", "planted.txt")), False)
 
 
 def same(image, source):

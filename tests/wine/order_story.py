@@ -4,8 +4,8 @@ import os
 
 import make_stick
 import stick
-from checks import (RUNS, backups, changed_sectors, check, check_sector_0, check_writes,
-                    fresh_stick, ordered, started)
+from checks import (RUNS, backups, changed_sectors, check, check_not_planted, check_sector_0,
+                    check_writes, fresh_stick, ordered, plant, started)
 from extents_story import add, mounted, windows_name
 from program_run import box_text
 
@@ -91,6 +91,7 @@ def refuse(image, places):
 def repair(image):
     """Yes, and on to the switch; gives what the last question says and the raw writes' sectors."""
     with started("order_repair", image, writable=True) as run:
+        plant(run, "cmd.exe")
         run.robot.wait_ready()
         order_question(run, "Yes")
         check("the outcome", texts(run, MOVED), ["OK - Files are now in correct order."])
@@ -99,6 +100,7 @@ def repair(image):
         told = told_entries(run)
         run.robot.answer("OK")
         run.robot.wait_ready(60)
+        check_not_planted(run)
         check("the boxes", [line for line in run.usb.journal if line.startswith("box ")],
               [f"box none {title}" for title in (QUESTION, MOVED, COMMIT)])
     return told, run

@@ -87,6 +87,7 @@ VirtualVolume& AddSystemVolume(VirtualPc& pc, VirtualDisk& disk) {
       kAttributeReadOnly;  // as when it lies on a CD
   c.AddText("\\Rotate\\Rotate_TSD.exe", "MZ this program");
   c.AddText("\\Windows\\system32\\cmd.exe", "MZ interpreter");
+  c.AddText("\\Rotate\\cmd.exe", "MZ planted by somebody");
   c.AddFolder("\\Temp");
   VirtualSector mbr{};
   Write(mbr, 16, "a system disk");

@@ -23,6 +23,7 @@ class VirtualFacts : public SystemFacts {
   std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
                                char* buffer, std::uint32_t size) override;
   std::string Environment(const std::string& name) override;
+  std::string SystemFolder() override { return systemFolder; }
   std::string ProgramFolder() override { return programFolder; }
   std::string ProgramName() override { return programName; }
   int LogicalDriveCount() override;
@@ -31,6 +32,7 @@ class VirtualFacts : public SystemFacts {
   std::map<std::string, std::string> longPaths;  // short to long
   VersionInfo version{2, 6, 2};
   std::map<std::string, std::string> environment;  // by upper-case name
+  std::string systemFolder = "C:\\Windows\\system32";
   std::string programFolder = "C:\\Rotate";
   std::string programName = "Rotate_TSD";
   int furtherDrives = 0;  // letters beyond those of the volumes that are there

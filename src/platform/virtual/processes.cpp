@@ -21,13 +21,26 @@ std::string FirstWord(const std::string& line, std::string& rest) {
 }  // namespace
 
 std::string VirtualProcesses::Environment(const std::string& name) const {
-  const auto found = environment_.find(UpperCase(name));
-  return found == environment_.end() ? "" : found->second;
+  const auto found = facts_.environment.find(UpperCase(name));
+  return found == facts_.environment.end() ? "" : found->second;
+}
+
+// Where a name has no folder, the program's own comes first.
+std::string VirtualProcesses::FindProgram(const std::string& name) {
+  if (name.find('\\') != std::string::npos) return name;
+  for (const std::string& folder : {facts_.programFolder, facts_.systemFolder}) {
+    for (const char* extension : {"", ".exe"}) {
+      const std::string path = folder + "\\" + name + extension;
+      if (File(path) != nullptr) return path;
+    }
+  }
+  return name;
 }
 
 bool VirtualProcesses::IsInterpreter(const std::string& program) const {
-  const std::string name = UpperCase(program);
-  return name == "CMD" || name == "CMD.EXE" || name == UpperCase(Environment("COMSPEC"));
+  const std::string path = UpperCase(program);
+  return path == UpperCase(facts_.systemFolder + "\\cmd.exe") ||
+         path == UpperCase(Environment("COMSPEC"));
 }
 
 ChildScript VirtualProcesses::TakeScript(const std::string& commandLine) {
@@ -40,7 +53,8 @@ ChildScript VirtualProcesses::TakeScript(const std::string& commandLine) {
   return {};
 }
 
-std::uint32_t VirtualProcesses::Shell(const std::string& commandLine, int windowStyle) {
+std::uint32_t VirtualProcesses::Shell(const std::string& program, const std::string& commandLine,
+                                      int windowStyle) {
   const Step step = machine_.Begin(Op::Shell, commandLine, "style=" + std::to_string(windowStyle));
   if (step.Refused()) machine_.FailStatement(step, kFileNotFound);
   Child child;
@@ -48,13 +62,15 @@ std::uint32_t VirtualProcesses::Shell(const std::string& commandLine, int window
   child.script = TakeScript(commandLine);
   if (child.script.refusedWith != 0) machine_.FailStatement(step, child.script.refusedWith);
   std::string rest;
-  const std::string program = FirstWord(commandLine, rest);
-  if (!IsInterpreter(program) && File(program) == nullptr) {
+  const std::string word = FirstWord(commandLine, rest);
+  const std::string image = program.empty() ? FindProgram(word) : program;
+  if (!IsInterpreter(image) && File(image) == nullptr) {
     machine_.FailStatement(step, kFileNotFound);
   }
   machine_.End(step, true);
   if (whileChildRuns) whileChildRuns();
-  if (IsInterpreter(program) && UpperCase(rest.substr(0, 2)) == "/C") {
+  if (UpperCase(image).starts_with(UpperCase(facts_.programFolder))) NoteExecuted(image);
+  if (IsInterpreter(image) && UpperCase(rest.substr(0, 2)) == "/C") {
     RunCommandLine(Trim(rest.substr(2)), child);
   }
   child.endsAt = machine_.clock.Elapsed() + child.script.milliseconds;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/processes.h"
+#include "platform/virtual/facts.h"
 #include "platform/virtual/interpreter.h"
 #include "platform/virtual/machine.h"
 
@@ -35,10 +36,10 @@ struct ChildScript {
 
 class VirtualProcesses : public Processes {
  public:
-  VirtualProcesses(Machine& machine, std::map<std::string, std::string>& environment)
-      : machine_(machine), environment_(environment) {}
+  VirtualProcesses(Machine& machine, VirtualFacts& facts) : machine_(machine), facts_(facts) {}
 
-  std::uint32_t Shell(const std::string& commandLine, int windowStyle) override;
+  std::uint32_t Shell(const std::string& program, const std::string& commandLine,
+                      int windowStyle) override;
   Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override;
   std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
   Handle CreateMutexA(const std::string& name) override;
@@ -70,6 +71,7 @@ class VirtualProcesses : public Processes {
   };
   std::uint32_t WaitForMutex(const std::string& name, std::uint32_t milliseconds);
   std::string Environment(const std::string& name) const;
+  std::string FindProgram(const std::string& name);
   bool IsInterpreter(const std::string& program) const;
   ChildScript TakeScript(const std::string& commandLine);
   void RunCommandLine(const std::string& text, Child& child);
@@ -83,7 +85,7 @@ class VirtualProcesses : public Processes {
   std::string ToolText(const std::string& path);
 
   Machine& machine_;
-  std::map<std::string, std::string>& environment_;
+  VirtualFacts& facts_;
   std::map<std::uint32_t, Child> children_;
   std::uint32_t nextId_ = 1000;
 };

@@ -56,7 +56,7 @@ class VirtualPc {
   VirtualDevices devices{machine};
   VirtualFiles files{machine};
   VirtualFacts facts{machine};
-  VirtualProcesses processes{machine, facts.environment};
+  VirtualProcesses processes{machine, facts};
   VirtualDesktop desktop{machine};
   VirtualToolkit toolkit{machine.journal};
 };

@@ -1,5 +1,6 @@
 #include "platform/win32/win32_platform.h"
 
+#include "platform/win32/library_search.h"
 #include "platform/win32/win32_headers.h"
 
 Platform Win32Platform() {
@@ -8,6 +9,7 @@ Platform Win32Platform() {
 }
 
 void PrepareProcess() {
+  LoadSystemLibrariesOnly();
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 
   using SetDllDirectoryFunction = BOOL(WINAPI*)(const char*);

@@ -35,7 +35,8 @@ std::string SystemFolder() {
 
 class RealProcesses final : public Processes {
  public:
-  std::uint32_t Shell(const std::string& commandLine, int windowStyle) override {
+  std::uint32_t Shell(const std::string& program, const std::string& commandLine,
+                      int windowStyle) override {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESHOWWINDOW;
@@ -44,7 +45,8 @@ class RealProcesses final : public Processes {
     std::vector<char> line(commandLine.c_str(), commandLine.c_str() + commandLine.size() + 1);
     const std::string folder = SystemFolder();
     PROCESS_INFORMATION made;
-    if (!::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+    if (!::CreateProcessA(program.empty() ? nullptr : program.c_str(), line.data(), nullptr,
+                          nullptr, FALSE, CREATE_SUSPENDED, nullptr,
                           folder.empty() ? nullptr : folder.c_str(), &startup, &made)) {
       const DWORD error = ::GetLastError();
       const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;

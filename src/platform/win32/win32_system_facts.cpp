@@ -58,6 +58,11 @@ class RealSystemFacts final : public SystemFacts {
     return value;
   }
 
+  std::string SystemFolder() override {
+    char folder[MAX_PATH] = "";
+    return ::GetSystemDirectoryA(folder, MAX_PATH) < MAX_PATH ? folder : "";
+  }
+
   std::string ProgramFolder() override {
     const std::string path = ProgramPath();
     return path.substr(0, path.find_last_of('\\'));
