@@ -18,6 +18,14 @@ std::int32_t Fail(std::uint32_t number, const std::string& description) {
   return 0;
 }
 
+// A look that fails says nothing: the name alone would then start whatever is found first.
+bool IsSurelyMissing(const std::string& path) {
+  constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;  // winerror.h
+  if (Sys.files->GetFileAttributesA(path) != kInvalidAttributes) return false;
+  const std::uint32_t error = Sys.devices->GetLastError();
+  return error == kErrorFileNotFound || error == kErrorPathNotFound;
+}
+
 bool HasControlOrQuote(const std::string& path) {
   return std::any_of(path.begin(), path.end(),
                      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"'; });
@@ -29,7 +37,7 @@ std::string SystemProgram(const std::string& name) {
   const std::string folder = Sys.facts->SystemFolder();
   if (folder.empty() || name.find_first_of("\\/:") != std::string::npos) return "";
   const std::string path = folder + "\\" + name + (Contains(name, ".") ? "" : ".exe");
-  return (Sys.files->GetFileAttributesA(path) & kAttributeDirectory) == 0 ? path : "";
+  return IsSurelyMissing(path) ? "" : path;
 }
 
 std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle) {
