@@ -162,6 +162,7 @@ std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code)
       if (volume.refusesDismount) return kErrorAccessDenied;
       if (volume.lockedBy != kNoHandle && volume.lockedBy != handle) return kErrorAccessDenied;
       volume.mounted = false;
+      volume.ForgetHolders();
       return 0;
     default:
       return kErrorInvalidFunction;
