@@ -19,7 +19,9 @@ OpMask Reach(FaultKind kind) {
 
 FaultKind FaultPlan::Next(Op op) {
   if (kind == FaultKind::None || (mask & Reach(kind) & MaskOf(op)) == 0) return FaultKind::None;
-  if (++seen < nth || (seen > nth && !forGood)) return FaultKind::None;
+  ++seen;
+  const bool inRow = seen >= nth && seen - nth < times;
+  if (!inRow && (seen < nth || !forGood)) return FaultKind::None;
   ++hits;
   return kind;
 }

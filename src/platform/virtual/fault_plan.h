@@ -23,6 +23,7 @@ enum class FaultKind : std::uint8_t {
 struct FaultPlan {
   FaultKind kind = FaultKind::None;
   std::size_t nth = 1;         // 1: the first operation that the mask allows
+  std::size_t times = 1;       // so many operations in a row
   bool forGood = false;        // every operation behind the n-th as well
   OpMask mask = kAnyOp;        // cuts are narrowed to kChangingOps, short ones to transfers
   std::uint32_t error = 1117;  // Windows error of a refused call (ERROR_IO_DEVICE)

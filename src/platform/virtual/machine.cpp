@@ -4,6 +4,8 @@
 
 Step Machine::Begin(Op op, const std::string& subject, const std::string& detail, bool mayThrow) {
   if (off_) throw PowerCut{};
+  ++operations;
+  if (beforeOperation) beforeOperation(operations);
   for (const auto& volume : volumes) volume->Tick();
   JournalEntry entry;
   entry.op = op;
@@ -39,6 +41,7 @@ void Machine::CutPower() {
 
 void Machine::Reboot() {
   off_ = false;
+  beforeOperation = nullptr;
   handles.clear();
   plan = {};
   for (const auto& volume : volumes) {
@@ -93,6 +96,7 @@ void Machine::ReadTable(VirtualDisk& disk) {
       volume->mounted = true;
       volume->lockedBy = kNoHandle;
     }
+    if (!present) volume->ForgetHolders();
     volume->present = present;
   }
 }

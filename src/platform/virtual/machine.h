@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -49,7 +50,8 @@ struct OpenHandle {
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
   // What the handle was opened on has been unplugged or has left the table.
   bool IsGone() const {
-    return (disk != nullptr && !disk->plugged) || (kind == Kind::Volume && !volume->present);
+    const bool onVolume = kind == Kind::Volume || kind == Kind::File;
+    return (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
   }
 };
 
@@ -98,6 +100,9 @@ class Machine {
   Journal journal;
   FaultPlan plan;
   std::uint32_t cutSeed = 0;  // decides what becomes of unflushed writes
+  // Others at work: called before each operation with its number, from 1.
+  std::function<void(std::size_t)> beforeOperation;
+  std::size_t operations = 0;
   VirtualClock clock{journal};
   std::uint32_t lastError = 0;
   std::string currentFolder = "C:\\Windows\\system32";
