@@ -163,15 +163,6 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   p.files->FileDelete(path);
 }
 
-inline void HiddenChildrenAskNobody(Platform& p, const std::string&, Checks& check) {
-  const std::uint32_t child = p.processes->Shell("cmd.exe /c set /p answer=Well?", kWindowHidden);
-  const Handle process = p.processes->OpenProcess(kProcessSynchronize, child);
-  check(p.processes->WaitForSingleObject(process, 30000) == kWaitObject0,
-        "a question meets the end of the input");
-  p.devices->CloseHandle(process);
-  p.processes->EndChild(child);
-}
-
 }  // namespace contract
 
 struct ContractCase {
@@ -186,7 +177,6 @@ inline constexpr ContractCase kContract[] = {
     {"Searches", contract::Searches},
     {"BinaryRead", contract::BinaryRead},
     {"FileHandles", contract::FileHandles},
-    {"HiddenChildrenAskNobody", contract::HiddenChildrenAskNobody},
 };
 
 // Runs one case; a Fault that nobody asked for is wrong as well.

@@ -149,7 +149,7 @@ TEST(OrderRepair, DeletesTheOriginalOnlyAfterItsProvenCopyBearsTheName) {
   EXPECT_EQ(steps,
             (Texts{"shell cmd.exe /c copy E:\\P\\A E:\\P\\Axxx style=0 ok",
                    "child-copy E:\\P\\A -> E:\\P\\Axxx ok", "sleep 100", "flush E:\\P\\Axxx ok",
-                   "read E:\\P\\Axxx lba=0 n=2048 ok", "read E:\\P\\A lba=0 n=2048 ok",
+                   "read E:\\P\\Axxx lba=0 n=16 ok", "read E:\\P\\A lba=0 n=16 ok",
                    "rename E:\\P\\A -> E:\\P\\Ayyy ok", "rename E:\\P\\Axxx -> E:\\P\\A ok",
                    "flush E:\\P\\A ok", "delete E:\\P\\Ayyy ok"}));
 }
