@@ -3,17 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <random>
 
 #include "tests/invariants.h"
+#include "tests/loops.h"
 
 namespace {
-
-std::uint64_t Setting(const char* name, std::uint64_t otherwise) {
-  const char* text = std::getenv(name);
-  return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
-}
 
 // Of the world under work; an Act's prepare takes no arguments of a test's own.
 std::mt19937_64 Random;
@@ -71,12 +66,6 @@ void MakeStick(VirtualPc& pc, demo::World& world) {
   };
 }
 
-bool Agreed(const std::vector<ShownBox>& boxes) {
-  return std::any_of(boxes.begin(), boxes.end(), [](const ShownBox& shown) {
-    return shown.box.title == "Change partition table" && shown.answer == Answer::Ok;
-  });
-}
-
 }  // namespace
 
 TEST(RandomWorlds, KeepAllInvariantsAndComeBack) {
@@ -101,9 +90,9 @@ TEST(RandomWorlds, KeepAllInvariantsAndComeBack) {
     stage.pc.machine.plan = {};
     stage.pc.toolkit.onBox = nullptr;
     ASSERT_EQ(stage.Everything(end), Breaches());
-    if (faultless && Agreed(stage.pc.toolkit.boxes)) {
+    if (faultless && stage.Agreed()) {
       // All of the companion, the fourth file and the types as they were found.
-      ASSERT_TRUE(stage.SectorIs(0, stage.NewTables().back()));
+      ASSERT_TRUE(stage.SectorIs(0, stage.NewTables(stage.before).back()));
       ++exact;
     }
     if (stage.SectorIs(0, stage.before)) continue;

@@ -30,8 +30,8 @@ TEST_F(RawSectors, ReadIsOneClosedSequence) {
   p.world.stick.SetSector(60, demo::Grub4dosMbr());
   EXPECT_TRUE(ReadandParseSector("E:", 60));
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Texts{"open E: ok", "query E: device-number ok", "close E: ok",
-                   "open PhysicalDrive1 ok", "seek PhysicalDrive1 30720 ok",
+            (Texts{"open E: - share=rw ok", "query E: device-number ok", "close E: ok",
+                   "open PhysicalDrive1 rw share=rw ok", "seek PhysicalDrive1 30720 ok",
                    "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "close PhysicalDrive1 ok"}));
   EXPECT_EQ(SectorBuffer.size(), 512U);
   EXPECT_TRUE(SectorFlags.HasGrub4dos);
@@ -118,8 +118,8 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
   p.world.stick.refusesRangeLocks = true;
   EXPECT_TRUE(WriteSector(1, 60)) << "a write whose lock fails goes ahead";
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Texts{"open PhysicalDrive1 ok", "query PhysicalDrive1 property ok",
-                   "close PhysicalDrive1 ok", "open PhysicalDrive1 ok",
+            (Texts{"open PhysicalDrive1 - share=- ok", "query PhysicalDrive1 property ok",
+                   "close PhysicalDrive1 ok", "open PhysicalDrive1 rw share=rw ok",
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
                    "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok", "sleep 50"}));

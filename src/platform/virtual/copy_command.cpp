@@ -98,7 +98,8 @@ bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
     const VirtualFile original = *origin->Find(from.rest);
     if (volume->Find(to.rest) != nullptr) volume->Remove(to.rest);
     if (step.Torn()) volume->placements.push_front({.keepBytes = original.size / 2});
-    const VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    if (copy != nullptr && step.Lost()) volume->LoseContents(*copy);
     return machine_.End(step, copy != nullptr, 112);  // ERROR_DISK_FULL
   }
   std::string joined;

@@ -4,6 +4,8 @@
 
 Step Machine::Begin(Op op, const std::string& subject, const std::string& detail, bool mayThrow) {
   if (off_) throw PowerCut{};
+  ++operations;
+  if (beforeOperation) beforeOperation(operations);
   JournalEntry entry;
   entry.op = op;
   entry.subject = subject;
@@ -32,18 +34,22 @@ void Machine::FailStatement(const Step& step, int number) {
 
 void Machine::CutPower() {
   off_ = true;
-  for (const auto& disk : disks) disk->LosePower(cutSeed);
+  std::uint64_t fates = cutFate;
+  for (const auto& disk : disks) heldBack += disk->LosePower(fates);
+  for (const auto& volume : volumes) heldBack += volume->LosePower(fates);
   throw PowerCut{};
 }
 
 void Machine::Reboot() {
   off_ = false;
+  beforeOperation = nullptr;
   handles.clear();
   plan = {};
   for (const auto& volume : volumes) {
     volume->lockedBy = kNoHandle;
     volume->mounted = true;
     volume->present = !volume->tiedToTable;
+    volume->FlushFiles();
   }
   for (const auto& disk : disks) ReadTable(*disk);
 }

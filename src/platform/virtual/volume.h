@@ -2,7 +2,8 @@
 // names, sizes, times and places are kept here.
 //
 // Does not model: the file system's own records on the disk (a raw write over them is not
-// noticed), short names, security, letters of other alphabets in comparing names, streams.
+// noticed, and a delete or a rename outlives every power cut), short names, security, letters of
+// other alphabets in comparing names, streams.
 #pragma once
 
 #include <cstddef>
@@ -28,6 +29,9 @@ struct VirtualFile {
   std::vector<Extent> extents = {};  // absolute sectors of the disk; none for a resident file
   std::string resident = "";         // all of a file that owns no sectors
   bool heldOpen = false;             // by a child that has not ended
+  bool unflushed = false;            // a copy that a power cut can still take
+  // What reads through the cache see and the disk never got, by sector of the file.
+  std::map<std::uint64_t, VirtualSector> cached = {};
 };
 
 // Where and how the next file that is copied to the volume comes to lie.
@@ -75,10 +79,17 @@ class VirtualVolume {
   void Remove(const std::string& path);
   void Move(const std::string& from, const std::string& to);  // with everything below it
 
-  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes) const;
+  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes,
+                   bool pastCache = false) const;
   // Makes target a copy of bytes of source's file, as placements says. Null: no room, no target.
   VirtualFile* CopyIn(const std::string& target, const VirtualVolume& source,
                       const VirtualFile& file, std::uint64_t now);
+  // The contents of file, which was just copied, stay in the cache and never reach the disk.
+  void LoseContents(VirtualFile& file);
+  // As the system does before a dismount: writes back, forgets the cache.
+  void FlushFiles();
+  // As VirtualDisk::LosePower, for the copies made since the last flush where the disk holds back.
+  std::size_t LosePower(std::uint64_t& fates);
 
  private:
   VirtualFile& Insert(VirtualFile file);
