@@ -140,10 +140,10 @@ void Stage::CheckWrites(Breaches& breaches) {
     }
   }
   for (const JournalEntry& write : pc.machine.journal.Only(MaskOf(Op::Write))) {
-    if (write.count == 0 || IsAnothersStickByNow()) continue;  // it threw before it was looked at
+    if (write.count == 0) continue;  // it threw before it was looked at
+    if (HasActed() && (what_ == Other::SwapsSticks || what_ == Other::MovesLetter)) continue;
     const bool place = std::find(places.begin(), places.end(), write.lba) != places.end();
-    const bool stick = write.subject == "PhysicalDrive1" || HasActed();
-    if (!stick || !place || write.count != 1) breaches.push_back("1: " + write.Text());
+    if (write.subject != "PhysicalDrive1" || !place || write.count != 1) breaches.push_back("1: " + write.Text());
   }
   if (world.systemDisk.Contents() != systemDisk_ && act_.kind != Act::Kind::StartUp) {
     breaches.push_back("1: the system disk changed");
@@ -186,7 +186,7 @@ void Stage::CheckTables(Breaches& breaches) {
 void Stage::CheckBootRecord(Breaches& breaches) {
   for (const Write& write : writes_) {
     const std::uint64_t lba = write.sector.lba;
-    if (lba == 0 || lba == 30 || lba == 60) continue;
+    if (lba == 0 || lba == 30 || lba == 60 || Excused(write)) continue;
     VirtualSector expected = write.sector.before;
     for (std::size_t i = 0; i < 4; ++i) {
       expected[28 + i] = static_cast<std::uint8_t>(lba >> (8 * i));
@@ -247,12 +247,14 @@ void Stage::CheckProgram(Breaches& breaches, RunEnd end) {
     }
   }
   for (const std::string& name : pc.HeldLocks()) breaches.push_back("5: locked " + name);
-  const std::string tool =
-      "\"C:\\Windows\\system32\\cmd.exe\" /c C:\"" + GFE_Path.substr(2) + "\" \"";
+  const std::string tool = "\"C:\\Windows\\system32\\cmd.exe\" /c " + GFE_Path.substr(0, 2) + "\"" +
+                           GFE_Path.substr(2) + "\" \"";
   for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Shell, Op::Executed))) {
     bool known = entry.subject.starts_with(tool);
-    for (const char* file : {"E:\\_ISO\\B", "F:\\_ISO\\B", "F:\\B"}) {
-      known = known || entry.subject.starts_with(std::string("cmd.exe /c copy ") + file);
+    for (const char* file : {"\\_ISO\\A", "\\_ISO\\B", "\\_ISO\\DATA", "\\B"}) {
+      for (const char* letter : {"E:", "F:", "G:", "H:"}) {
+        known = known || entry.subject.starts_with(std::string("cmd.exe /c copy ") + letter + file);
+      }
     }
     if (entry.op == Op::Executed || !known) breaches.push_back("6: " + entry.Text());
   }
