@@ -22,6 +22,7 @@ class Processes {
   virtual ~Processes() = default;
 
   // Statement: starts a command line and gives the child's process identifier. Does not wait.
+  // With a hidden window the child reads from the null device and writes to it.
   // Throws Fault 53 (no such program) or 5 (any other refusal).
   virtual std::uint32_t Shell(const std::string& commandLine, int windowStyle) = 0;
 

@@ -164,6 +164,7 @@ std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code)
       if (volume.lockedBy != kNoHandle && volume.lockedBy != handle) return kErrorAccessDenied;
       volume.mounted = false;
       volume.FlushFiles();
+      volume.ForgetHolders();
       return 0;
     default:
       return kErrorInvalidFunction;

@@ -102,6 +102,7 @@ std::uint32_t VirtualDevices::OpenPlainFile(const std::string& path, std::uint32
                                                            : kErrorPathNotFound;
   }
   if ((file->attributes & 16) != 0) return kErrorAccessDenied;
+  if (file->deletePending) return kErrorAccessDenied;
   if (file->heldOpen && (access & kGenericReadWrite) != 0) return kErrorSharingViolation;
   return 0;
 }
@@ -112,6 +113,14 @@ bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
            ((access & kGenericWrite) != 0 && (share & 2) == 0);
   };
   if ((wanted.access & kGenericReadWrite) == 0) return true;
+  if (wanted.kind == OpenHandle::Kind::File) {
+    const auto& holders = wanted.volume->Find(wanted.path)->holders;
+    if (std::any_of(holders.begin(), holders.end(), [&](const Holder& holder) {
+          return conflicts(wanted.access, holder.share) || conflicts(kGenericRead, wanted.share);
+        })) {
+      return false;
+    }
+  }
   return std::none_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
     const OpenHandle& other = held.second;
     const bool same = other.kind == wanted.kind && other.disk == wanted.disk &&

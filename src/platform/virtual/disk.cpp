@@ -38,12 +38,8 @@ void VirtualDisk::CopySectors(std::uint64_t from, std::uint64_t to, std::uint64_
 
 void VirtualDisk::WriteThroughHandle(std::uint64_t lba, const VirtualSector& data) {
   if (forgetful.contains(lba)) return;
-<<<<<<< HEAD
   written.push_back({lba, Sector(lba), data});
   if (writeBack) held_.push_back(written.back());
-=======
-  if (writeBack) pending_.push_back({lba, Sector(lba), data});
->>>>>>> main
   SetSector(lba, data);
 }
 

@@ -42,6 +42,7 @@ VirtualFiles::Place VirtualFiles::Require(const Step& step, const std::string& p
     const bool folder = place.volume->FolderExists(ParentOf(place.path));
     machine_.FailStatement(step, folder ? kFileNotFound : kPathNotFound);
   }
+  if (place.file->deletePending) machine_.FailStatement(step, kPathFileAccessError);
   return place;
 }
 
@@ -49,6 +50,11 @@ bool VirtualFiles::Collides(const Place& place, std::uint32_t access) const {
   if (place.file == nullptr) return false;
   if (place.file->heldOpen) return true;
   const std::uint32_t wanted = access == kDeleteAccess ? kDeleteAccess : access >> 30;
+  // Sharing has read as bit 0, write as bit 1, delete as bit 2.
+  const std::uint32_t needed = access == kDeleteAccess ? 4 : (wanted >> 1 & 1) | (wanted & 1) << 1;
+  for (const Holder& holder : place.file->holders) {
+    if ((needed & ~holder.share) != 0) return true;
+  }
   return std::any_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
     const OpenHandle& open = held.second;
     if (open.kind != OpenHandle::Kind::File || open.volume != place.volume ||
@@ -144,6 +150,8 @@ std::uint32_t VirtualFiles::GetFileAttributesA(const std::string& path) {
     error = kErrorAccessDenied;
   } else if (!isRoot && place.file == nullptr) {
     error = kErrorFileNotFound;
+  } else if (!isRoot && place.file->deletePending) {
+    error = kErrorAccessDenied;
   }
   if (!machine_.End(step, error == 0, error)) return kInvalidAttributes;
   return place.file == nullptr ? kAttributeDirectory : place.file->attributes;
@@ -184,7 +192,7 @@ void VirtualFiles::FileDelete(const std::string& path) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
   if (Collides(place, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
-  place.volume->Remove(place.path);
+  place.volume->Delete(place.path);
   machine_.End(step, true);
 }
 
@@ -198,9 +206,8 @@ void VirtualFiles::FileRename(const std::string& from, const std::string& to) {
   if (target.file != nullptr && target.file != source.file) {
     machine_.FailStatement(step, kFileAlreadyExists);
   }
-  if (source.volume != target.volume || Collides(source, kDeleteAccess)) {
-    machine_.FailStatement(step, kPathFileAccessError);
-  }
+  if (source.volume != target.volume) machine_.FailStatement(step, kPathFileAccessError);
+  if (Collides(source, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
   source.volume->Move(source.path, target.path);
   machine_.End(step, true);
 }

@@ -6,6 +6,7 @@ Step Machine::Begin(Op op, const std::string& subject, const std::string& detail
   if (off_) throw PowerCut{};
   ++operations;
   if (beforeOperation) beforeOperation(operations);
+  for (const auto& volume : volumes) volume->Tick();
   JournalEntry entry;
   entry.op = op;
   entry.subject = subject;
@@ -50,6 +51,7 @@ void Machine::Reboot() {
     volume->mounted = true;
     volume->present = !volume->tiedToTable;
     volume->FlushFiles();
+    volume->ForgetHolders();
   }
   for (const auto& disk : disks) ReadTable(*disk);
 }
@@ -127,9 +129,9 @@ bool Machine::Close(Handle handle) {
 }
 
 bool Machine::HasOpenFiles(const VirtualVolume& volume) const {
-  return std::any_of(handles.begin(), handles.end(), [&](const auto& held) {
-    const OpenHandle& open = held.second;
-    return open.volume == &volume &&
-           (open.kind == OpenHandle::Kind::File || open.kind == OpenHandle::Kind::Search);
-  });
+  return volume.IsHeld() || std::any_of(handles.begin(), handles.end(), [&](const auto& held) {
+           const OpenHandle& open = held.second;
+           return open.volume == &volume &&
+                  (open.kind == OpenHandle::Kind::File || open.kind == OpenHandle::Kind::Search);
+         });
 }
