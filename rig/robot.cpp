@@ -12,6 +12,8 @@
 //   hover CAPTION      put the mouse pointer onto a button or check box
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
 //   idle MS            wait until the window answers at once, five times running
+//   hold PATH          open a file for reading and share everything, as a scanner does
+//   release            close it
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
 #include <windows.h>
 // Needs windows.h before it.
@@ -283,6 +285,15 @@ bool Idle(HWND main, DWORD limit) {
   return true;
 }
 
+HANDLE Held = INVALID_HANDLE_VALUE;
+
+bool Hold(const std::string& path) {
+  Held = CreateFileW(Wide(path).c_str(), GENERIC_READ,
+                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                     0, nullptr);
+  return Held != INVALID_HANDLE_VALUE;
+}
+
 bool Focus(HWND window) {
   return window != nullptr && SetForegroundWindow(window) != 0;
 }
@@ -290,6 +301,7 @@ bool Focus(HWND window) {
 bool Do(const std::string& verb, std::istringstream& words) {
   const Found found = Look();
   if (verb == "keys") return Keys(words);
+  if (verb == "release") return CloseHandle(Held) != 0;
   if (verb == "focus") return Focus(found.boxes.empty() ? found.main : found.boxes.front());
   if (verb == "pointer") {
     int x = 0, y = 0;
@@ -297,6 +309,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   }
   std::string rest;
   std::getline(words >> std::ws, rest);
+  if (verb == "hold") return Hold(rest);
   if (verb == "type") return Type(found, rest);
   if (verb == "answer") return !found.boxes.empty() && Click(found.boxes.front(), rest);
   if (found.main == nullptr) return false;

@@ -1,7 +1,5 @@
 // The way back: which saved table is taken, what is asked and told, what is refused in silence.
-#include <cstring>
-
-#include "disk/sector_buffer.h"
+#include "disk/picked_drive.h"
 #include "restore/partition_restore.h"
 #include "tests/support.h"
 
@@ -26,7 +24,7 @@ struct SwitchedStick : ProgramOnPc {
     world.stick.SetSector(0, table);
     pc.RenewTables();
   }
-  // "30 60 w0": the sectors read and written, in order.
+  // "30 60 0 w0": the sectors read and written, in order.
   std::string Transfers() const {
     std::string text;
     for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Read, Op::Write))) {
@@ -65,19 +63,19 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
   };
   const BoxRows kFileNotWritten{kNoBackup, kAskFile, WriteFailed(0), kOldTable};
   const Row kRows[] = {
-      {"30", "SSSS", 512, 60, 'O', {kAsk}, "30 w0"},
+      {"30", "SSSS", 512, 60, 'O', {kAsk}, "30 0 w0"},
       {"30, Cancel", "SSSS", 512, -1, 'C', {kAsk}, "30"},
-      {"60", "uSSS", 512, 1, 'O', {kAsk}, "30 60 w0"},
+      {"60", "uSSS", 512, 1, 'O', {kAsk}, "30 60 0 w0"},
       {"60, Cancel", "uSSS", 512, -1, 'C', {kAsk}, "30 60"},
       {"30 without boot code", "bS-S", 0, -1, 'C', {kAsk}, "30 60"},
       {"30 without 55 AA", "eS-S", 0, -1, 'C', {kAsk}, "30 60"},
       {"30 without a partition", "pS-S", 0, -1, 'C', {kAsk}, "30 60"},
       {"30 not read", "SSSS", 512, 30, ' ', {ReadFailed(30)}, "30 30"},
       {"60 not read", "uSSS", 512, 60, ' ', {ReadFailed(60)}, "30 60 60"},
-      {"0 not written", "SSSS", 512, 0, 'O', {kAsk, WriteFailed(0)}, "30 w0"},
-      {"file", "ueSS", 512, -1, 'O', {kNoBackup, kAskFile}, "30 60 w0"},
-      {"long file", "buSS", 600, -1, 'O', {kNoBackup, kAskFile}, "30 60 w0"},
-      {"file, not written", "uuSS", 512, 0, 'O', kFileNotWritten, "30 60 w0 1"},
+      {"0 not written", "SSSS", 512, 0, 'O', {kAsk, WriteFailed(0)}, "30 0 w0"},
+      {"file", "ueSS", 512, -1, 'O', {kNoBackup, kAskFile}, "30 60 0 w0"},
+      {"long file", "buSS", 600, -1, 'O', {kNoBackup, kAskFile}, "30 60 0 w0"},
+      {"file, not written", "uuSS", 512, 0, 'O', kFileNotWritten, "30 60 0 w0 1"},
       {"file, Cancel", "uuSS", 512, -1, 'C', {kNoBackup, kAskFile, kOldTable}, "30 60 1"},
       {"file a byte short", "ubSu", 511, -1, ' ', {kNoBackup}, "30 60 1"},
       {"file without boot code", "uubb", 512, -1, ' ', {kNoBackup, kOldTable}, "30 60 1"},
@@ -110,7 +108,8 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
     EXPECT_EQ(program.Boxes(kRestore, answers), row.boxes);
     const bool written = row.answer == 'O' && row.defect != 0;
     const std::string transfers = program.Transfers();
-    EXPECT_EQ(written ? transfers.substr(0, std::strlen(row.transfers)) : transfers, row.transfers);
+    const std::string wanted = "0 " + std::string(row.transfers);  // the table to be replaced first
+    EXPECT_EQ(written ? transfers.substr(0, wanted.size()) : transfers, wanted);
     if (written) expected[0] = TableWith('S');
     EXPECT_EQ(stick.Contents(), expected);
     EXPECT_EQ(program.Rows(Control::List1).empty(), !written);  // E: is the main volume again
@@ -186,12 +185,13 @@ TEST(Restore, RefusesInSilence) {
     program.world.stick.SetSector(30, TableWith('S'));
     program.Prepare();
     MYDRIVE = row.drive;
+    Picked_Drive_no = row.number;
     ShowAllDrives = row.showAll;
     if (row.imagesListed) program.pc.toolkit.AddItem(Control::List1, "E:\\a.volPAK");
     if (row.goesOn) program.pc.toolkit.AnswerNext(Answer::Cancel);
     program.Call(cmdRestoreTSD_Click);
     EXPECT_EQ(program.TakeBoxes().size(), row.goesOn ? 1U : 0U);
-    EXPECT_EQ(program.Transfers(), row.goesOn ? "30" : "");
+    EXPECT_EQ(program.Transfers(), row.goesOn ? "0 30" : "");
   }
 }
 

@@ -198,7 +198,7 @@ TEST(FileOrder, EqualStartsPass) {
   FourVolumes program;
   program.AddFiles(Paths("E:~A.volPAK E:~A"));
   program.Start();
-  program.pc.processes.toolTexts[""] = "File offset 0 LBA: 4C4B40 Sectors: 40\r\n";
+  program.pc.processes.toolTexts[""] = "File offset 0 LBA: DC3A0 Sectors: 40\r\n";
   const BoxRows boxes = program.Boxes(Open(Paths("E:~A.volPAK")[0]), {Answer::Cancel});
   ASSERT_EQ(boxes.size(), 1U);
   EXPECT_EQ(boxes[0].title, kQuestion);

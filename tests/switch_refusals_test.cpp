@@ -32,6 +32,10 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
         "ERROR: File " + file + " is too small, not accessible/contiguous or not an NTFS drive!");
   };
   const BoxRow kNone{kQuestion, ""}, kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
+  const BoxRow kBeyondDisk = Warning(
+      "Bad place of file!",
+      "ERROR: File E:\\_ISO\\DATA starts at sector 4294967295 and ends beyond Drive 1, which "
+      "has 31250000 sectors.\r\nThe partition table was not changed.");
   const BoxRow kBadLength = Stop("Bad FLength", "ERROR: Bad File length!");
   const char *kFails = "getFileExtents failed", *kInPieces = "More than one extent";
   const struct {
@@ -51,7 +55,7 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
               {kD, 1, kFar, kTrue, beyond(" " + kD)},
               {kD, 1, kFar, kBeyond2TB, large(" " + kD)},
               {kD, 1, "", kTrue, invalid(kD), kFails},
-              {kD, 1, at("FFFFFFFF"), kBeyond2TB - 512, kNone},
+              {kD, 1, at("FFFFFFFF"), kBeyond2TB - 512, kBeyondDisk},
               {kA, 3, "u", kTrue, ReadFailed(0)},
               {kA, 4, "", kTrue, kBadStart, kFails},
               {kA, 4, "-", 0, kBadLength},
@@ -59,7 +63,6 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
               {kB, 5, kPieces, kTrue, kBadStart, kInPieces},
               {kD, 6, "", kTrue, kBadStart, kFails},
               {kRescue, 1, at("1F"), kTrue, kBadStart},
-              {kRescue, 1, at("20"), kTrue, kNone},
               {kRescue, 1, "-", 15872, kBadLength},
               {kRescue, 1, "-", 15873, kNone},
               {kA, 1, "-", 512, kNone},
@@ -83,6 +86,71 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
     EXPECT_EQ(asked ? boxes.back().title : "", asked ? kQuestion : "");
     EXPECT_TRUE(asked || boxes.back() == row.last) << testing::PrintToString(boxes);
     EXPECT_EQ(program.Written(), "60 30");
+  }
+}
+
+// Another tool may answer anything, and a file may change after it was measured.
+TEST(SwitchRefusals, OfPlacesThatAreNotTheFiles) {
+  const std::string kFile = std::string("File ") + kRescue;
+  const std::string kNotThere =
+      "Sector 400000 of Drive 1 does not hold the beginning of file " + std::string(kRescue) + ".";
+  const auto zeros = [](ProgramOnPc& p) {
+    p.world.stick.SetSector(demo::kNtfsImage.lba, {});
+    p.pc.toolkit.AnswerInput("7");
+  };
+  const auto untold = [](ProgramOnPc& p) { p.world.stick.answersLength = false; };
+  const struct {
+    const char* name;
+    std::uint64_t sector;  // that the tool names
+    std::string refusal;   // empty: none
+    void (*prepare)(ProgramOnPc&) = [](ProgramOnPc&) {};
+  } rows[] = {
+      {"the true place", demo::kNtfsImage.lba, ""},
+      {"on a backup sector", 60,
+       kFile + " starts at sector 60. Sectors 0 to 60 are for the boot code and the saved tables."},
+      {"right after the backups", 61, "",
+       [](auto& p) { p.world.stick.SetSector(61, demo::NtfsBootRecord()); }},
+      {"one sector beyond the disk", 31'250'000 - 131'071,
+       kFile + " starts at sector 31118929 and ends beyond Drive 1, which has 31250000 sectors."},
+      {"at the end of the disk", 31'250'000 - 131'072, "",
+       [](auto& p) { p.world.stick.SetSector(31'118'928, demo::NtfsBootRecord()); }},
+      {"the disk doesn't say its length", 31'250'000 - 131'071,
+       "Sector 31118929 of Drive 1 does not hold the beginning of file " + std::string(kRescue) +
+           ".",
+       untold},
+      {"another file's place", demo::kFatImage.lba, kNotThere},
+      {"a file of zeros proves nothing", demo::kFatImage.lba, "", zeros},
+      {"hidden sectors changed under a cached file", demo::kFatImage.lba, "",
+       [](auto& p) {
+         VirtualSector record = demo::NtfsBootRecord();
+         Put32(record, 28, 400'000);
+         p.world.stick.SetSector(demo::kFatImage.lba, record);
+       }},
+      {"the byte after them", demo::kFatImage.lba, kNotThere, [](auto& p) {
+         VirtualSector record = demo::NtfsBootRecord();
+         record[32] ^= 1;
+         p.world.stick.SetSector(demo::kFatImage.lba, record);
+       }}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    StartedPc program;
+    row.prepare(program);
+    program.pc.processes.toolTexts[UpperCase(kRescue)] =
+        "File offset 0 LBA: " + HexDigits(static_cast<double>(row.sector)) + " Sectors: 20000\r\n";
+    const auto before = program.world.stick.Contents();
+    const BoxRows boxes =
+        program.Boxes(Open(kRescue), std::vector(row.refusal.empty() ? 1 : 0, Answer::Cancel));
+    ASSERT_EQ(boxes.size(), 1U) << testing::PrintToString(boxes);
+    if (row.refusal.empty()) {
+      EXPECT_EQ(boxes[0].title, kQuestion);
+    } else {
+      EXPECT_EQ(boxes[0],
+                Warning("Bad place of file!",
+                        "ERROR: " + row.refusal + "\r\nThe partition table was not changed."));
+    }
+    auto expected = before;
+    expected[30] = expected[60] = before.at(0);
+    EXPECT_EQ(program.world.stick.Contents(), expected);
   }
 }
 

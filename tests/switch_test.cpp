@@ -166,34 +166,104 @@ TEST(SwitchBackup, TakesBlankSectorsAndOldCopiesOnly) {
   }
 }
 
+// Windows may sign a switched disk anew. Then the saved table tells that entry 1, or the one that
+// an exchange has put second, points into a partition.
+TEST(SwitchBackup, IsNotReplacedByATableThatPointsIntoAPartition) {
+  const std::uint32_t kInside = demo::kNtfsImage.lba;
+  constexpr std::uint32_t kLastOfMain = demo::kMainStart + demo::kMainSectors - 1;
+  const struct {
+    const char* name;
+    TableEntry first, second;
+    const char* written;
+    bool savedIsSound = true;
+  } rows[] = {
+      {"switched", {true, 7, kInside, 100}, {false, 0x0C, demo::kSecondStart, 100}, ""},
+      {"the partition's last sector", {true, 7, kLastOfMain, 1}, {}, ""},
+      {"right after the partition", {true, 7, kLastOfMain + 1, 1}, {}, "60 30"},
+      {"the partition itself", {true, 7, demo::kMainStart, 100}, {}, "60 30"},
+      {"an empty entry", {true, 0, kInside, 100}, {}, "60 30"},
+      {"switched and exchanged", {false, 7, 100, 100}, {true, 7, kInside, 100}, ""},
+      {"a second partition made anew", {true, 7, 2048, 100}, {false, 7, kInside, 100}, "60 30"},
+      {"no sound table to go back to", {true, 7, kInside, 100}, {}, "60 30", false}};
+  for (const auto& row : rows) {
+    for (const std::uint64_t place : {30U, 60U}) {
+      SCOPED_TRACE(std::string(row.name) + " " + std::to_string(place));
+      ProgramOnPc program;
+      VirtualDisk& stick = program.world.stick;
+      VirtualSector saved = stick.Sector(0), table = saved;
+      if (!row.savedIsSound) saved[510] = 0;
+      stick.SetSector(place, saved);
+      program.Start();
+      demo::SetEntry(table, 4, false, 0x17, 63, 100);  // near the start
+      demo::SetEntry(table, 1, row.first.active, row.first.type, row.first.start,
+                     row.first.sectors);
+      demo::SetEntry(table, 2, row.second.active, row.second.type, row.second.start,
+                     row.second.sectors);
+      stick.SetSector(0, table);
+      program.Boxes(kSwitch, {Answer::Cancel});
+      EXPECT_EQ(program.Written(), row.written);
+    }
+  }
+}
+
+// What is blank is no free place where a partition covers it.
+TEST(SwitchBackup, TakesNoSectorOfAPartition) {
+  const struct {
+    std::uint32_t start, sectors;
+    const char* written;
+  } rows[] = {{61, 1000, "60 30"}, {60, 1000, "30"}, {31, 1000, "30"},
+              {31, 29, "60 30"},   {30, 1000, ""},   {30, 30, "60"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.start) + " " + std::to_string(row.sectors));
+    StartedPc program;
+    VirtualSector table = program.world.stick.Sector(0);
+    demo::SetEntry(table, 3, false, 7, row.start, row.sectors);
+    program.world.stick.SetSector(0, table);
+    const bool asked = *row.written != 0;
+    EXPECT_EQ(program.Boxes(kSwitch, std::vector(asked ? 1 : 0, Answer::Cancel)),
+              BoxRows{asked ? kLastQuestion : kNoRoom});
+    EXPECT_EQ(program.Written(), row.written);
+  }
+}
+
 TEST(SwitchFailures, EachReadAndWriteThatFailsIsTold) {
+  enum class Defect { Unreadable, Unwritable, Forgetful };
+  using enum Defect;
   struct Row {
-    bool reading;
+    Defect defect;
     std::uint64_t sector;
     BoxRows boxes;
     std::string written;
   };
-  const BoxRow kRecordRead = Stop("Error in Adjusting Hidden Sectors in PBR", "DISK READ ERROR");
+  const BoxRow kNoProof = Warning("Bad place of file!",
+                                  "ERROR: Sector 200000 of Drive 1 can't be read.\r\nThe "
+                                  "partition table was not changed.");
   const BoxRow kRecordWrite =
       Stop("Error Adjusting Hidden Sectors in PBR", "WRITE ERROR TO SECTOR 200000");
-  const Row kRows[] = {{true, 0, {ReadFailed(0)}, ""},
-                       {true, 30, {ReadFailed(30)}, ""},
-                       {true, 60, {ReadFailed(60)}, ""},
-                       {false, 60, {WriteFailed(60)}, "60!"},
-                       {false, 30, {WriteFailed(30)}, "60 30!"},
-                       {true, 200'000, {kLastQuestion, kRecordRead}, "60 30 0"},
-                       {false, 200'000, {kLastQuestion, kRecordWrite}, "60 30 200000! 0"},
-                       {false, 0, {kLastQuestion, WriteFailed(0)}, "60 30 200000 0!"}};
+  const Row kRows[] = {{Unreadable, 0, {ReadFailed(0)}, ""},
+                       {Unreadable, 30, {ReadFailed(30)}, ""},
+                       {Unreadable, 60, {ReadFailed(60)}, ""},
+                       {Unwritable, 60, {WriteFailed(60)}, "60!"},
+                       {Unwritable, 30, {WriteFailed(30)}, "60 30!"},
+                       {Unreadable, 200'000, {kNoProof}, "60 30"},
+                       {Unwritable, 200'000, {kLastQuestion, kRecordWrite}, "60 30 200000! 0"},
+                       {Unwritable, 0, {kLastQuestion, WriteFailed(0)}, "60 30 200000 0!"},
+                       {Forgetful, 60, {WriteFailed(60)}, "60"},
+                       {Forgetful, 30, {WriteFailed(30)}, "60 30"},
+                       {Forgetful, 200'000, {kLastQuestion, kRecordWrite}, "60 30 200000 0"},
+                       {Forgetful, 0, {kLastQuestion, WriteFailed(0)}, "60 30 200000 0"}};
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.boxes.back().text);
     ProgramOnPc program;
     program.Start();
     VirtualDisk& stick = program.world.stick;
-    (row.reading ? stick.unreadable : stick.unwritable) = {row.sector};
+    (row.defect == Unreadable   ? stick.unreadable
+     : row.defect == Unwritable ? stick.unwritable
+                                : stick.forgetful) = {row.sector};
     const std::vector<Answer> answers(row.boxes.size() - 1, Answer::Ok);
     EXPECT_EQ(program.Boxes(kSwitch, answers), row.boxes);
     EXPECT_EQ(program.Written(), row.written);
-    const bool tableWritten = row.written.ends_with(" 0");
+    const bool tableWritten = row.written.ends_with(" 0") && row.sector != 0;
     EXPECT_EQ(program.Lines(MaskOf(Op::RenewTable)).size(), tableWritten ? 3U : 0U);
     EXPECT_EQ(program.Rows(Control::List1).empty(), tableWritten);  // refreshed or left alone
   }

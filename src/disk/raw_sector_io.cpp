@@ -1,10 +1,11 @@
 #include "disk/raw_sector_io.h"
 
+#include <algorithm>
 #include <array>
-#include <vector>
 
+#include "disk/drive_discovery.h"
 #include "disk/file_probe.h"
-#include "disk/sector_buffer.h"
+#include "disk/picked_drive.h"
 #include "platform/platform.h"
 #include "shell/events.h"
 #include "shell/failure.h"
@@ -32,19 +33,44 @@ std::uint32_t HighHalf(std::uint64_t value) {
   return static_cast<std::uint32_t>(value >> 32);
 }
 
-std::uint32_t Number32(const std::uint8_t* bytes) {
-  return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-         static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+Handle OpenDiskToRead(std::int32_t drive) {
+  ErrorMode on;
+  return on(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(drive), kGenericRead,
+                                    kShareReadWrite, kOpenExisting, 0);
+  });
 }
 
-// Drive 0 is most likely the one that the system lives on.
+bool ReadSectorFrom(Handle disk, std::int64_t number, Sector& sector) {
+  ErrorMode on;
+  std::uint32_t transferred = 0;
+  return on(false, [&] {
+    return Sys.devices->SetFilePointerEx(disk, ByteOffset(number)) &&
+           Sys.devices->ReadFile(disk, sector.data(), kSectorSize, transferred) &&
+           transferred == kSectorSize;
+  });
+}
+
+// Worn sticks acknowledge what they drop.
+bool HasArrived(std::int32_t drive, std::int64_t number) {
+  const std::optional<Sector> sector = ReadSectorApart(drive, number);
+  return sector && std::equal(sector->begin(), sector->end(), SectorBuffer.begin());
+}
+
+// Drive 0 is most likely the one that the system lives on. It may be another disk by the time that
+// the user answers.
 bool UserAllowsDrive0(std::int64_t sector) {
+  const std::optional<Sector> before = ReadSectorApart(0, 0);
   const Answer answer = MsgBox({.title = "WARNING: Writing to Drive 0!",
                                 .text = "WARNING: WRITE to Sector " + Decimal(sector) +
                                         " on DRIVE 0" + kLineEnd + "ARE YOU SURE?",
                                 .buttons = Buttons::OkCancel});
-  if (answer == Answer::Ok) Form1.WRITES_OK = true;
-  return answer == Answer::Ok;
+  if (answer != Answer::Ok) return false;
+  if (ReadSectorApart(0, 0) != before) {
+    return RefuseChangedDrive("Sector 0 of Drive 0 is not the one that was read before.");
+  }
+  Form1.WRITES_OK = true;
+  return true;
 }
 
 }  // namespace
@@ -131,9 +157,31 @@ bool WriteSector(std::int32_t drv, std::int64_t SECTOR) {
   Open_Physical_Disk_hDrive(drv);  // a failed open shows as a failed write
   const bool written = DirectWriteDrive(SECTOR, 1);
   MyCloseHandle(hDrive);
+  const bool arrived = written && HasArrived(drv, SECTOR);
   on([] { Sys.clock->Sleep(kPauseMilliseconds); });
   on([] { DoEvents(); });
-  return written;
+  return arrived;
+}
+
+std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
+  ErrorMode on;
+  WriteLog("------- ReadSectorApart(" + Decimal(drive) + ", " + Decimal(sector) +
+           ") Started ----------------");
+  const Handle disk = OpenDiskToRead(drive);
+  if (disk == kInvalidHandle) return std::nullopt;
+  Sector data;
+  const bool read = ReadSectorFrom(disk, sector, data) || ReadSectorFrom(disk, sector, data);
+  on([&] { Sys.devices->CloseHandle(disk); });
+  return read ? std::optional(data) : std::nullopt;
+}
+
+std::uint64_t SectorsOfDisk(std::int32_t drive) {
+  ErrorMode on;
+  const Handle disk = OpenDiskToRead(drive);
+  if (disk == kInvalidHandle) return 0;
+  const std::uint64_t bytes = GetDiskLength(disk);
+  on([&] { Sys.devices->CloseHandle(disk); });
+  return bytes / kSectorSize;
 }
 
 std::uint64_t FileLenA(const std::string& path) {

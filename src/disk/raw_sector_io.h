@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "disk/sector_buffer.h"
 #include "platform/devices.h"
 
 // A drive number above this one means no drive.
@@ -27,10 +29,18 @@ bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors);
 // of a sector of which only a part came they tell nothing.
 bool ReadandParseSector(const std::string& volume, std::int64_t SecNo);
 
-// Writes the first 512 bytes of SectorBuffer to the sector and flushes them. Sets
-// Physical_Drive_no. Refuses drive 0 unless all drives are shown, asking once where it is not a
-// USB drive, and every number above kHighestDrive.
+// Writes the first 512 bytes of SectorBuffer to the sector, flushes them, and reads them back
+// through a handle of its own: true only where they have arrived. Sets Physical_Drive_no. Refuses
+// drive 0 unless all drives are shown, asking once where it is not a USB drive, and every number
+// above kHighestDrive.
 bool WriteSector(std::int32_t drv, std::int64_t SECTOR);
+
+// Reads one sector of the disk through a handle of its own, trying twice. Changes nothing that is
+// shared: neither SectorBuffer and its verdicts nor hDrive nor Physical_Drive_no. Empty: not read.
+std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector);
+
+// The disk's length in sectors, 0 where the disk doesn't say.
+std::uint64_t SectorsOfDisk(std::int32_t drive);
 
 // The length of a file in bytes, exact over 64 bits; 0 when it can't be had.
 std::uint64_t FileLenA(const std::string& path);
@@ -43,6 +53,6 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive);
 
 bool IsUsbDrive(std::int32_t drv);
 
-// ReadandParseSector, and WriteSector to Physical_Drive_no; a failure is told in a box.
+// ReadandParseSector, and WriteSector to Physical_Drive_no; a box reports a failure.
 bool ReadOrTell(const std::string& volume, std::int64_t sector);
 bool WriteOrTell(std::int64_t sector);

@@ -70,8 +70,8 @@ bool EntriesMayBeSwapped() {
          SectorBuffer[kEntry2 + kEntryType] != kTypeSmallPartition;
 }
 
-std::uint32_t SectorNumberAt(std::size_t offset) {
+std::uint32_t Number32(const std::uint8_t* bytes) {
   std::uint32_t number = 0;
-  for (std::size_t i = 4; i-- > 0;) number = number << 8 | SectorBuffer[offset + i];
+  for (std::size_t i = 4; i-- > 0;) number = number << 8 | bytes[i];
   return number;
 }

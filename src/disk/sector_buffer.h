@@ -70,5 +70,5 @@ bool IsSoundSavedTable();
 // Judged by SectorFlags and SectorBuffer: entries 1 and 2 may be exchanged.
 bool EntriesMayBeSwapped();
 
-// The 4 bytes of SectorBuffer at offset, lowest first.
-std::uint32_t SectorNumberAt(std::size_t offset);
+// The number in 4 bytes, lowest first.
+std::uint32_t Number32(const std::uint8_t* bytes);

@@ -144,10 +144,14 @@ std::string FindCompanionElsewhere(const std::string& drive, const std::string& 
   return "";
 }
 
-std::string GetList1() {
-  WriteLog("GetList1");
+std::string SelectedImage() {
   const std::string line =
       Sys.toolkit->ItemText(Control::List1, Sys.toolkit->ListIndex(Control::List1));
   // A path holds no " :", so the first " :&" ends it.
   return line.substr(0, line.find(" :&"));
+}
+
+std::string GetList1() {
+  WriteLog("GetList1");
+  return SelectedImage();
 }

@@ -12,7 +12,9 @@ void ListFiles();
 void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t& FileCount,
                   std::int32_t& DirCount);
 
-// The image's full path out of the selected line of List1, empty when none is selected.
+// The image's full path out of the selected line of List1, empty when none is selected. GetList1
+// writes its line to the log.
+std::string SelectedImage();
 std::string GetList1();
 
 // The first of vol1 to vol4, other than drive (a letter and a colon), on which the path behind the

@@ -4,6 +4,8 @@
 
 #include "disk/drive_discovery.h"
 #include "disk/file_probe.h"
+#include "disk/partition_entries.h"
+#include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
@@ -38,19 +40,48 @@ void WarnUnlessCsmVolume() {
   }
 }
 
-// Reads a backup sector. Empty: it could not be read, which a box has told. Else: is it sound?
+// Reads a backup sector. Empty, after a box: it could not be read. Else: is it sound?
 std::optional<bool> ReadBackup(std::int64_t sector) {
-  if (!ReadOrTell(MYDRIVE, sector)) return std::nullopt;
+  if (!ReadPickedDrive(sector)) return std::nullopt;
   return IsSoundSavedTable();
 }
 
-// SectorBuffer holds the sound sector.
-void RestoreFromSector(ErrorMode& on) {
+// Sector 0 as it is before the question; empty where it can't be read, which a restore may mend.
+using TableBefore = std::optional<Sector>;
+
+// Without a sector 0 to compare, the saved table tells the stick from another one.
+bool SavedTableIsStill(std::int64_t sector) {
+  if (ReadSectorApart(Picked_Drive_no, sector) == CopyOfSectorBuffer()) return true;
+  return RefuseChangedDrive("Sector " + Decimal(sector) + " of " + DriveText(Picked_Drive_no) +
+                            " is not the one that was read before.");
+}
+
+// SectorBuffer holds the sound sector, as it was read from that sector of the disk.
+void RestoreFromSector(ErrorMode& on, const TableBefore& before, std::int64_t sector) {
   const Answer answer =
       MsgBox({.title = "Restore TSD partition table",
               .text = "Restore Tesseldyn partitions on Drive " + Decimal(Physical_Drive_no) + "?",
               .buttons = Buttons::OkCancel});
-  if (answer == Answer::Ok) on([] { SWITCH(); });
+  if (answer != Answer::Ok || !TableIsStill(before)) return;
+  if (before || SavedTableIsStill(sector)) on([] { SWITCH(); });
+}
+
+bool RestoreFromFile(const TableBefore& before) {
+  ErrorMode on;
+  WriteLog("---------------- Restore_from_MBR_bin_file Started ----------------");
+  const std::string path = MYDRIVE + "\\tsd\\MBR.BIN";
+  if (UpperCase(ProbeFile(path)) != "MBR.BIN") return false;
+  // A file shorter than a sector must not be completed from the sector read before it.
+  SectorBuffer.assign(kSectorSize, 0);
+  on([&] { Sys.files->ReadBinaryFile(path, SectorBuffer.data(), SectorBuffer.size()); });
+  ParseSectorBuffer();
+  if (!IsSoundSavedTable()) return false;
+  const Answer answer =
+      MsgBox({.title = "Use MBR.BIN backup?",
+              .text = "OK to use " + path + " to restore original TSD partitions?",
+              .buttons = Buttons::OkCancel});
+  if (answer != Answer::Ok || !TableIsStill(before)) return false;
+  return on(false, [] { return SWITCH(); });
 }
 
 void ReportOnSector1() {
@@ -77,36 +108,25 @@ void cmdRestoreTSD_Click() {
   Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
   if (Physical_Drive_no < 1 && !ShowAllDrives) return;
   if (Physical_Drive_no > kHighestRestoreDrive) return;
+  if (!IsPickedDrive()) return;
   MYDRIVE = GetDriveLetter(Physical_Drive_no);
   if (VolumeIsNormal()) return;
   WarnUnlessCsmVolume();
-  std::optional<bool> sound = ReadBackup(kBackupSector1);
-  if (!sound) return;
-  if (!*sound) sound = ReadBackup(kBackupSector2);
-  if (!sound) return;
-  if (*sound) {
-    RestoreFromSector(on);
+  const TableBefore before = ReadSectorApart(Picked_Drive_no, 0);
+  if (before && RefuseGpt(*before)) return;
+  for (const std::int64_t sector : {kBackupSector1, kBackupSector2}) {
+    const std::optional<bool> sound = ReadBackup(sector);
+    if (!sound) return;
+    if (!*sound) continue;
+    RestoreFromSector(on, before, sector);
     return;
   }
   MsgBox({.title = "Invalid backup sectors at LBA30 and LBA60",
           .text = "ERROR: Cannot find a valid backup sector!",
           .icon = Icon::Exclamation});
-  if (!Restore_from_MBR_bin_file()) ReportOnSector1();
+  if (!RestoreFromFile(before)) ReportOnSector1();
 }
 
 bool Restore_from_MBR_bin_file() {
-  ErrorMode on;
-  WriteLog("---------------- Restore_from_MBR_bin_file Started ----------------");
-  const std::string path = MYDRIVE + "\\tsd\\MBR.BIN";
-  if (UpperCase(ProbeFile(path)) != "MBR.BIN") return false;
-  // A file shorter than a sector must not be completed from the sector read before it.
-  SectorBuffer.assign(kSectorSize, 0);
-  on([&] { Sys.files->ReadBinaryFile(path, SectorBuffer.data(), SectorBuffer.size()); });
-  ParseSectorBuffer();
-  if (!IsSoundSavedTable()) return false;
-  const Answer answer =
-      MsgBox({.title = "Use MBR.BIN backup?",
-              .text = "OK to use " + path + " to restore original TSD partitions?",
-              .buttons = Buttons::OkCancel});
-  return answer == Answer::Ok && on(false, [] { return SWITCH(); });
+  return RestoreFromFile(ReadSectorApart(Picked_Drive_no, 0));
 }

@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "disk/drive_discovery.h"
-#include "disk/raw_sector_io.h"
+#include "disk/partition_entries.h"
+#include "disk/picked_drive.h"
 #include "disk/sector_buffer.h"
 #include "restore/mbr_writer.h"
 #include "shell/log_writer.h"
@@ -21,8 +22,10 @@ std::string TypeOf(std::size_t entry) {
 void cmdSwitchPtns_Click() {
   WriteLog("cmdSwitchPtns_Click started");
   if (MediaKind != kRemovableMedia) return;
-  if (!ReadOrTell(MYDRIVE, 0)) return;
+  if (!ReadPickedDrive(0)) return;
   if (!EntriesMayBeSwapped()) return;
+  const Sector before = CopyOfSectorBuffer();
+  if (RefuseGpt(before)) return;
   const auto entry1 = SectorBuffer.begin() + kEntry1;
   std::swap_ranges(entry1, entry1 + kEntrySize, SectorBuffer.begin() + kEntry2);
   const Answer answer =
@@ -30,5 +33,5 @@ void cmdSwitchPtns_Click() {
               .text = "OK to swap Partition 1 " + TypeOf(kEntry1) + " with Partition 2 " +
                       TypeOf(kEntry2) + " on Drive " + Decimal(Physical_Drive_no) + "?",
               .buttons = Buttons::OkCancel});
-  if (answer == Answer::Ok) SWITCH();
+  if (answer == Answer::Ok && TableIsStill(before)) SWITCH();
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "disk/drive_discovery.h"
+#include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/image_search.h"
@@ -87,7 +88,10 @@ void Combo1_Click() {
   MYDRIVE = UpperCase(row.substr(0, 1)) + ":";
   Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
   GetUSBDiskDriveInfo(Physical_Drive_no);
-  if (!ReadOrTell(MYDRIVE, 0)) return;
+  const bool read = ReadOrTell(MYDRIVE, 0);
+  Picked_Drive_no = Physical_Drive_no;
+  if (!read) return;
+  GetDriveLetter(Picked_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
   const bool swappable = MediaKind == kRemovableMedia && EntriesMayBeSwapped();
   if (SectorFlags.HasGrub4dos) {
     ListFiles();

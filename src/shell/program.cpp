@@ -1,6 +1,8 @@
 #include "shell/program.h"
 
 #include "disk/drive_discovery.h"
+#include "disk/picked_drive.h"
+#include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
 #include "disk/window_sweep.h"
@@ -30,6 +32,7 @@ void ResetProgram() {
     text->clear();
   }
   Physical_Drive_no = 0;
+  Picked_Drive_no = kNoDrive;
   hDrive = kNoHandle;
   lngHandle = kNoHandle;
   ToolCopyHandle = kNoHandle;

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "disk/sector_buffer.h"
+#include "disk/picked_drive.h"
+#include "disk/raw_sector_io.h"
 #include "imagefiles/file_extents.h"
 #include "restore/mbr_writer.h"
 #include "shell/form1.h"
@@ -14,8 +15,6 @@
 #include "text/text.h"
 
 namespace {
-
-constexpr std::int64_t kSmallest = 32;  // sectors
 
 // The three entries word the formats differently, to the blank.
 struct FormatTexts {
@@ -37,6 +36,16 @@ std::string BuiltEntry(const char* name, std::uint64_t type, const FormatTexts& 
 
 std::string OtherEntry(const char* name, const std::string& text) {
   return std::string(name) + ": " + text + kLineEnd;
+}
+
+// Between the proof of the image's place and the answer another file may have come to lie there. A
+// sector that can't be read now is reported by the work on the boot record.
+bool BootRecordIsStill(const SwitchRun& run) {
+  const auto number = static_cast<std::int64_t>(HexPrefixValue(run.Start1));
+  const std::optional<Sector> now = ReadSectorApart(Picked_Drive_no, number);
+  if (!now || *now == run.BootRecord) return true;
+  return RefuseChangedDrive("Sector " + Decimal(number) + " of " + DriveText(Picked_Drive_no) +
+                            " no longer holds what it held before.");
 }
 
 // The boot record is worked on in SectorBuffer as well, so the composed sector steps aside.
@@ -73,6 +82,7 @@ void CommitTable(SwitchRun& run) {
        .text = Report + "\r\nOK to write new MBR to Drive " + Decimal(Physical_Drive_no) + "?",
        .buttons = Buttons::OkCancel});
   if (answer == Answer::Ok) {
+    if (!TableIsStill(run.Table) || !BootRecordIsStill(run)) return;
     PatchBootRecord(run);
     if (!run.on(false, [] { return SWITCH(); })) return;
   }

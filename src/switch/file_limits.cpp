@@ -15,6 +15,14 @@ bool LengthIsAtLeast(std::int64_t smallest) {
   return false;
 }
 
+bool IsShorterThan2TB(const std::string& file) {
+  if (Form1.FLength.size() <= kHexDigitsOf32Bits) return true;
+  MsgBox({.title = "File too large",
+          .text = "ERROR: File " + file + " is larger than 2TB!",
+          .icon = Icon::Exclamation});
+  return false;
+}
+
 bool LiesWithin2TB(const std::string& file, const std::string& start) {
   if (start.size() <= kHexDigitsOf32Bits) return true;
   MsgBox({.title = "File beyond 2TB",

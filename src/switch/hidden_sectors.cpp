@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr std::size_t kHiddenSectors = 28;
-
 void ShowFailure(const std::string& text) {
   MsgBox({.title = "Error in Adjusting Hidden Sectors in PBR", .text = text, .icon = Icon::Stop});
 }

@@ -2,6 +2,7 @@
 
 #include "disk/drive_discovery.h"
 #include "disk/file_probe.h"
+#include "disk/picked_drive.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
 #include "imagefiles/file_order.h"
@@ -68,6 +69,7 @@ Order CheckOrder(const SwitchRun& run, const std::string& later, const std::stri
 }
 
 bool MeasureImage(SwitchRun& run) {
+  if (!IsOnPickedDrive(run.ImageFile)) return false;
   GetFileStart(run.ImageFile);
   run.FStart1 = Form1.FStart;
   if (Form1.FStartSectors == 0) return StopInvalid(run.ImageFile);
@@ -80,12 +82,11 @@ bool MeasureImage(SwitchRun& run) {
   return true;
 }
 
-// The companion or the fourth file; what is told of it is the same.
+// The companion or the fourth file: the boxes are the same.
 bool MeasureFurther(const std::string& file) {
+  if (!IsOnPickedDrive(file)) return false;
   GetFileStart(file);
-  if (Form1.FLength.size() > kHexDigitsOf32Bits) {
-    return Refuse("File too large", "ERROR: File " + file + " is larger than 2TB!");
-  }
+  if (!IsShorterThan2TB(file)) return false;
   return Form1.FStartSectors == 0 ? StopInvalid(file) : true;
 }
 

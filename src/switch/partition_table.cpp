@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
+#include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
@@ -41,20 +43,29 @@ void KeepOrClearMiddleEntries(SwitchRun& run) {
   }
 }
 
+struct NewEntry {
+  std::string start;   // FStart
+  std::uint64_t type;  // as found or answered
+  Sector firstSector;  // of the file, on the disk
+};
+
 // Measures the file anew, since an order repair may have moved it, also beyond 2 TB, and builds its
-// entry. False: it can't be measured any more, and FStart may hold another file's place, or it lies
-// where no entry can point.
-bool BuildEntry(std::size_t entry, const std::string& file, const std::string& position,
-                std::string& start, std::uint64_t& type) {
+// entry. Empty, after a box: it can't be measured any more, and FStart may hold another file's
+// place, or it lies where no entry can point.
+std::optional<NewEntry> BuildEntry(std::size_t entry, const std::string& file,
+                                   const std::string& position) {
+  if (!IsOnPickedDrive(file)) return std::nullopt;
   GetFileStart(file);
-  if (!StartIsAtLeast(1) || !LengthIsAtLeast(1)) return false;
-  if (!LiesWithin2TB(file, Form1.FStart)) return false;
-  start = Form1.FStart;
+  if (!StartIsAtLeast(kSmallest) || !LengthIsAtLeast(1)) return std::nullopt;
+  if (!LiesWithin2TB(file, Form1.FStart) || !IsShorterThan2TB(file)) return std::nullopt;
   Get_start_length_bytes();
-  type = Get_Format_Type(file);
+  FirstBytes first;
+  std::uint64_t type = Get_Format_Type(file, first);
+  const std::optional<Sector> sector = ProvePlace(file, first);
+  if (!sector) return std::nullopt;
   if (type == 0) type = Ask_User_What_Type(type, position);
   Patch_PTN_Table(entry, Form1.StartBytes, Form1.LengthBytes, type);
-  return true;
+  return NewEntry{Form1.FStart, type, *sector};
 }
 
 // A text of hexadecimal digits as bytes, lowest first, two digits each.
@@ -72,21 +83,29 @@ void SplitIntoBytes(std::string text, std::array<std::string, 4>& bytes) {
 
 bool ComposeTable(SwitchRun& run) {
   Mark(run, 600);
-  if (!ReadOrTell(MYDRIVE, 0)) return false;
+  if (!ReadPickedTable(run)) return false;
   ClearEntry(kEntry1);
   ClearEntry(kEntry4);
   Mark(run, 620);
   KeepOrClearMiddleEntries(run);
   Mark(run, 630);
-  if (!BuildEntry(kEntry1, run.ImageFile, "1st", run.Start1, run.PTYPE1)) return false;
-  if (!run.CompanionName.empty() &&
-      !BuildEntry(kEntry3, run.CompanionFile, "2nd", run.Start3, run.PTYPE3)) {
-    return false;
+  const std::optional<NewEntry> first = BuildEntry(kEntry1, run.ImageFile, "1st");
+  if (!first) return false;
+  run.Start1 = first->start;
+  run.PTYPE1 = first->type;
+  run.BootRecord = first->firstSector;
+  if (!run.CompanionName.empty()) {
+    const std::optional<NewEntry> third = BuildEntry(kEntry3, run.CompanionFile, "2nd");
+    if (!third) return false;
+    run.Start3 = third->start;
+    run.PTYPE3 = third->type;
   }
   Mark(run, 640);
-  if (!run.FourthFile.empty() &&
-      !BuildEntry(kEntry4, run.FourthFile, "4th", run.Start4, run.PTYPE4)) {
-    return false;
+  if (!run.FourthFile.empty()) {
+    const std::optional<NewEntry> fourth = BuildEntry(kEntry4, run.FourthFile, "4th");
+    if (!fourth) return false;
+    run.Start4 = fourth->start;
+    run.PTYPE4 = fourth->type;
   }
   Mark(run, 650);
   std::copy_n(SectorBuffer.begin() + kEntry1 + kEntryStart, 4,
@@ -97,13 +116,19 @@ bool ComposeTable(SwitchRun& run) {
 }
 
 std::uint8_t Get_Format_Type(const std::string& fname) {
+  FirstBytes first;
+  return Get_Format_Type(fname, first);
+}
+
+std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first) {
   ErrorMode on(ReportLayout::MainWindow, "Get_Format_Type(fname)");
   WriteLog("---------------- Get_Format_Type(" + fname + ") Started ----------------");
-  Sector first{};
-  on([&] { Sys.files->ReadBinaryFile(fname, first.data(), first.size()); });
+  first = {};
+  std::uint8_t* bytes = first.data.data();
+  on([&] { first.count = Sys.files->ReadBinaryFile(fname, bytes, kSectorSize); });
   std::uint8_t type = 0;
-  if (std::memcmp(first.data() + 3, "NTFS", 4) == 0) type = kTypeNtfs;
-  if (std::memcmp(first.data() + 82, "FAT32", 5) == 0) type = kTypeFat32;
+  if (std::memcmp(bytes + 3, "NTFS", 4) == 0) type = kTypeNtfs;
+  if (std::memcmp(bytes + 82, "FAT32", 5) == 0) type = kTypeFat32;
   return type;
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+#include "switch/place_proof.h"
 #include "switch/switch_run.h"
 
 constexpr std::uint8_t kTypeNtfs = 0x07;
@@ -15,7 +16,9 @@ constexpr std::uint8_t kTypeFat32 = 0x0C;
 // False: the run stops, and the user has been told.
 bool ComposeTable(SwitchRun& run);
 
-// The partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0 (unknown).
+// The partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0 (unknown, or
+// the file can't be read, which is reported). first gets what was read.
+std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first);
 std::uint8_t Get_Format_Type(const std::string& fname);
 
 // Asks for the type of the "1st", "2nd" or "4th" file, hexadecimal with or without 0x; 0 for

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 
+#include "disk/sector_buffer.h"
 #include "shell/failure.h"
 
 // Working state of one run. Positions in ImageFile count from 1; 0 means not there.
@@ -15,10 +16,12 @@ struct SwitchRun {
   ErrorMode on{ReportLayout::MainWindow, "List1_DblClick()"};
 
   // The checks of LBA 0 and of the backup sectors.
+  Sector Table{};  // LBA 0 as it was judged and saved; the new table must replace just this one
   bool MbrRejected = false;
   bool Lba30Usable = false;
   bool Lba60Usable = false;
-  bool SavedTableFound = false;  // LBA 30 or 60 holds a sound saved table
+  bool SavedTableFound = false;         // LBA 30 or 60 holds a sound saved table
+  bool StartsInSavedPartition = false;  // an entry of Table does, as only a switch makes it
 
   // The three files, full paths; empty where a role isn't filled.
   std::string ImageFile;      // table entry 1
@@ -43,6 +46,7 @@ struct SwitchRun {
   // The new table.
   std::uint64_t PTYPE1 = 0, PTYPE3 = 0, PTYPE4 = 0;
   std::string Start1, Start3, Start4;        // FStart as measured for entries 1, 3, 4
+  Sector BootRecord{};                       // the sector at Start1 when entry 1 was built
   std::string Ptn2Text, Ptn3Text, Ptn4Text;  // how the report calls an entry that isn't built
 };
 
@@ -51,3 +55,6 @@ void List1_DblClick();
 
 // Writes the log mark "List1_DblClick " + mark.
 void Mark(SwitchRun& run, int mark);
+
+// Reads LBA 0 into SectorBuffer. False, with a box: it can't be read, or isn't run.Table any more.
+bool ReadPickedTable(const SwitchRun& run);

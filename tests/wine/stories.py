@@ -232,6 +232,7 @@ def refused_write(place):
 
 story(extents_story.extents)
 story(order_story.order_repair)
+story(order_story.order_held)
 
 
 def main(names):

@@ -101,7 +101,8 @@ bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
     const VirtualFile original = *origin->Find(from.rest);
     if (volume->Find(to.rest) != nullptr) volume->Remove(to.rest);
     if (step.Torn()) volume->placements.push_front({.keepBytes = original.size / 2});
-    const VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    if (copy != nullptr && step.Lost()) volume->LoseContents(*copy);
     if (copy != nullptr && volume->scanner) volume->Hold(to.rest, *volume->scanner);
     return machine_.End(step, copy != nullptr, 112);  // ERROR_DISK_FULL
   }

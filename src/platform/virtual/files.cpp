@@ -8,7 +8,9 @@
 
 namespace {
 constexpr std::uint32_t kDeleteAccess = 0x10000;  // DELETE; nobody here shares it
-}
+constexpr std::size_t kLongestName = 259;
+constexpr std::uint32_t kErrorMoreData = 234;
+}  // namespace
 
 VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
   const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
@@ -101,6 +103,8 @@ Handle VirtualFiles::FindFirstFileA(const std::string& pattern, FindData& found)
       if (WildcardMatches(mask, name)) search.rest.push_back(name);
     }
     if (search.rest.empty()) error = kErrorFileNotFound;
+    // The record holds 260 characters; a name that is longer ends the search.
+    if (error == 0 && search.rest.front().size() > kLongestName) error = kErrorMoreData;
   }
   if (!machine_.End(step, error == 0, error) || place.volume == nullptr) return kInvalidHandle;
   search.kind = OpenHandle::Kind::Search;
@@ -120,6 +124,7 @@ bool VirtualFiles::FindNextFileA(Handle handle, FindData& found) {
     return machine_.Fail(step, kErrorInvalidHandle);
   }
   if (search->rest.empty()) return machine_.Fail(step, kErrorNoMoreFiles);
+  if (search->rest.front().size() > kLongestName) return machine_.Fail(step, kErrorMoreData);
   Fill(found, *search->volume, search->path, search->rest.front());
   search->rest.erase(search->rest.begin());
   return machine_.End(step, true);

@@ -35,7 +35,9 @@ void Machine::FailStatement(const Step& step, int number) {
 
 void Machine::CutPower() {
   off_ = true;
-  for (const auto& disk : disks) disk->LosePower(cutSeed);
+  std::uint64_t fates = cutFate;
+  for (const auto& disk : disks) heldBack += disk->LosePower(fates);
+  for (const auto& volume : volumes) heldBack += volume->LosePower(fates);
   throw PowerCut{};
 }
 
@@ -48,6 +50,7 @@ void Machine::Reboot() {
     volume->lockedBy = kNoHandle;
     volume->mounted = true;
     volume->present = !volume->tiedToTable;
+    volume->FlushFiles();
     volume->ForgetHolders();
   }
   for (const auto& disk : disks) ReadTable(*disk);

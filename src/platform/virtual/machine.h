@@ -41,7 +41,7 @@ struct OpenHandle {
   VirtualDisk* disk = nullptr;
   VirtualVolume* volume = nullptr;
   std::string path;  // files: from the volume's root
-  std::uint32_t access = 0, share = 0;
+  std::uint32_t access = 0, share = 0, flags = 0;
   std::uint64_t offset = 0;
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
@@ -61,6 +61,7 @@ struct Step {
   FaultKind strike = FaultKind::None;
   bool Refused() const { return strike == FaultKind::Refusal; }
   bool Short() const { return strike == FaultKind::ShortTransfer; }
+  bool Lost() const { return strike == FaultKind::LostWrite; }
   bool Torn() const { return strike == FaultKind::CutTorn; }
 };
 
@@ -99,7 +100,9 @@ class Machine {
   std::map<Handle, OpenHandle> handles;
   Journal journal;
   FaultPlan plan;
-  std::uint32_t cutSeed = 0;  // decides what becomes of unflushed writes
+  // What becomes of the things held back in a power cut: a Fate each, as digits to the base 3.
+  std::uint64_t cutFate = 0;
+  std::size_t heldBack = 0;  // how many things the cut found held back
   // Others at work: called before each operation with its number, from 1.
   std::function<void(std::size_t)> beforeOperation;
   std::size_t operations = 0;

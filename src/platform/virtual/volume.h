@@ -2,7 +2,8 @@
 // names, sizes, times and places are kept here.
 //
 // Does not model: the file system's own records on the disk (a raw write over them is not
-// noticed), short names, security, letters of other alphabets in comparing names, streams.
+// noticed, and a delete or a rename outlives every power cut), short names, security, letters of
+// other alphabets in comparing names, streams.
 #pragma once
 
 #include <cstddef>
@@ -37,6 +38,9 @@ struct VirtualFile {
   std::vector<Extent> extents = {};  // absolute sectors of the disk; none for a resident file
   std::string resident = "";         // all of a file that owns no sectors
   bool heldOpen = false;             // by a child that has not ended
+  bool unflushed = false;            // a copy that a power cut can still take
+  // What reads through the cache see and the disk never got, by sector of the file.
+  std::map<std::uint64_t, VirtualSector> cached = {};
   std::vector<Holder> holders = {};  // they hold the file, whatever it is called
   bool deletePending = false;        // deleted; the name goes when the last holder lets go
 };
@@ -95,10 +99,17 @@ class VirtualVolume {
   bool IsHeld() const { return isHeld_; }
   void Delete(const std::string& path);  // at once, or when the last holder lets go
 
-  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes) const;
+  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes,
+                   bool pastCache = false) const;
   // Makes target a copy of bytes of source's file, as placements says. Null: no room, no target.
   VirtualFile* CopyIn(const std::string& target, const VirtualVolume& source,
                       const VirtualFile& file, std::uint64_t now);
+  // The contents of file, which was just copied, stay in the cache and never reach the disk.
+  void LoseContents(VirtualFile& file);
+  // As the system does before a dismount: writes back, forgets the cache.
+  void FlushFiles();
+  // As VirtualDisk::LosePower, for the copies made since the last flush where the disk holds back.
+  std::size_t LosePower(std::uint64_t& fates);
 
  private:
   VirtualFile& Insert(VirtualFile file);
