@@ -203,21 +203,25 @@ TEST(OrderRepair, TrustsNoCopyThatIsNotProven) {
     Placement first;
     OpMask refused;
     bool changes = false;  // the copy's last byte, once it is there
+    FaultKind kind = FaultKind::Refusal;
   };
-  const Row kRows[] = {{"cut in a sector", {.keepBytes = 4999, .lastWriteTime = 77}, 0},
-                       {"cut at the start", {.keepBytes = 0, .lastWriteTime = 77}, 0},
-                       {"another time", {.lastWriteTime = 78}, 0},
-                       {"another last byte", {}, 0, true},
-                       {"not flushed", {}, MaskOf(Op::Flush)},
-                       {"can't be read", {}, MaskOf(Op::Read)},
-                       {"not made", {}, MaskOf(Op::ChildCopy)}};
+  const Row kRows[] = {
+      {"cut in a sector", {.keepBytes = 4999, .lastWriteTime = 77}, 0},
+      {"cut at the start", {.keepBytes = 0, .lastWriteTime = 77}, 0},
+      {"another time", {.lastWriteTime = 78}, 0},
+      {"another last byte", {}, 0, true},
+      {"not flushed", {}, MaskOf(Op::Flush)},
+      {"can't be read", {}, MaskOf(Op::Read)},
+      {"not made", {}, MaskOf(Op::ChildCopy)},
+      {"in the cache only", {}, MaskOf(Op::ChildCopy), false, FaultKind::LostWrite}};
   for (const Row& row : kRows) {
     for (const bool firstFile : {false, true}) {
       SCOPED_TRACE(std::string(row.name) + (firstFile ? ", first file" : ""));
       using Copies = std::vector<std::uint64_t>;
       WrongOrder program(firstFile ? Copies{101'000, 100'000} : Copies{});
       VirtualVolume& e = program.world.e;
-      if (row.refused != MaskOf(Op::ChildCopy)) e.placements.push_back(row.first);
+      const bool made = row.refused != MaskOf(Op::ChildCopy) || row.kind == FaultKind::LostWrite;
+      if (made) e.placements.push_back(row.first);
       e.placements.push_back({.lba = 160'000});
       bool changes = row.changes;
       program.pc.machine.beforeOperation = [&](std::size_t) {
@@ -228,8 +232,7 @@ TEST(OrderRepair, TrustsNoCopyThatIsNotProven) {
       };
       // Two rounds before it make a flush each of copy and successor, and two reads.
       const std::size_t before = row.refused == MaskOf(Op::ChildCopy) ? 2 : 4;
-      if (row.refused != 0)
-        program.Plan(FaultKind::Refusal, row.refused, firstFile ? before + 1 : 1);
+      if (row.refused != 0) program.Plan(row.kind, row.refused, firstFile ? before + 1 : 1);
       EXPECT_EQ(program.Repair(), BoxRows{kDone});
       EXPECT_EQ(program.Places(), "150000 160000");
       EXPECT_FALSE(changes);
