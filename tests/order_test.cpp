@@ -50,7 +50,10 @@ struct WrongOrder : ProgramOnPc {
   }
 
   BoxRows Repair() {
-    EXPECT_EQ(Call([&] { MoveFiles("E:" + std::string(kFirst), "E:" + last, "E:" + std::string(kFirst)); }), RunEnd::Returned);
+    EXPECT_EQ(Call([&] {
+                MoveFiles("E:" + std::string(kFirst), "E:" + last, "E:" + std::string(kFirst));
+              }),
+              RunEnd::Returned);
     return TakeBoxes();
   }
 
