@@ -163,21 +163,6 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   p.files->FileDelete(path);
 }
 
-inline void HiddenChildrenAskNobody(Platform& p, const std::string& folder, Checks& check) {
-  const std::string from = folder + "from.txt", to = folder + "to.txt";
-  p.files->AppendLine(from, "new");
-  p.files->AppendLine(to, "old");
-  const std::uint32_t child =
-      p.processes->Shell("cmd.exe /c copy " + from + " " + to, kWindowHidden);
-  const Handle process = p.processes->OpenProcess(kProcessSynchronize, child);
-  check(p.processes->WaitForSingleObject(process, 30000) == kWaitObject0, "the child ends");
-  p.devices->CloseHandle(process);
-  p.processes->EndChild(child);
-  check(p.files->ReadTextFile(to) == "old\r\n", "and overwrites nothing");
-  p.files->FileDelete(from);
-  p.files->FileDelete(to);
-}
-
 }  // namespace contract
 
 struct ContractCase {
@@ -192,7 +177,6 @@ inline constexpr ContractCase kContract[] = {
     {"Searches", contract::Searches},
     {"BinaryRead", contract::BinaryRead},
     {"FileHandles", contract::FileHandles},
-    {"HiddenChildrenAskNobody", contract::HiddenChildrenAskNobody},
 };
 
 // Runs one case; a Fault that nobody asked for is wrong as well.

@@ -87,13 +87,15 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
     const char* arguments;
     bool made;             // E:\new is there afterwards
     const char* executed;  // what else ran
+    int window = kWindowHidden;
     bool hangs = false;
   };
   const Case cases[] = {{"plain", "E:\\a.txt E:\\new", true, ""},
                         {"blank in a path", "E:\\a b.txt E:\\new", false, ""},
                         {"comma splits", "E:\\a,b.txt E:\\new", false, ""},
                         {"quoted blank", "\"E:\\a b.txt\" E:\\new", true, ""},
-                        {"overwriting asks", "E:\\a.txt E:\\old", false, "", true},
+                        {"overwriting asks", "E:\\a.txt E:\\old", false, "", kWindowNormal, true},
+                        {"to no purpose", "E:\\a.txt E:\\old", false, ""},
                         {"plus joins", "E:\\a.txt+E:\\old E:\\new", true, ""},
                         {"ampersand runs", "E:\\a&b.txt E:\\new", false, "b.txt E:\\new"},
                         {"redirection", "E:\\a>E:\\new", true, "> E:\\new"},
@@ -110,7 +112,7 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
       e.AddText(path, path);
     }
     e.AddText("\\hidden.txt", "h").attributes = kAttributeHidden;
-    own.processes.Shell("cmd.exe /c copy " + std::string(c.arguments), kWindowHidden);
+    own.processes.Shell("cmd.exe /c copy " + std::string(c.arguments), c.window);
     EXPECT_EQ(e.Find("\\new") != nullptr, c.made);
     EXPECT_EQ(!own.processes.StillRunning().empty(), c.hangs);
     std::string executed;

@@ -12,19 +12,31 @@
 namespace {
 
 // Reads past the cache begin at whole sectors, ask for whole sectors and go into memory that is
-// aligned as a sector is. 4096 is the largest sector of any device; a chunk is many of them.
+// aligned as a sector is. 4096 is the largest sector of any device.
 constexpr std::size_t kAlignment = 4096;
-constexpr std::uint32_t kChunk = 1 << 20;
+constexpr std::uint64_t kChunk = 1 << 20;
 
-class AlignedChunk {
+std::uint32_t NextChunk(std::uint64_t left) {
+  return static_cast<std::uint32_t>(std::min(left, kChunk));
+}
+
+// The end of the file cuts its last sector short; asking for a part of it isn't allowed.
+std::uint32_t InWholeSectors(std::uint32_t bytes) {
+  return (bytes + kAlignment - 1) / kAlignment * kAlignment;
+}
+
+class AlignedMemory {
  public:
+  explicit AlignedMemory(std::size_t bytes) : memory_(bytes + kAlignment) {
+    void* start = memory_.data();
+    std::size_t space = memory_.size();
+    data_ = static_cast<std::uint8_t*>(std::align(kAlignment, bytes, start, space));
+  }
   std::uint8_t* Data() { return data_; }
 
  private:
-  std::size_t space_ = kChunk + kAlignment;
-  std::vector<std::uint8_t> memory_ = std::vector<std::uint8_t>(space_);
-  void* start_ = memory_.data();
-  std::uint8_t* data_ = static_cast<std::uint8_t*>(std::align(kAlignment, kChunk, start_, space_));
+  std::vector<std::uint8_t> memory_;
+  std::uint8_t* data_;
 };
 
 Handle OpenPastCache(const std::string& path) {
@@ -47,24 +59,23 @@ std::optional<std::uint64_t> SizeOf(Handle file) {
   return static_cast<std::uint64_t>(high) << 32 | low;
 }
 
-// Always asks for a whole chunk: the end of the file cuts the last one short, which is allowed
-// where asking for a part of a sector isn't.
-bool ReadNext(Handle file, AlignedChunk& chunk, std::uint32_t expected) {
+bool ReadNext(Handle file, AlignedMemory& memory, std::uint32_t bytes) {
   std::uint32_t count = 0;
-  return Sys.devices->ReadFile(file, chunk.Data(), kChunk, count) && count == expected;
+  return Sys.devices->ReadFile(file, memory.Data(), InWholeSectors(bytes), count) && count == bytes;
 }
 
 bool HoldSame(Handle file1, Handle file2) {
   const std::optional<std::uint64_t> size = SizeOf(file1);
   if (!size || SizeOf(file2) != size) return false;
-  AlignedChunk chunk1, chunk2;
+  AlignedMemory memory1(InWholeSectors(NextChunk(*size))),
+      memory2(InWholeSectors(NextChunk(*size)));
   for (std::uint64_t left = *size; left > 0;) {
-    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(left, kChunk));
-    if (!ReadNext(file1, chunk1, count) || !ReadNext(file2, chunk2, count) ||
-        std::memcmp(chunk1.Data(), chunk2.Data(), count) != 0) {
+    const std::uint32_t bytes = NextChunk(left);
+    if (!ReadNext(file1, memory1, bytes) || !ReadNext(file2, memory2, bytes) ||
+        std::memcmp(memory1.Data(), memory2.Data(), bytes) != 0) {
       return false;
     }
-    left -= count;
+    left -= bytes;
   }
   return true;
 }

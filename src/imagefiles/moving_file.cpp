@@ -195,7 +195,10 @@ void MovingFile::GiveName() {
   if (!copyIsProven_) return;
   // Another program may have written to the original since it was compared.
   const std::optional<FindData> aside = aside_.empty() ? std::nullopt : FindFile(aside_);
-  if (aside && !IsLike(aside, original_)) copyIsProven_ = false;
+  if (aside && !IsLike(aside, original_)) {
+    copyIsProven_ = false;
+    original_ = aside;
+  }
   bool renamed = false;
   if (copyIsProven_) {
     on_([&] {

@@ -99,6 +99,7 @@ void Machine::ReadTable(VirtualDisk& disk) {
       volume->mounted = true;
       volume->lockedBy = kNoHandle;
     }
+    if (!present) volume->ForgetHolders();
     volume->present = present;
   }
 }

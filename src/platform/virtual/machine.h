@@ -51,8 +51,8 @@ struct OpenHandle {
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
   // What the handle was opened on has been unplugged or has left the table.
   bool IsGone() const {
-    return dead || (disk != nullptr && !disk->plugged) ||
-           (kind == Kind::Volume && !volume->present);
+    const bool onVolume = kind == Kind::Volume || kind == Kind::File;
+    return dead || (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
   }
 };
 
