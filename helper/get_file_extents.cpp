@@ -1,17 +1,15 @@
 // Prints where a file lies on the physical disk: getFileExtents.exe "E:\folder\file".
 //
-// A result is printed only after it has been proved: the file's first and last sector, read through
-// the file system, equal what the disk holds at the place found. Whatever else happens gives one
-// line that is no result and an exit code of 1.
-#include <cstdio>
+// A result is printed only after it has been proved, at the file's first and last block: the volume
+// holds there what the disk holds, and the file shows the same, as far as it was ever written.
+// Whatever else happens prints one line that is no result, and the exit code is 1.
 #include <cstring>
 
 #include "win32_disk.h"
 
 namespace {
 
-constexpr std::size_t kSector = 512;
-constexpr std::size_t kBlock = 4096;  // the largest sector of a disk
+constexpr std::size_t kSector = 512;  // the unit of an LBA
 constexpr int kProofTries = 10;
 constexpr DWORD kProofPause = 500;  // milliseconds
 
@@ -23,21 +21,31 @@ struct UnfitAttribute {
 constexpr UnfitAttribute kUnfit[] = {
     {FILE_ATTRIBUTE_DIRECTORY, "it is a folder"},
     {FILE_ATTRIBUTE_REPARSE_POINT, "the file is a reparse point, its data lies elsewhere"},
-    {FILE_ATTRIBUTE_SPARSE_FILE, "the file is sparse"},
     {FILE_ATTRIBUTE_COMPRESSED, "the file is compressed"},
     {FILE_ATTRIBUTE_ENCRYPTED, "the file is encrypted"},
 };
 
-// The length of a file whose data lies on the disk as it is read.
-std::uint64_t FitLength(const Opened& file) {
-  BY_HANDLE_FILE_INFORMATION info;
-  if (!::GetFileInformationByHandle(file.Get(), &info)) {
-    throw Refusal{"can't get the attributes of the file: " + ErrorText(::GetLastError())};
+BY_HANDLE_FILE_INFORMATION FactsOf(const Opened& file) {
+  BY_HANDLE_FILE_INFORMATION facts;
+  if (!::GetFileInformationByHandle(file.Get(), &facts)) {
+    throw Refusal{"can't get the attributes of " + file.Path() + ": " +
+                  ErrorText(::GetLastError())};
   }
+  return facts;
+}
+
+// The length of a file of the volume at root whose data lies on the disk as it is read.
+std::uint64_t FitLength(const Opened& file, const std::string& root) {
+  const BY_HANDLE_FILE_INFORMATION facts = FactsOf(file);
   for (const UnfitAttribute& unfit : kUnfit) {
-    if ((info.dwFileAttributes & unfit.bit) != 0) throw Refusal{unfit.why};
+    if ((facts.dwFileAttributes & unfit.bit) != 0) throw Refusal{unfit.why};
   }
-  return std::uint64_t{info.nFileSizeHigh} << 32 | info.nFileSizeLow;
+  // A link to a folder elsewhere leads to a file whose run list counts on another volume.
+  const Opened folder(root, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
+  if (FactsOf(folder).dwVolumeSerialNumber != facts.dwVolumeSerialNumber) {
+    throw Refusal{"the path leads to another volume"};
+  }
+  return std::uint64_t{facts.nFileSizeHigh} << 32 | facts.nFileSizeLow;
 }
 
 // "E:\" for a path on that volume. A folder that another volume is mounted on would mislead.
@@ -61,33 +69,58 @@ const Extent& ExtentAt(const std::vector<Extent>& extents, std::uint64_t fileOff
   return *found;
 }
 
-// Does the disk hold at the place found what the file holds at fileOffset, a multiple of 512? Both
-// are read in whole blocks, which suits every size of sector.
-bool SameOnDisk(const Opened& file, const Opened& disk, const std::vector<Extent>& extents,
-                std::uint64_t fileOffset, std::uint64_t fileBytes) {
-  const Extent& extent = ExtentAt(extents, fileOffset);
-  const std::uint64_t diskOffset = extent.lba * kSector + (fileOffset - extent.fileOffset);
-  const std::size_t inFileBlock = fileOffset % kBlock, inDiskBlock = diskOffset % kBlock;
-  const std::uint64_t left = fileBytes - fileOffset;
-  const std::size_t bytes = left < kSector ? static_cast<std::size_t>(left) : kSector;
-  PageBuffer fromFile(kBlock), fromDisk(kBlock);
-  return file.ReadAt(fileOffset - inFileBlock, fromFile.Data(), kBlock) >= inFileBlock + bytes &&
-         disk.ReadAt(diskOffset - inDiskBlock, fromDisk.Data(), kBlock) >= inDiskBlock + bytes &&
-         std::memcmp(fromFile.Data() + inFileBlock, fromDisk.Data() + inDiskBlock, bytes) == 0;
+// What a proof looks at. The offsets count bytes; all reads are of one sector of the volume at its
+// own place, so that none crosses the end of the volume or of the disk.
+struct Evidence {
+  const Opened& file;  // past all caches: the file system then writes out what it holds back
+  const Opened& volume;
+  const Opened& disk;
+  std::uint64_t volumeStart;
+  std::size_t sector;
+};
+
+bool VolumeIsDisk(const Evidence& e, std::uint64_t volumeOffset) {
+  PageBuffer fromVolume(e.sector), fromDisk(e.sector);
+  return e.volume.ReadAt(volumeOffset, fromVolume.Data(), e.sector) == e.sector &&
+         e.disk.ReadAt(e.volumeStart + volumeOffset, fromDisk.Data(), e.sector) == e.sector &&
+         std::memcmp(fromVolume.Data(), fromDisk.Data(), e.sector) == 0;
 }
 
-// A file that was just written may still be on its way to the disk, so a difference gets time.
-void Prove(const Opened& file, const Opened& disk, const std::vector<Extent>& extents,
-           std::uint64_t fileBytes) {
-  const std::uint64_t lastSector = (fileBytes - 1) / kSector * kSector;
-  for (int tries = 0; tries < kProofTries; ++tries) {
-    if (tries != 0) ::Sleep(kProofPause);
-    if (SameOnDisk(file, disk, extents, 0, fileBytes) &&
-        SameOnDisk(file, disk, extents, lastSector, fileBytes)) {
-      return;
+// Another program may write there between the two reads, so a difference is looked at again; one
+// that stays is there for every file of the volume, and waiting doesn't help.
+void RequireVolumeIsDisk(const Evidence& e, std::uint64_t volumeOffset) {
+  if (VolumeIsDisk(e, volumeOffset) || VolumeIsDisk(e, volumeOffset)) return;
+  throw Refusal{"the disk holds other data than " + e.volume.Path() +
+                " shows: the volume is encrypted"};
+}
+
+// fileOffset begins a sector of the file.
+bool FileIsDisk(const Evidence& e, std::uint64_t volumeOffset, std::uint64_t fileOffset,
+                std::uint64_t fileBytes) {
+  const std::uint64_t left = fileBytes - fileOffset;
+  const std::size_t bytes = left < e.sector ? static_cast<std::size_t>(left) : e.sector;
+  PageBuffer fromFile(e.sector), fromDisk(e.sector);
+  return e.file.ReadAt(fileOffset, fromFile.Data(), e.sector) >= bytes &&
+         e.disk.ReadAt(e.volumeStart + volumeOffset, fromDisk.Data(), e.sector) == e.sector &&
+         ShowsWhatLiesThere(fromFile.Data(), fromDisk.Data(), bytes);
+}
+
+// A file that was just written may still be on its way to the disk, so a difference between it and
+// the disk gets time.
+void Prove(const Evidence& e, const std::vector<Extent>& extents, std::uint64_t fileBytes) {
+  for (const std::uint64_t fileOffset : {std::uint64_t{0}, (fileBytes - 1) / e.sector * e.sector}) {
+    const Extent& extent = ExtentAt(extents, fileOffset);
+    const std::uint64_t volumeOffset =
+        extent.lba * kSector + (fileOffset - extent.fileOffset) - e.volumeStart;
+    RequireVolumeIsDisk(e, volumeOffset);
+    int tries = 1;
+    while (!FileIsDisk(e, volumeOffset, fileOffset, fileBytes)) {
+      if (tries++ == kProofTries) {
+        throw Refusal{"the disk holds other data at the place found than the file"};
+      }
+      ::Sleep(kProofPause);
     }
   }
-  throw Refusal{"the disk holds other data at the place found than the file"};
 }
 
 // The order of the questions matters to callers: first whether the file system has such places at
@@ -107,12 +140,16 @@ std::string ExtentsOf(const std::string& path) {
   const VolumePlace place = PlaceOfVolume(volume);
   const Opened disk("\\\\.\\PhysicalDrive" + std::to_string(place.disk), GENERIC_READ,
                     FILE_FLAG_NO_BUFFERING);
-  const std::uint64_t fileBytes = FitLength(file);
+  const std::uint64_t fileBytes = FitLength(file, root);
   if (!noRuns.why.empty()) throw noRuns;
-  const Placement placed = PlaceFile(runs, LayoutOfVolume(volume, root), place.start, fileBytes);
+  const VolumeLayout layout = LayoutOfVolume(volume, root);
+  const Placement placed = PlaceFile(runs, layout, place.start, fileBytes);
   if (!placed.problem.empty()) throw Refusal{placed.problem};
-  // Past the cache: the file system then writes out first what it still holds back.
-  Prove(Opened(path, GENERIC_READ, FILE_FLAG_NO_BUFFERING), disk, placed.extents, fileBytes);
+  const Opened content(path, GENERIC_READ, FILE_FLAG_NO_BUFFERING);
+  const Evidence evidence{content, volume, disk, place.start,
+                          static_cast<std::size_t>(layout.sectorBytes)};
+  RequireVolumeIsDisk(evidence, 0);
+  Prove(evidence, placed.extents, fileBytes);
   return ExtentsText(placed.extents);
 }
 
@@ -124,19 +161,18 @@ int _dowildcard = 0;
 
 int main(int argc, char** argv) {
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-  if (argc != 2) {
-    std::fputs("Usage: getFileExtents \"E:\\folder\\file\"\r\n", stdout);
-    return 1;
-  }
-  std::string text;
+  std::string text = "Usage: getFileExtents \"E:\\folder\\file\"\r\n";
   bool found = false;
-  try {
-    text = ExtentsOf(argv[1]);
-    found = true;
-  } catch (const Refusal& refusal) {
-    // Callers drop a text without the word "offset" unread.
-    text = std::string("No disk offset of ") + argv[1] + ": " + refusal.why + "\r\n";
+  if (argc == 2) {
+    try {
+      text = ExtentsOf(argv[1]);
+      found = true;
+    } catch (const Refusal& refusal) {
+      // Callers drop a text without the word "offset" unread.
+      text = std::string("No disk offset of ") + argv[1] + ": " + refusal.why + "\r\n";
+    }
   }
+  // Past the run-time library, which would turn each line end into CR CR LF.
   DWORD written = 0;
   ::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), text.data(), static_cast<DWORD>(text.size()),
               &written, nullptr);

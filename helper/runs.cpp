@@ -99,6 +99,11 @@ bool AppendRuns(const std::uint8_t* buffer, std::size_t bytes, std::int64_t star
   return true;
 }
 
+bool ShowsWhatLiesThere(const std::uint8_t* shown, const std::uint8_t* onDisk, std::size_t bytes) {
+  while (bytes > 0 && shown[bytes - 1] == 0) --bytes;
+  return std::memcmp(shown, onDisk, bytes) == 0;
+}
+
 Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,
                     std::uint64_t volumeStart, std::uint64_t fileBytes) {
   if (fileBytes == 0) return {{}, "the file is empty"};

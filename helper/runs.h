@@ -42,6 +42,11 @@ struct Placement {
   std::string problem;          // why there are none; empty after a success
 };
 
+// True: what a file shows in a block is what the disk holds there. Zeros at the block's end are
+// left out of it: past the length to which a file was ever written the system shows zeros, and the
+// disk holds whatever lay there before.
+bool ShowsWhatLiesThere(const std::uint8_t* shown, const std::uint8_t* onDisk, std::size_t bytes);
+
 // Turns the runs of a file of fileBytes into extents of the disk on which the volume begins at byte
 // volumeStart. Refuses gaps, holes, clusters outside the volume, and runs that end before the file.
 Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,

@@ -21,3 +21,4 @@ compile() { # compile TARGET "SOURCES" FLAGS...
 compile virtual_usb.dll "$here/virtual_usb.cpp" -shared -lws2_32
 compile launcher.exe "$here/launcher.cpp"
 compile robot.exe "$here/robot.cpp" -lgdi32
+compile told_extents.exe "$here/told_extents.cpp"

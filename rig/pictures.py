@@ -17,7 +17,6 @@ from program_run import RIG, ProgramRun, prepare
 NAMES = [f"_ISO/LINUX/A system with a number, {number:02} of 40.volPAK" for number in range(1, 41)]
 NAMES += ["_ISO/LINUX/" + "A very long name " * 9 + "indeed.volPAK", "_ISO/Größe  Üß   é.volPAK"]
 TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
-REFUSED = "write PhysicalDrive1 0"
 
 
 def add(image, name, size, at=0):
@@ -57,7 +56,7 @@ class Camera:
 
     def box(self, name, command, answer="OK"):
         """The box that follows a command to the robot."""
-        self.run.robot.wait_ready(60)
+        self.run.robot.wait_ready()
         self.run.robot.do(command)
         self.run.robot.wait(f"the box for {name}", lambda state: state["boxes"])
         self.take(name)
@@ -66,7 +65,7 @@ class Camera:
 
 def play(run, camera):
     robot = run.robot
-    images = robot.wait_ready(60)["images"]
+    images = robot.wait_ready()["images"]
     robot.do("pointer 1599 1199")  # else the tip of what lies under it covers the window
     robot.do("focus")
     camera.take("window")
@@ -84,7 +83,7 @@ def play(run, camera):
     camera.box("box-yes-no-cancel", doubleclick("Wrong order"), "Cancel")
     camera.box("box-type", doubleclick("ext.volPAK"))
     robot.box("Change partition table", "Cancel")
-    run.usb.fault = lambda line: "fail C00000A2" if line == REFUSED else None
+    run.usb.disk(1).refused.add(0)
     camera.box("box-ok-cancel", doubleclick("Rescue volume"))
     robot.expect_box("SECTOR WRITE FAILED")
     camera.take("box-stop")

@@ -19,6 +19,7 @@ STICK = os.path.join(RIG, "stick.img")
 WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
              if os.path.exists(path)), "wine64")
 SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
+FAR_OFF = 40  # seconds, for a wait that only a fault lets come to its end on a busy machine
 _held = None
 
 
@@ -55,8 +56,8 @@ class Robot:
     """The robot user. Waits look until the thing is there, and fail with what there was instead.
     The journal is the stick's: it tells whether the program is at work."""
 
-    def __init__(self, environment, journal):
-        self.journal = journal
+    def __init__(self, environment, journal, ended):
+        self.journal, self.ended = journal, ended
         self.process = subprocess.Popen(
             [WINE, os.path.join(BIN, "robot.exe")], env=environment, text=True, encoding="utf-8",
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
@@ -81,17 +82,19 @@ class Robot:
         boxes = [box["title"] + ": " + box_text(box) for box in state["boxes"]]
         return {"boxes": boxes, "drives": state.get("drives"), "images": state.get("images")}
 
-    def wait(self, what, condition, seconds=25):
+    def wait(self, what, condition, seconds=FAR_OFF):
         """The first state that meets the condition."""
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             state = self.state()
             if condition(state):
                 return state
+            if self.ended():
+                raise AssertionError(f"waited for {what}; the program has ended")
             time.sleep(0.1)
         raise AssertionError(f"waited for {what}; the robot saw {self.seen()}")
 
-    def wait_ready(self, seconds=25):
+    def wait_ready(self, seconds=FAR_OFF):
         """The window stands, no box is open and the program is at rest: it answers at once, and
         asks nothing of the stick meanwhile. An action lets the window answer now and then."""
         self.wait("the window", lambda state: state["main"] and not state["boxes"], seconds)
@@ -103,7 +106,7 @@ class Robot:
             self.do(f"idle {seconds * 1000}")
         return self.wait("no box", lambda state: not state["boxes"])
 
-    def expect_box(self, title, seconds=25):
+    def expect_box(self, title, seconds=FAR_OFF):
         state = self.wait(f"the box {title!r}", lambda now: now["boxes"], seconds)
         box = state["boxes"][0]
         if box["title"] != title:
@@ -115,7 +118,7 @@ class Robot:
         self.do(f"answer {caption}")
         self.wait(f"{before['title']!r} to close", lambda now: before not in now["boxes"])
 
-    def box(self, title, answer, seconds=25):
+    def box(self, title, answer, seconds=FAR_OFF):
         """Reads a box and answers it."""
         box = self.expect_box(title, seconds)
         self.answer(answer)
@@ -142,17 +145,21 @@ def control(state, text):
 
 class ProgramRun:
     """with ProgramRun(folder, stick image) as run: the program runs and the robot looks at it.
-    Everything that was started ends with the block, whatever happened in it."""
+    Everything that was started ends with the block, whatever happened in it. The further images
+    are in from the start too. With places, the ends of paths to sectors, the extents tool is
+    another one, which prints these."""
 
     def __init__(self, folder, image, program=None, display=None, writable=False,
-                 screen="1024x768x24", dpi=96):
+                 screen="1024x768x24", dpi=96, further=(), places=None):
         self.folder, self.image, self.writable = folder, image, writable
+        self.images = (image, *further)
         self.shown_on, self.screen, self.dpi = display, screen, dpi
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(ROOT, "build", "win64", "Rotate_TSD.exe"))
         self.tool = os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
+        self.places = places
         self.children = []
-        self.usb = None
+        self.usb = self.launched = None
 
     def __enter__(self):
         try:
@@ -181,19 +188,26 @@ class ProgramRun:
         shutil.copy(os.path.join(BIN, "launcher.exe"), os.path.join(place, "getFileExtents.exe"))
         os.remove(os.path.join(prefix, "dosdevices", "z:"))
         os.symlink("/", os.path.join(prefix, "dosdevices", "z:"))
-        self.usb = VirtualUsb(self.image, os.path.join(prefix, "dosdevices"),
+        self.usb = VirtualUsb(self.images, os.path.join(prefix, "dosdevices"),
                               os.path.join(self.folder, "volumes"),
                               os.path.join(self.folder, "journal.txt"), self.writable)
+        if self.places is not None:
+            self.tool = os.path.join(BIN, "told_extents.exe")
+            self.tell_places(self.places)
         self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
                                             ROTATE_RIG_PORT=str(self.usb.port),
                                             ROTATE_RIG_LIBRARY=library,
-                                            ROTATE_RIG_TOOL=windows_path(self.tool))
-        self.robot = Robot(self.environment, self.usb.journal)
+                                            ROTATE_RIG_TOOL=windows_path(self.tool),
+                                            ROTATE_RIG_ANSWERS=windows_path(self.answers()))
+        self.robot = Robot(self.environment, self.usb.journal, self.ended)
         self.children.append(self.robot.process)
         self.launched = subprocess.Popen(
             [WINE, os.path.join(BIN, "launcher.exe"), library, "C:\\rotate\\Rotate_TSD.exe"],
             env=self.environment, cwd=place, stdin=subprocess.DEVNULL)
         self.children.append(self.launched)
+
+    def ended(self):
+        return self.launched is not None and self.launched.poll() is not None
 
     def display(self):
         ready, told = os.pipe()
@@ -205,10 +219,18 @@ class ProgramRun:
         with os.fdopen(ready) as pipe:
             return ":" + pipe.readline().strip()
 
+    def answers(self):
+        return os.path.join(self.folder, "places.txt")
+
+    def tell_places(self, places):
+        """What the other extents tool prints from now on."""
+        with open(self.answers(), "w", encoding="utf-8") as file:
+            file.writelines(f"{end}\t{lba:X}\n" for end, lba in places.items())
+
     def extents(self, path):
         """What the extents tool prints of a file, and its exit code."""
         done = subprocess.run([WINE, "C:\\rotate\\getFileExtents.exe", path], env=self.environment,
-                              stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
+                              stdin=subprocess.DEVNULL, capture_output=True, timeout=FAR_OFF)
         return done.stdout.decode("utf-8", "replace"), done.returncode
 
     def picture(self, path):

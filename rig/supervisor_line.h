@@ -1,4 +1,5 @@
-// The line to the supervisor (virtual_usb.py), and the system headers in the order that they need.
+// The line to the supervisor (virtual_usb.py), what its answers do, and the system headers in the
+// order that they need.
 #pragma once
 
 // clang-format off
@@ -40,4 +41,32 @@ inline std::string AskSupervisor(SOCKET line, const std::string& question) {
   }
   answer.pop_back();
   return answer;
+}
+
+// Acts on an answer. False: pass. True: status and output hold the result.
+inline bool Settled(const std::string& answer, NTSTATUS& status, IO_STATUS_BLOCK* io, void* out,
+                    ULONG outSize) {
+  if (answer == "pass") return false;
+  ULONG filled = 0;
+  if (answer.rfind("fail ", 0) == 0) {
+    status = static_cast<NTSTATUS>(strtoul(answer.c_str() + 5, nullptr, 16));
+  } else {
+    status = answer.rfind("more ", 0) == 0 ? static_cast<NTSTATUS>(0x80000005) : 0;
+    for (std::size_t at = 5; at + 1 < answer.size() && filled < outSize; at += 2) {
+      static_cast<unsigned char*>(out)[filled++] =
+          static_cast<unsigned char>(strtoul(answer.substr(at, 2).c_str(), nullptr, 16));
+    }
+  }
+  if (io != nullptr) {
+    io->Status = status;
+    io->Information = filled;
+  }
+  return true;
+}
+
+inline std::string Utf8(const UNICODE_STRING& name) {
+  char text[2048];
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, name.Buffer, name.Length / 2, text, sizeof text,
+                                        nullptr, nullptr);
+  return std::string(text, static_cast<std::size_t>(bytes));
 }

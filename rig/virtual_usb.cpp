@@ -6,7 +6,8 @@
 //   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
 //   "more BYTES"   the same, and say that there are more (STATUS_BUFFER_OVERFLOW)
-// Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to the image file.
+//   "dropped"      of a write: say that it is done
+// Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to an image file.
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -51,34 +52,6 @@ Device* Find(HANDLE handle) {
   Device* device = found == devices.end() ? nullptr : &found->second;
   LeaveCriticalSection(&lock);
   return device;
-}
-
-// Acts on an answer. False: pass. True: status and output hold the result.
-bool Settled(const std::string& answer, NTSTATUS& status, IO_STATUS_BLOCK* io, void* out,
-             ULONG outSize) {
-  if (answer == "pass") return false;
-  ULONG filled = 0;
-  if (answer.rfind("fail ", 0) == 0) {
-    status = static_cast<NTSTATUS>(strtoul(answer.c_str() + 5, nullptr, 16));
-  } else {
-    status = answer.rfind("more ", 0) == 0 ? static_cast<NTSTATUS>(0x80000005) : 0;
-    for (std::size_t at = 5; at + 1 < answer.size() && filled < outSize; at += 2) {
-      static_cast<unsigned char*>(out)[filled++] =
-          static_cast<unsigned char>(strtoul(answer.substr(at, 2).c_str(), nullptr, 16));
-    }
-  }
-  if (io != nullptr) {
-    io->Status = status;
-    io->Information = filled;
-  }
-  return true;
-}
-
-std::string Utf8(const UNICODE_STRING& name) {
-  char text[2048];
-  const int bytes = WideCharToMultiByte(CP_UTF8, 0, name.Buffer, name.Length / 2, text, sizeof text,
-                                        nullptr, nullptr);
-  return std::string(text, static_cast<std::size_t>(bytes));
 }
 
 // The originals, each a copy of Wine's system call stub.
@@ -163,11 +136,15 @@ NTSTATUS Transfer(const char* what, TransferCall call, HANDLE handle, HANDLE eve
   if (offset != nullptr && offset->QuadPart >= 0) {
     device->position = static_cast<unsigned long long>(offset->QuadPart);
   }
-  NTSTATUS status;
-  if (Settled(Ask(what + Number(device->id) + Number(device->position) + Number(bytes)), status, io,
-              nullptr, 0)) {
-    return status;
+  const std::string answer =
+      Ask(what + Number(device->id) + Number(device->position) + Number(bytes));
+  if (answer == "dropped") {
+    device->position += bytes;
+    io->Information = bytes;
+    return io->Status = 0;
   }
+  NTSTATUS status;
+  if (Settled(answer, status, io, nullptr, 0)) return status;
   status = call(handle, event, apc, context, io, data, bytes, offset, key);
   if (status >= 0) device->position += io->Information;
   return status;

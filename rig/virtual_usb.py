@@ -1,49 +1,49 @@
-"""The virtual USB stick as the system sees it: which letters its table gives, what is mounted,
-locked, dismounted; what each control code answers; a journal of every operation in its order.
+"""The virtual USB bus as the system sees it: which disks are there, what is mounted, locked,
+dismounted; a journal of every operation in its order.
 
 It answers the library (virtual_usb.cpp) in the processes of the program and of the extents tool.
 A volume is mounted by the first access to its files, unmounted by a dismount, and mounted afresh by
 the next access, so that raw writes and the file system's cache never go apart. The letters follow
-the table only when it is read anew. As on Windows, a raw write inside a volume is refused while
-that volume is mounted and not locked.
+a table only when it is read anew.
 """
 
 import os
 import socketserver
 import struct
 import threading
+from collections import namedtuple
 
 import stick
-from volume import Volume
+from disk import CODES, DENIED, INVALID, OK, Disk
 
-DISK = "PhysicalDrive1"
-LETTERS = "EFGHIJ"
-OK, NOT_FOUND, NO_PATH, DENIED = "done ", "fail C0000034", "fail C000003A", "fail C0000022"
-INVALID, END = "fail C0000010", "fail C0000011"
-WRONG_REVISION, NOT_RECOGNISED = "fail C0000059", "fail C000014F"
-CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "renew",
-         "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number",
-         "560000": "extents", "70048": "partition", "90234": "base"}
+NOT_FOUND, NO_PATH, GONE = "fail C0000034", "fail C000003A", "fail C000009D"
+END, NOT_RECOGNISED = "fail C0000011", "fail C000014F"
 ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"}
+
+# An open handle. The stick that stands behind disk has changed when plugs isn't the disk's.
+Opened = namedtuple("Opened", "name disk plugs")
+NOWHERE = Opened("?", None, 0)
 
 
 class VirtualUsb:
-    """Serves until close(). Volumes are mounted read only unless writable is set, so that a story
-    can say of every changed sector that the program changed it. A story may set fault to a function
-    of a journal line: what it returns, such as "fail C0000185", is answered instead."""
+    """Serves until close(). The images stand behind PhysicalDrive1, 2 and so on. Volumes are
+    mounted read only unless writable is set, so that a story can say of every changed sector that
+    the program changed it. A story may set fault to a function of a journal line, called before the
+    operation: what it returns, such as "fail C0000185", is answered instead, and what it does, such
+    as a write to an image or pulling a stick out, has happened by then. What else a stick does is
+    set on its Disk."""
 
-    def __init__(self, image, links, mounts, journal_path, writable=False):
-        self.options = "rw,noatime" if writable else "ro"  # looking changes nothing, as on Windows
-        self.image, self.links, self.mounts = image, links, mounts
-        self.sectors = os.path.getsize(image) // stick.SECTOR
+    def __init__(self, images, links, mounts, journal_path, writable=False):
+        options = "rw,noatime" if writable else "ro"  # looking changes nothing, as on Windows
         self.journal, self.journal_file = [], open(journal_path, "w", encoding="utf-8")
         self.fault = lambda line: None
-        self.names = {}     # open handles of the program: number to device
-        self.volumes = {}   # letter to Volume
-        self.letter_of = {}  # start sector to the letter that a volume had: it gets it again
-        self.mutex = threading.Lock()
-        os.symlink(image, os.path.join(links, DISK.lower()))
-        self.renew()
+        self.handles = {}   # of the program: number to Opened
+        self.volumes = {}   # letter to Volume, of all disks
+        self.mutex = threading.RLock()
+        self.disks = [Disk(number, links, mounts, options, self.volumes)
+                      for number in range(1, len(images) + 1)]
+        for disk, image in zip(self.disks, images):
+            disk.put_in(image)
         self.server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), self.handler())
         self.server.daemon_threads = True
         self.port = self.server.server_address[1]
@@ -74,46 +74,44 @@ class VirtualUsb:
             self.volumes.clear()
             self.journal_file.close()
 
-    def dismount_all(self):
-        """For a look at the image from outside."""
-        with self.mutex:
-            for volume in self.volumes.values():
-                volume.dismount()
-
     def note(self, line):
         self.journal.append(line)
         self.journal_file.write(line + "\n")
         self.journal_file.flush()
 
-    # The table.
+    # What a person does with the sticks.
 
-    def renew(self):
-        """Reads the table anew. A volume that is still there keeps its letter."""
-        entries = stick.table(stick.read(self.image, 0))
-        wanted = {(kind, start, sectors): number for number, (kind, start, sectors, _)
-                  in enumerate(entries, 1) if kind in stick.NTFS_TYPES + stick.FAT_TYPES}
-        for letter, volume in list(self.volumes.items()):
-            key = (volume.kind, volume.start, volume.sectors)
-            if key in wanted:
-                volume.number = wanted.pop(key)
-            else:
-                volume.remove()
-                del self.volumes[letter]
-        known_first = sorted(wanted.items(), key=lambda item: item[0][1] not in self.letter_of)
-        for (kind, start, sectors), number in known_first:
-            free = [letter for letter in LETTERS if letter not in self.volumes]
-            letter = self.letter_of.get(start)
-            letter = letter if letter in free else free[0]
-            self.letter_of[start] = letter
-            self.volumes[letter] = Volume(self.image, letter, number, (kind, start, sectors, False),
-                                          self.links, os.path.join(self.mounts, letter),
-                                          self.options)
+    def disk(self, number):
+        return next((disk for disk in self.disks if disk.number == number), None)
+
+    def pull_out(self, number):
+        with self.mutex:
+            self.disk(number).pull_out()
+
+    def put_in(self, number, image):
+        """In place of what stood behind that number."""
+        with self.mutex:
+            self.disk(number).put_in(image)
+
+    def exchange_numbers(self, one, other):
+        """Both sticks out and in again in the other order: each keeps its letters."""
+        with self.mutex:
+            pair = [(self.disk(one), other), (self.disk(other), one)]
+            for disk, number in pair:
+                disk.renumber(number)
+            for disk, _ in pair:
+                disk.renumbered()
 
     # The answers.
 
     def answer(self, line):
         verb, _, rest = line.partition(" ")
-        return getattr(self, "do_" + verb)(*rest.split(" ", self.WORDS.get(verb, 0)))
+        words = rest.split(" ", self.WORDS.get(verb, 0))
+        opened = self.handles.get(words[0], NOWHERE)
+        if opened.disk and opened.plugs != opened.disk.plugs and verb not in ("open", "close"):
+            self.note(f"gone {opened.name}")
+            return GONE
+        return getattr(self, "do_" + verb)(*words)
 
     WORDS = {"open": 1, "runs": 1, "read": 2, "write": 2, "control": 2, "seek": 1, "volume": 1, "box": 1}
 
@@ -121,24 +119,35 @@ class VirtualUsb:
         self.note(line)
         return self.fault(line) or otherwise
 
+    def named(self, number):
+        return self.handles.get(number, NOWHERE).name
+
+    def disk_named(self, name):
+        if name[1:2] == ":":
+            volume = self.volumes.get(name[0])
+            return volume and volume.disk
+        return next((disk for disk in self.disks if disk.image and disk.name == name), None)
+
     def do_open(self, number, name):
         if len(name) == 2 and name[0].upper() not in self.volumes:
             return "pass" if name[0].upper() in "CZ" else NOT_FOUND
-        self.names[number] = name.upper() if len(name) == 2 else name
-        return self.logged(f"open {self.names[number]}")
+        name = name.upper() if len(name) == 2 else name
+        disk = self.disk_named(name)
+        self.handles[number] = Opened(name, disk, disk.plugs if disk else 0)
+        return self.logged(f"open {name}")
 
     def do_unopened(self, number):
-        if number in self.names:
-            self.note(f"failed {self.names.pop(number)}")
+        if number in self.handles:
+            self.note(f"failed {self.handles.pop(number).name}")
         return "pass"
 
     def do_close(self, number):
-        name = self.names.pop(number, None)
-        if name is not None:
+        opened = self.handles.pop(number, None)
+        if opened is not None:
             held = [volume for volume in self.volumes.values() if volume.locked_by == number]
             for volume in held:
                 volume.locked_by = None
-            self.note(f"close {name}" + (" and its lock" if held else ""))
+            self.note(f"close {opened.name}" + (" and its lock" if held else ""))
         return "pass"
 
     def do_touch(self, path):
@@ -155,7 +164,7 @@ class VirtualUsb:
 
     def do_volume(self, number, kind):
         """FileFsVolumeInformation (1) and FileFsAttributeInformation (5) of a volume."""
-        volume = self.volumes.get(self.names.get(number, "?")[0])
+        volume = self.volumes.get(self.named(number)[0])
         if volume is None:
             return "pass"
         label, serial, system = volume.facts()
@@ -168,18 +177,28 @@ class VirtualUsb:
         return "pass"
 
     def do_seek(self, number, offset):
-        return self.logged(f"seek {self.names.get(number)} {int(offset) // stick.SECTOR}")
+        return self.logged(f"seek {self.named(number)} {int(offset) // stick.SECTOR}")
 
     def do_read(self, number, offset, count):
-        return self.logged(f"read {self.names.get(number)} {self.sector_range(offset, count)}")
+        opened = self.handles[number]
+        injected = self.logged(f"read {opened.name} {self.sector_range(offset, count)}", "")
+        return injected or self.of_disk(opened, "reading", offset) or "pass"
 
     def do_write(self, number, offset, count):
-        line = f"write {self.names.get(number)} {self.sector_range(offset, count)}"
-        for volume in self.volumes.values():
-            inside = volume.start <= int(offset) // stick.SECTOR < volume.start + volume.sectors
-            if inside and volume.mounted and volume.locked_by is None:
-                return self.logged(line + " refused", DENIED)
-        return self.logged(line)
+        opened = self.handles[number]
+        line = f"write {opened.name} {self.sector_range(offset, count)}"
+        if opened.disk and opened.disk.held_mounted(int(offset) // stick.SECTOR):
+            return self.logged(line + " refused", DENIED)
+        return self.logged(line, "") or self.of_disk(opened, "writing", offset) or "pass"
+
+    @staticmethod
+    def of_disk(opened, what, offset):
+        """What the disk says to a transfer by its own name; it may have gone just now."""
+        if opened.disk is None or opened.name[1:2] == ":":
+            return ""
+        if opened.plugs != opened.disk.plugs:
+            return GONE
+        return getattr(opened.disk, what)(int(offset) // stick.SECTOR)
 
     @staticmethod
     def sector_range(offset, count):
@@ -188,89 +207,20 @@ class VirtualUsb:
         return str(int(offset) // stick.SECTOR)
 
     def do_flush(self, number):
-        return self.logged(f"flush {self.names.get(number)}")
+        return self.logged(f"flush {self.named(number)}")
 
     def do_control(self, number, code, data):
-        name = self.names.get(number)
-        if name is None:
+        opened = self.handles.get(number)
+        if opened is None:
             return "pass"
         what = CODES.get(code, code)
-        injected = self.logged(f"{what} {name}", "")
-        if injected:
-            return injected
-        volume = self.volumes.get(name[0]) if len(name) == 2 else None
-        if volume is None and name != DISK:
+        injected = self.logged(f"{what} {opened.name}", "")
+        if injected or opened.disk is None:
+            return injected or "pass"
+        volume = self.volumes.get(opened.name[0]) if len(opened.name) == 2 else None
+        if volume is None and opened.name != opened.disk.name:
             return "pass"
-        return getattr(self, "control_" + what, lambda *_: INVALID)(number, volume, data)
-
-    def control_lock(self, number, volume, _):
-        if volume is None:
-            return INVALID
-        if volume.locked_by not in (None, number):
-            return DENIED
-        volume.locked_by = number
-        return OK
-
-    def control_unlock(self, number, volume, _):
-        if volume is None or volume.locked_by != number:
-            return "fail C000002A"  # STATUS_NOT_LOCKED
-        volume.locked_by = None
-        return OK
-
-    def control_dismount(self, _, volume, __):
-        if volume is None:
-            return INVALID
-        volume.dismount()
-        return OK
-
-    def control_renew(self, _, volume, __):
-        if volume is not None:
-            return INVALID
-        self.renew()
-        return OK
-
-    def control_length(self, _, volume, __):
-        sectors = self.sectors if volume is None else volume.sectors
-        return OK + struct.pack("<Q", sectors * stick.SECTOR).hex()
-
-    def control_number(self, _, volume, __):
-        return OK + struct.pack("<III", 7, 1, 0 if volume is None else volume.number).hex()
-
-    def control_property(self, _, __, ___):
-        # STORAGE_DEVICE_DESCRIPTOR: removable, on bus 7, which is USB.
-        return OK + struct.pack("<IIBBBBIIIIII", 40, 40, 0, 0, 1, 0, 0, 0, 0, 0, 7, 0).hex()
-
-    def control_scsi(self, _, __, data):
-        """SCSI_PASS_THROUGH in its 64-bit layout, the only one that Windows takes from a 64-bit
-        process: command at 36, place of the data at 24."""
-        header = bytes.fromhex(data)
-        if len(header) < 56 or header[:2] != b"\x38\0":
-            return WRONG_REVISION
-        place = struct.unpack_from("<Q", header, 24)[0]
-        reply = {0x25: struct.pack(">II", self.sectors - 1, stick.SECTOR),
-                 0x12: bytes([0, 0x80, 4, 2, 31, 0, 0, 0]) + b"TSDDEMO " + b"Virtual Stick   1.00"}
-        if header[36] not in reply:
-            return "fail C0000185"  # STATUS_IO_DEVICE_ERROR
-        return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
-
-    def control_extents(self, _, volume, __):
-        """VOLUME_DISK_EXTENTS."""
-        if volume is None:
-            return INVALID
-        return OK + struct.pack("<IIIIQQ", 1, 0, 1, 0, volume.start * stick.SECTOR,
-                                volume.sectors * stick.SECTOR).hex()
-
-    def control_partition(self, _, volume, __):
-        """PARTITION_INFORMATION_EX."""
-        start, sectors, number = ((0, self.sectors, 0) if volume is None
-                                  else (volume.start, volume.sectors, volume.number))
-        return OK + struct.pack("<IIQQI", 0, 0, start * stick.SECTOR, sectors * stick.SECTOR,
-                                number).ljust(144, b"\0").hex()
-
-    def control_base(self, _, volume, __):
-        """RETRIEVAL_POINTER_BASE: NTFS counts its clusters from the volume's start."""
-        ntfs = volume is not None and volume.kind in stick.NTFS_TYPES
-        return OK + bytes(8).hex() if ntfs else INVALID
+        return opened.disk.control(what, number, volume, data)
 
     def do_runs(self, vcn, path):
         return self.logged(f"runs {vcn} {path}", "") or self.runs(int(vcn), path)

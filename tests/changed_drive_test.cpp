@@ -65,6 +65,18 @@ TEST(TwoSticks, AFileOfOneNeverGoesIntoTheTableOfTheOther) {
          p.world.f.AddText("\\_ISO\\A", "a companion");
        },
        OnOther("F:\\_ISO\\A", "F: (Drive 2)", "E: (Drive 1)"), "60 30"},
+      {"a companion whose letter moves after it was chosen", kMarked,
+       [](TwoSticks& p) {
+         p.world.e.Remove("\\_ISO\\DATA");
+         demo::AddImage(p.world.f, {"\\_ISO\\A", demo::kSecondStart + 5000, 64},
+                        demo::NtfsBootRecord());
+         p.pc.processes.whileChildRuns = [&p, run = 0]() mutable {
+           if (++run != 3) return;  // the image is measured for its entry
+           p.world.f.disk = &p.other;
+           p.world.f.tiedToTable = false;
+         };
+       },
+       OnOther("F:\\_ISO\\A", "F: (Drive 2)", "E: (Drive 1)"), "60 30"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -182,6 +194,24 @@ TEST(ChangedDrive, IsSeenAfterEachQuestionBeforeAnythingIsWritten) {
       EXPECT_EQ(program.Written(), question.written);
     }
   }
+}
+
+TEST(ChangedDrive, AnImageThatMovesDuringTheQuestionIsLeftAlone) {
+  TwoSticks program;
+  program.Start();
+  program.TakeBoxes();
+  program.pc.toolkit.onBox = [&](const Box& box) {
+    if (box.title == "Change partition table") {
+      program.world.stick.SetSector(demo::kNtfsImage.lba, demo::Fat32BootRecord());
+    }
+    return Answer::Ok;
+  };
+  program.pc.machine.journal.Clear();
+  program.Do(Open(kRescue));
+  program.pc.toolkit.onBox = nullptr;
+  EXPECT_EQ(program.TakeBoxes()[1],
+            Changed("Sector 200000 of Drive 1 no longer holds what it held before."));
+  EXPECT_EQ(program.Written(), "60 30");
 }
 
 // Mending a sector 0 that can't be read is what a restore is for. Then the saved table tells

@@ -143,15 +143,19 @@ void Stage::CheckWrites(Breaches& breaches) {
     if (write.count == 0) continue;  // it threw before it was looked at
     if (HasActed() && (what_ == Other::SwapsSticks || what_ == Other::MovesLetter)) continue;
     const bool place = std::find(places.begin(), places.end(), write.lba) != places.end();
-    if (write.subject != "PhysicalDrive1" || !place || write.count != 1) breaches.push_back("1: " + write.Text());
+    if (write.subject != "PhysicalDrive1" || !place || write.count != 1)
+      breaches.push_back("1: " + write.Text());
   }
   if (world.systemDisk.Contents() != systemDisk_ && act_.kind != Act::Kind::StartUp) {
     breaches.push_back("1: the system disk changed");
   }
-  const bool excused = std::any_of(writes_.begin(), writes_.end(), [&](const Write& write) {
-    return write.disk == &other.disk && Excused(write);
-  });
-  if (other.disk.Contents() != second_ && !excused && !IsAnothersStickByNow()) {
+  // A repair on the stick that has come in between works through the file system.
+  if (HasActed() && (what_ == Other::SwapsSticks || what_ == Other::MovesLetter)) {
+    for (const Write& write : writes_) {
+      if (write.disk != &other.disk || Excused(write) || IsAnothersStickByNow()) continue;
+      breaches.push_back("1: the second stick was written");
+    }
+  } else if (other.disk.Contents() != second_) {
     breaches.push_back("1: the second stick changed");
   }
 }
@@ -201,25 +205,25 @@ void Stage::CheckBootRecord(Breaches& breaches) {
   }
 }
 
-VirtualFile* Stage::StandIn(VirtualVolume& volume, const std::string& path, const Kept& kept) {
-  for (VirtualFile* file : volume.List(ParentOf(path))) {
-    if (file->path != path && file->path.starts_with(path) && Look(volume, *file) == kept) {
-      return file;
-    }
-  }
-  return nullptr;
+std::vector<VirtualFile*> Stage::StandIns(VirtualVolume& volume, const std::string& path,
+                                          const Kept& kept) {
+  std::vector<VirtualFile*> all = volume.List(ParentOf(path));
+  std::erase_if(all, [&](const VirtualFile* file) {
+    return file->path == path || !file->path.starts_with(path) || Look(volume, *file) != kept;
+  });
+  return all;
 }
 
 void Stage::CheckFiles(Breaches& breaches, bool nameless) {
   for (const auto& [volume, files] : files_) {
     for (const auto& [path, kept] : files) {
       const VirtualFile* file = volume->Find(path);
-      const VirtualFile* standIn = file == nullptr ? StandIn(*volume, path, kept) : nullptr;
-      if (file == nullptr && standIn == nullptr) {
+      const bool stands = file != nullptr || !StandIns(*volume, path, kept).empty();
+      if (!stands) {
         breaches.push_back("4: " + path + " is gone");
       } else if (file != nullptr && Look(*volume, *file) != kept) {
         breaches.push_back("4: " + path + " holds something else");
-      } else if (standIn != nullptr && !nameless) {
+      } else if (file == nullptr && !nameless) {
         breaches.push_back("4: " + path + " has lost its name");
       }
     }
@@ -230,9 +234,13 @@ void Stage::CheckNames(Breaches& breaches) {
   for (const auto& [volume, files] : files_) {
     for (const auto& [path, kept] : files) {
       if (volume->Find(path) != nullptr) continue;
-      const VirtualFile* file = StandIn(*volume, path, kept);
-      if (file == nullptr || Told(NameOf(file->path))) continue;
-      breaches.push_back("4: nobody is told that " + path + " is now " + file->path);
+      const auto all = StandIns(*volume, path, kept);
+      if (all.empty() || std::any_of(all.begin(), all.end(), [&](const VirtualFile* file) {
+            return Told(NameOf(file->path));
+          })) {
+        continue;
+      }
+      breaches.push_back("4: nobody is told that " + path + " is now " + all[0]->path);
     }
   }
 }
@@ -247,8 +255,9 @@ void Stage::CheckProgram(Breaches& breaches, RunEnd end) {
     }
   }
   for (const std::string& name : pc.HeldLocks()) breaches.push_back("5: locked " + name);
-  const std::string tool = "\"C:\\Windows\\system32\\cmd.exe\" /c " + GFE_Path.substr(0, 2) + "\"" +
-                           GFE_Path.substr(2) + "\" \"";
+  const std::size_t colon = std::min<std::size_t>(2, GFE_Path.size());
+  const std::string tool = "\"C:\\Windows\\system32\\cmd.exe\" /c " + GFE_Path.substr(0, colon) +
+                           "\"" + GFE_Path.substr(colon) + "\" \"";
   for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Shell, Op::Executed))) {
     bool known = entry.subject.starts_with(tool);
     for (const char* file : {"\\_ISO\\A", "\\_ISO\\B", "\\_ISO\\DATA", "\\B"}) {

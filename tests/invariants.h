@@ -125,7 +125,9 @@ class Stage {
   void CheckFiles(Breaches& breaches, bool nameless);
   void CheckNames(Breaches& breaches);
   void CheckProgram(Breaches& breaches, RunEnd end);
-  VirtualFile* StandIn(VirtualVolume& volume, const std::string& path, const Kept& kept);
+  // What holds a file's contents under a name that begins with its own.
+  std::vector<VirtualFile*> StandIns(VirtualVolume& volume, const std::string& path,
+                                     const Kept& kept);
 
   const Act& act_;
   std::map<VirtualVolume*, std::map<std::string, Kept>> files_;
@@ -137,7 +139,7 @@ class Stage {
   std::size_t actAt_ = 0, actedAt_ = 0;   // operations; 0: not to act, hasn't acted
   std::optional<VirtualFile> imageThen_;  // before another program moved it or let it grow
   std::size_t measuredAt_ = 0;            // when the image was measured last
-  std::size_t known_ = 0, lastRead_ = 0, boxesSeen_ = 0;
+  std::size_t known_ = 0, lastRead_ = 0, boxesSeen_ = 0, journalSeen_ = 0;
   std::optional<std::size_t> readBeforeQuestion_;
   std::vector<Write> writes_;
   std::size_t taken_[2] = {0, 0};  // writes taken over from each stick

@@ -123,7 +123,7 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
                    "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok",
-                   "open PhysicalDrive1 rw share=rw ok",
+                   "open PhysicalDrive1 r share=rw ok",
                    "seek PhysicalDrive1 30720 ok",  // read back
                    "read PhysicalDrive1 lba=60 n=1 ok", "close PhysicalDrive1 ok", "sleep 50"}));
   EXPECT_EQ(Physical_Drive_no, 1);

@@ -66,7 +66,18 @@ TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
       {"FAT32", Fat32(), 8192, 2032 * 512, 1'024'000'000},
       {"FAT16 has a root folder in front", Fat16(), 8192, (1 + 400 + 32) * 512, 1'024'000'000},
       {"exFAT", ExFat(), 32768, 4096 * 512, 1'536'000'000},
+      {"FAT16, FATs of 256 sectors", With(Fat16(), {{22, 2, 256}}), 8192, (1 + 512 + 32) * 512,
+       1'024'000'000},
+      {"FAT16, a total of 16 bits", With(Fat16(), {{19, 2, 65'000}}), 8192, (1 + 400 + 32) * 512,
+       65'000 * 512},
+      {"a root folder that ends inside a sector", With(Fat16(), {{17, 2, 500}}), 8192,
+       (1 + 400 + 32) * 512, 1'024'000'000},
+      {"one sector a cluster", With(Fat32(), {{13, 1, 1}}), 512, 2032 * 512, 1'024'000'000},
+      {"exactly 128 sectors a cluster", Ntfs(128), 65'536, 0, 512'000'000},
+      {"sectors of 4096", With(Fat32(), {{11, 2, 4096}}), 65'536, 2032 * 4096, 8'192'000'000},
       {"no signature", With(Fat32(), {{510, 2, 0}}), 0, 0, 0},
+      {"half a signature", With(Fat32(), {{510, 1, 0}}), 0, 0, 0},
+      {"the other half", With(Fat32(), {{511, 1, 0}}), 0, 0, 0},
       {"sector size 0", With(Fat32(), {{11, 2, 0}}), 0, 0, 0},
       {"no FATs", With(Fat32(), {{16, 1, 0}}), 0, 0, 0},
       {"first cluster behind the volume", With(Fat32(), {{32, 4, 100}}), 0, 0, 0},
@@ -140,11 +151,13 @@ TEST(Runs, PlacesOnTheDisk) {
   } cases[] = {
       {"NTFS counts from the volume's start", ntfs, {{0, 2, 100}}, 8192, "0:2848+16 "},
       {"FAT32 counts from the data area", fat, {{0, 1, 100}}, 8192, "0:5680+16 "},
+      {"the very first cluster", fat, {{0, 1, 0}}, 8192, "0:4080+16 "},
       {"neighbours are one", ntfs, {{0, 1, 100}, {1, 2, 101}}, 8192, "0:2848+16 "},
       {"two pieces", ntfs, {{0, 1, 100}, {1, 2, 200}}, 8192, "0:2848+8 4096:3648+8 "},
       {"room behind the end", ntfs, {{0, 1, 100}, {1, 9, 200}}, 4096, "0:2848+8 "},
       {"room in the last run", ntfs, {{0, 9, 100}}, 4097, "0:2848+16 "},
       {"a hole", ntfs, {{0, 1, 100}, {1, 2, -1}}, 8192, ""},
+      {"a hole between two pieces", ntfs, {{0, 1, 100}, {1, 2, -1}, {2, 3, 101}}, 12'288, ""},
       {"a gap between runs", ntfs, {{0, 1, 100}, {2, 3, 200}}, 8192, ""},
       {"runs end before the file", ntfs, {{0, 1, 100}}, 4097, ""},
       {"outside the volume", ntfs, {{0, 2, 124999}}, 8192, ""},
@@ -163,6 +176,20 @@ TEST(Runs, PlacesOnTheDisk) {
     EXPECT_EQ(placed.problem.empty(), !extents.empty());
   }
   EXPECT_FALSE(PlaceFile({{0, 1, 1}}, ntfs, 100, 512).problem.empty()) << "off a sector";
+}
+
+TEST(Runs, ZerosAtTheEndOfWhatAFileShowsProveNothing) {
+  const struct {
+    const char *shown, *onDisk;
+    bool agrees;
+  } cases[] = {{"abcd", "abcd", true},  {"ab00", "abxy", true},  {"0000", "wxyz", true},
+               {"abcd", "abcx", false}, {"a0cd", "axcd", false}, {"ab00", "xbxy", false}};
+  for (const auto& c : cases) {
+    std::string shown = c.shown;
+    for (char& letter : shown) letter = letter == '0' ? '\0' : letter;
+    const auto bytes = [](const char* text) { return reinterpret_cast<const std::uint8_t*>(text); };
+    EXPECT_EQ(ShowsWhatLiesThere(bytes(shown.data()), bytes(c.onDisk), 4), c.agrees) << c.shown;
+  }
 }
 
 }  // namespace

@@ -87,8 +87,8 @@ void Stage::RenameByHand() {
   for (auto& [volume, files] : files_) {
     for (const auto& [path, kept] : files) {
       if (volume->Find(path) != nullptr) continue;
-      const VirtualFile* file = StandIn(*volume, path, kept);
-      if (file != nullptr) volume->Move(std::string(file->path), path);
+      const auto all = StandIns(*volume, path, kept);
+      if (!all.empty()) volume->Move(std::string(all[0]->path), path);
     }
   }
 }
@@ -107,13 +107,13 @@ void Stage::Watch(std::size_t operation) {
                          readBeforeQuestion_.value_or(lastRead_)});
     }
   }
-  if (!pc.machine.journal.Entries().empty()) {
-    const JournalEntry& last = pc.machine.journal.Entries().back();
-    if (last.op == Op::Read && last.ok && last.lba == 0 && last.count == 1) {
+  const std::vector<JournalEntry>& journal = pc.machine.journal.Entries();
+  for (; journalSeen_ < journal.size(); ++journalSeen_) {
+    const JournalEntry& done = journal[journalSeen_];
+    if (done.op == Op::Read && done.ok && done.lba == 0 && done.count == 1) {
       lastRead_ = known_ = operation - 1;
     }
-    if (last.op == Op::ChildTool && act_.image != nullptr &&
-        last.subject.substr(std::min<std::size_t>(2, last.subject.size())) == act_.image) {
+    if (done.op == Op::ChildTool && act_.image != nullptr && done.subject.ends_with(act_.image)) {
       measuredAt_ = operation - 1;
     }
   }
@@ -145,14 +145,18 @@ void Stage::ActAsOther() {
     std::swap(world.stick.number, other.disk.number);
     exchangeLetters('E', 'G');
     exchangeLetters('F', 'H');
+    for (auto& [handle, open] : pc.machine.handles) {
+      const VirtualDisk* disk = open.volume != nullptr ? open.volume->disk : open.disk;
+      open.dead = open.dead || disk == &world.stick || disk == &other.disk;
+    }
   } else if (what_ == Other::MovesLetter) {
     exchangeLetters('E', 'G');
   }
   if (act_.image == nullptr || (what_ != Other::MovesImage && what_ != Other::GrowsImage)) return;
   VirtualVolume& volume = ImageVolume();
   VirtualFile* image = volume.Find(act_.image);
-  if (image == nullptr) return;
-  constexpr std::uint64_t kElsewhere = 2'000'000, kMore = 10;  // sectors
+  constexpr std::uint64_t kElsewhere = 2'000'000, kMore = 10, kMost = 200'000;  // sectors
+  if (image == nullptr || image->size > kMost * 512) return;
   imageThen_ = *image;
   Extent& place = image->extents[0];
   if (what_ == Other::MovesImage) {

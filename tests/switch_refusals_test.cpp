@@ -59,6 +59,7 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
               {kA, 3, "u", kTrue, ReadFailed(0)},
               {kA, 4, "", kTrue, kBadStart, kFails},
               {kA, 4, "-", 0, kBadLength},
+              {kA, 4, "-", kBeyond2TB, large(" " + kA)},
               {kA, 4, kFar, kTrue, beyond(" " + kA)},
               {kB, 5, kPieces, kTrue, kBadStart, kInPieces},
               {kD, 6, "", kTrue, kBadStart, kFails},
@@ -152,6 +153,19 @@ TEST(SwitchRefusals, OfPlacesThatAreNotTheFiles) {
     expected[30] = expected[60] = before.at(0);
     EXPECT_EQ(program.world.stick.Contents(), expected);
   }
+}
+
+TEST(SwitchRefusals, OfAFileThatCannotBeRead) {
+  StartedPc program;
+  program.world.e.Find("\\_ISO\\Rescue.volPAK")->heldOpen = true;
+  const BoxRows boxes = program.Boxes(Open(kRescue));
+  ASSERT_EQ(boxes.size(), 2U);
+  EXPECT_TRUE(boxes[0].text.starts_with("Err.Number=70 "));
+  EXPECT_EQ(boxes[1],
+            Warning("Bad place of file!", "ERROR: File " + std::string(kRescue) +
+                                              " can't be read.\r\nThe partition table was "
+                                              "not changed."));
+  EXPECT_EQ(program.Written(), "60 30");
 }
 
 TEST(HiddenSectors, AreWrittenForTheTypesThatHaveThem) {

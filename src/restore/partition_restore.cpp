@@ -108,7 +108,6 @@ void cmdRestoreTSD_Click() {
   Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
   if (Physical_Drive_no < 1 && !ShowAllDrives) return;
   if (Physical_Drive_no > kHighestRestoreDrive) return;
-  if (!IsPickedDrive()) return;
   MYDRIVE = GetDriveLetter(Physical_Drive_no);
   if (VolumeIsNormal()) return;
   WarnUnlessCsmVolume();

@@ -8,6 +8,11 @@ from program_run import RIG, STICK, ProgramRun, box_text
 
 RUNS = os.path.join(RIG, "runs")
 DISK = "PhysicalDrive1"
+COMMIT, TYPE = "Change partition table", "Set partition type (hex)"
+ORDER = "Run MOVE_VOLPAK? (fix bad file order)"
+RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition table"
+SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
+                       "Make 2nd partition accessible on Removable drive?")
 ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
 
 
@@ -23,8 +28,21 @@ def fresh_stick(name, source=STICK):
     return image
 
 
-def started(name, image, writable=False):
-    return ProgramRun(os.path.join(RUNS, name), image, writable=writable)
+def started(name, image, writable=False, **more):
+    return ProgramRun(os.path.join(RUNS, name), image, writable=writable, **more)
+
+
+def switched_stick(name, place):
+    """The demo stick as the switch to the image with a menu volume leaves it."""
+    image, (start, sectors) = fresh_stick(name), place[make_stick.RESCUE]
+    table = stick.read(image, 0)
+    record = bytearray(stick.read(image, start))
+    record[28:32] = start.to_bytes(4, "little")
+    entries = stick.entry(7, start, sectors, active=True) + bytes(48)
+    new = table[:440] + record[28:32] + table[444:446] + entries + table[510:]
+    for lba, data in ((30, table), (60, table), (start, record), (0, new)):
+        stick.write(image, lba, data)
+    return image
 
 
 def places():
@@ -109,9 +127,35 @@ def check_changed(image, sectors):
     check("the sectors changed on the disk", changed_sectors(image, STICK), sectors)
 
 
-def check_writes(run, sectors):
+def check_writes(run, sectors, disk=DISK):
+    """To all disks."""
     writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
-    check("the writes of the whole run", writes, [f"write {DISK} {lba}" for lba in sectors])
+    check("the writes of the whole run", writes, [f"write {disk} {lba}" for lba in sectors])
+
+
+def refused(run, title, *named, icon="exclamation"):
+    """A box of an action that stops; its words name what matters."""
+    box = run.robot.box(title, "OK")
+    missing = [what for what in named if what.casefold() not in box_text(box).casefold()]
+    check(f"what {title!r} doesn't name in {box_text(box)!r}", missing, [])
+    check("its icon", f"box {icon} {title}" in run.usb.journal, True)
+    run.robot.wait_ready()
+
+
+def cancel(run):
+    run.robot.box(COMMIT, "Cancel")
+    run.robot.wait_ready()
+
+
+def pick(run, letter):
+    """Picks the row of a letter."""
+    rows = [row[:2] for row in run.robot.state()["drives"]]
+    run.robot.do(f"pick {rows.index(letter + ':')}")
+
+
+def same(image, source):
+    """Byte for byte, the whole disk."""
+    stick.run("cmp", image, source)
 
 
 def doubleclick(run, name, before_question=lambda: None):
@@ -119,7 +163,7 @@ def doubleclick(run, name, before_question=lambda: None):
     run.usb.journal.clear()
     run.robot.doubleclick(name.replace("/", "\\"))
     before_question()
-    box = run.robot.expect_box("Change partition table")
+    box = run.robot.expect_box(COMMIT)
     check("the default button", [part["text"] for part in box["controls"] if part.get("default")],
           ["OK"])
     run.robot.answer("OK")

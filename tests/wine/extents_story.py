@@ -1,6 +1,7 @@
 """The story of getFileExtents.exe by itself, on files that the demo stick doesn't have."""
 
 import os
+import struct
 
 import make_stick
 import stick
@@ -8,6 +9,7 @@ from checks import check, fresh_stick, started
 from program_run import RIG
 
 CLUSTER = 4096
+TAIL, NEVER = "tail.bin", "never written.bin"
 PIECES, HOLE, SMALL, EMPTY = "zwei Stücke.bin", "hole.bin", "small.bin", "empty.bin"
 ONE_PIECE = (make_stick.UEBUNG, make_stick.RESCUE)
 
@@ -31,6 +33,48 @@ def add(image, name, data, at=0):
             file.write(data)
 
 
+def set_valid_length(image, name, written):
+    """Shortens how far NTFS says that a file was ever written: what lies behind stays on the disk,
+    and the system shows zeros. Edits the file's record in the file table ([MS-FSCC] has the terms)."""
+    with mounted(image) as folder:
+        number = os.stat(os.path.join(folder, name)).st_ino
+    boot = stick.read(image, make_stick.MAIN_START)
+    table = struct.unpack_from("<Q", boot, 48)[0] * boot[13] + make_stick.MAIN_START
+    record = bytearray(stick.read(image, table + 2 * number, 2))
+    check("a record of the file table", bytes(record[:4]), b"FILE")
+    at = struct.unpack_from("<H", record, 20)[0]
+    while struct.unpack_from("<I", record, at)[0] != 0x80:  # $DATA
+        at += struct.unpack_from("<I", record, at + 4)[0]
+    struct.pack_into("<Q", record, at + 56, written)
+    stick.write(image, table + 2 * number, record)
+
+
+def lay_unwritten(image):
+    """Files of which a part, or nothing, was ever written; gives where they lie."""
+    for name, written in ((TAIL, 5 * CLUSTER + 700), (NEVER, 0)):
+        add(image, name, content(9, "t")[:-100])
+        set_valid_length(image, name, written)
+    places = {}
+    with mounted(image) as folder:
+        for name in (TAIL, NEVER):
+            path = os.path.join(folder, name)
+            with open(path, "rb") as file:
+                check(f"the end of {name}", set(file.read()[-1000:]), {0})
+            places[name] = stick.file_runs(path, make_stick.MAIN_START)
+    last = places[TAIL][0][1] + 9 * CLUSTER // stick.SECTOR - 1
+    check("what lies at the end of it", stick.read(image, last)[:1], b"t")
+    return places
+
+
+def link_target():
+    """A folder outside the stick, for a link that leads there."""
+    folder = os.path.join(RIG, "elsewhere")
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, "elsewhere.bin"), "wb") as file:
+        file.write(content(3, "e"))
+    return folder
+
+
 def lay_files(image):
     """Puts the files onto the stick; gives bytes and pieces of those that have a place."""
     data = content(20, "p")[:-1234]
@@ -41,6 +85,8 @@ def lay_files(image):
     add(image, HOLE, content(1, "i"), at=64 * CLUSTER)
     add(image, SMALL, b"in the file table")
     add(image, EMPTY, b"")
+    with mounted(image) as folder:
+        os.symlink(link_target(), os.path.join(folder, "link"))
     found = {}
     with mounted(image) as folder:
         for name in (PIECES, *ONE_PIECE):
@@ -56,14 +102,18 @@ def windows_name(name):
     return "E:\\" + name.replace("/", "\\")
 
 
-def check_place(run, name, data, expected):
-    """The lines hold the figures expected, and the disk holds the file's bytes there."""
-    run.usb.journal.clear()
+def check_lines(run, name, expected):
     text, code = run.extents(windows_name(name))
     check(f"the lines of {name}", text, "".join(
         f"File offset {offset:X} LBA: {lba:X} Sectors: {sectors:X}\r\n"
         for offset, lba, sectors in expected))
     check(f"the exit code for {name}", code, 0)
+
+
+def check_place(run, name, data, expected):
+    """The lines hold the figures expected, and the disk holds the file's bytes there."""
+    run.usb.journal.clear()
+    check_lines(run, name, expected)
     check(f"the questions for {name}", [line for line in run.usb.journal if "runs" in line],
           [f"runs {offset // CLUSTER} {windows_name(name)}" for offset, _, _ in expected])
     on_disk = b"".join(stick.read(run.image, lba, sectors) for _, lba, sectors in expected)
@@ -82,10 +132,13 @@ def extents(_):
     """The extents tool by itself: files in one piece and in two, and what it must refuse."""
     image = fresh_stick("extents")
     files = lay_files(image)
+    unwritten = lay_unwritten(image)
     with started("extents", image) as run:
         run.robot.wait_ready()
         for name, (data, pieces) in files.items():
             check_place(run, name, data, pieces)
+        for name, pieces in unwritten.items():
+            check_lines(run, name, pieces)
         rescue = windows_name(make_stick.RESCUE)
         other = "the disk holds other data at the place found than the file"
         for shift in (1, -1):
@@ -96,5 +149,21 @@ def extents(_):
                       "fail C0000010")
         check_refusal(run, HOLE, "a piece of the file has no place on the disk")
         check_refusal(run, SMALL, "the file is empty or lies inside the file table")
+        check_refusal(run, "link/elsewhere.bin", "the path leads to another volume")
         check_refusal(run, EMPTY, "the file is empty or lies inside the file table")
         check_refusal(run, "gone.bin", "can't open E:\\gone.bin: It is not there (error 2)")
+        show_as_encrypted(run.usb.disk(1).volumes["E"], image)
+        check_refusal(run, make_stick.RESCUE,
+                      "the disk holds other data than \\\\.\\E: shows: the volume is encrypted")
+
+
+def show_as_encrypted(volume, image):
+    """The volume's device shows another first sector than the disk, as below a file system that is
+    encrypted on its way to the disk."""
+    shown = os.path.join(RIG, "shown.img")
+    with open(shown, "wb") as file:
+        boot = stick.read(image, volume.start)
+        file.write(boot[:300] + b"other" + boot[305:])
+        file.truncate(volume.sectors * stick.SECTOR)
+    os.remove(volume.link("::"))
+    os.symlink(shown, volume.link("::"))

@@ -142,8 +142,7 @@ def order_repair(_):
 
 
 def order_held(_):
-    """The same while another program has the companion open: its old file stays under a name of its
-    own until that lets go, and nothing is lost."""
+    """The same while another program has the companion open, and lets go after the repair."""
     image = fresh_stick("order_held")
     files, _ = lay_files(image)
     aside = COMPANION + "yyy"

@@ -13,17 +13,21 @@ import traceback
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
 
+import changed_story
+import dropped_story
 import extents_story
 import make_stick
 import order_story
+import places_story
+import signed_story
 import stick
-from checks import (DISK, RUNS, backups, boot_record, check, check_changed, check_image,
-                    check_sector_0, check_writes, doubleclick, fresh_stick, new_table, ordered,
-                    places, started)
+import two_sticks_story
+from checks import (COMMIT, RESTORE, RESTORE_QUESTION, RUNS, SWAP, SWAP_QUESTION, TYPE, backups,
+                    boot_record, check, check_changed, check_image, check_sector_0, check_writes,
+                    doubleclick, fresh_stick, new_table, ordered, places, started)
 from program_run import STICK, box_text, control, prepare
 
 TAB, ENTER, ESCAPE, DOWN, ALT = 9, 13, 27, 40, 18
-RESTORE, SWAP = "Restore TSD partitions", "Access Partition 2 on a Removable drive"
 
 STORIES = []
 
@@ -53,7 +57,7 @@ def switch(place):
             "PTN4: -", "", "OK to write new MBR to Drive 1?"])
         state = run.robot.wait_ready()
         check("the order of the operations", ordered(run.usb.journal),
-              backups() + ["box none Change partition table"] + boot_record("EF", start)
+              backups() + [f"box none {COMMIT}"] + boot_record("EF", start)
               + new_table("EF", "E"))
         check_writes(run, (60, 30, start, 0))
         check("images on the new volume", state["images"], [])
@@ -78,10 +82,10 @@ def way_back(_):
         check("images before the restore", state["images"], [])
         run.usb.journal.clear()
         run.robot.do(f"click {RESTORE}")
-        run.robot.box("Restore TSD partition table", "OK")
+        run.robot.box(RESTORE_QUESTION, "OK")
         state = run.robot.wait_ready()
         check("the order of the restore", ordered(run.usb.journal),
-              ["box none Restore TSD partition table"] + new_table("E", "EF"))
+              [f"box none {RESTORE_QUESTION}"] + new_table("E", "EF"))
         check("sector 0 after the restore", stick.read(image, 0), old)
         check("the table after the restore", stick.sfdisk(image), {1: main, 2: second})
         check("images after the restore", len(state["images"]), 4)
@@ -89,10 +93,10 @@ def way_back(_):
             check("swap is on", control(state, SWAP)["enabled"], True)
             run.usb.journal.clear()
             run.robot.do(f"click {SWAP}")
-            run.robot.box("Make 2nd partition accessible on Removable drive?", "OK")
+            run.robot.box(SWAP_QUESTION, "OK")
             state = run.robot.wait_ready()
             check("the order of the swap", ordered(run.usb.journal),
-                  ["box none Make 2nd partition accessible on Removable drive?"]
+                  [f"box none {SWAP_QUESTION}"]
                   + new_table("EF", "EF"))
             check("the table after the swap", stick.sfdisk(image), table)
         check("sector 0 after two swaps", stick.read(image, 0), old)
@@ -110,7 +114,7 @@ def pack(place):
         check("the row", row in state["images"], True)
 
         def type_question():
-            box = run.robot.expect_box("Set partition type (hex)")
+            box = run.robot.expect_box(TYPE)
             field = next(part for part in box["controls"] if part["class"] == "Edit")
             check("the type offered", field["text"], "0x83")
             check("the prompt", "for the 4th image file" in box_text(box), True)
@@ -137,7 +141,7 @@ def other_format(place):
         run.robot.wait_ready()
 
         def type_question():
-            run.robot.expect_box("Set partition type (hex)")
+            run.robot.expect_box(TYPE)
             run.robot.do("type ox82")
             run.robot.answer("OK")
 
@@ -198,7 +202,7 @@ def keyboard(place):
             press(run, DOWN, "image")
         run.usb.journal.clear()
         run.robot.do(f"keys {ENTER}")
-        text = box_text(run.robot.expect_box("Change partition table"))
+        text = box_text(run.robot.expect_box(COMMIT))
         check("the type in the question", "PTN1: Type=0C (FAT32)  Start=" in text, True)
         name = "E:\\" + make_stick.UEBUNG.replace("/", "\\")
         check("the name in the question", name in text, True)
@@ -216,10 +220,10 @@ def refused_write(place):
     with started("refused_write", image) as run:
         run.robot.wait_ready()
         run.robot.doubleclick(make_stick.RESCUE.replace("/", "\\"))
-        run.robot.box("Change partition table", "Cancel")
+        run.robot.box(COMMIT, "Cancel")
         run.robot.wait_ready()
         check_writes(run, (60, 30))
-        run.usb.fault = lambda line: "fail C00000A2" if line == f"write {DISK} 0" else None
+        run.usb.disk(1).refused.add(0)
         doubleclick(run, make_stick.RESCUE)
         box = run.robot.box("SECTOR WRITE FAILED", "OK")
         check("the box", box_text(box), "WRITE SECTOR 0 to DRIVE 1 FAILED!")
@@ -233,6 +237,11 @@ def refused_write(place):
 story(extents_story.extents)
 story(order_story.order_repair)
 story(order_story.order_held)
+story(two_sticks_story.two_sticks)
+story(changed_story.changed_drive)
+story(signed_story.signed_anew)
+story(dropped_story.dropped_writes)
+story(places_story.impossible_places)
 
 
 def main(names):

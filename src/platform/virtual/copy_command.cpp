@@ -98,7 +98,8 @@ bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
   const SplitPath from = SplitAtVolume(sources[0], machine_.currentFolder);
   VirtualVolume* origin = machine_.VolumeAt(from.letter);
   if (sources.size() == 1) {
-    const VirtualFile original = *origin->Find(from.rest);
+    if (File(sources[0]) == nullptr) return machine_.Fail(step, kErrorFileNotFound);
+    const VirtualFile original = *File(sources[0]);
     if (volume->Find(to.rest) != nullptr) volume->Remove(to.rest);
     if (step.Torn()) volume->placements.push_front({.keepBytes = original.size / 2});
     VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());

@@ -46,12 +46,13 @@ struct OpenHandle {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
   std::vector<std::string> rest;  // searches: names still to give
+  bool dead = false;              // its device was pulled out, whatever has come in its place
 
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
   // What the handle was opened on has been unplugged or has left the table.
   bool IsGone() const {
     const bool onVolume = kind == Kind::Volume || kind == Kind::File;
-    return (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
+    return dead || (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
   }
 };
 

@@ -1,0 +1,184 @@
+"""One disk of the virtual USB bus: the stick behind its number, the letters that its table gives,
+and what it answers to each control code."""
+
+import os
+import struct
+
+import stick
+from volume import Volume
+
+LETTERS = "EFGHIJKL"
+OK, DENIED, INVALID = "done ", "fail C0000022", "fail C0000010"
+IO_ERROR, PROTECTED, DROPPED = "fail C0000185", "fail C00000A2", "dropped"
+WRONG_REVISION = "fail C0000059"
+CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "renew",
+         "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number",
+         "560000": "extents", "70048": "partition", "90234": "base"}
+
+
+class Disk:
+    """The letters of all disks are in volumes, letter to Volume. A story may put sectors into
+    unreadable (reading fails; a write mends the sector, as on sticks that remap it), refused
+    (writing fails) and dropped (a write is acknowledged, but not done)."""
+
+    def __init__(self, number, links, mounts, options, volumes):
+        self.number, self.links, self.mounts, self.options = number, links, mounts, options
+        self.volumes = volumes
+        self.letter_of = {}  # start sector to the letter that a volume had: it gets it again
+        self.image, self.sectors = None, 0
+        self.plugs = 0  # a handle is of no use any more when the stick behind it was pulled out
+        self.bus, self.removable = 7, True  # 7 is USB
+        self.unreadable, self.refused, self.dropped = set(), set(), set()
+
+    @property
+    def name(self):
+        return f"PhysicalDrive{self.number}"
+
+    def link(self):
+        return os.path.join(self.links, self.name.lower())
+
+    def put_in(self, image):
+        self.pull_out()
+        self.image, self.sectors = image, os.path.getsize(image) // stick.SECTOR
+        os.symlink(image, self.link())
+        self.renew()
+
+    def pull_out(self):
+        self.plugs += 1
+        for volume in self.own():
+            self.drop(volume)
+        if self.image:
+            os.remove(self.link())
+        self.image = None
+
+    def renumber(self, number):
+        """The same stick, with its letters, under another number."""
+        self.plugs += 1
+        os.remove(self.link())
+        self.number = number
+
+    def renumbered(self):
+        os.symlink(self.image, self.link())
+
+    # The table.
+
+    def own(self):
+        return [volume for volume in self.volumes.values() if volume.disk is self]
+
+    def drop(self, volume):
+        volume.remove()
+        del self.volumes[volume.letter]
+
+    def renew(self):
+        """Reads the table anew. A volume that is still there keeps its letter."""
+        entries = stick.table(stick.read(self.image, 0))
+        wanted = {(kind, start, sectors): number for number, (kind, start, sectors, _)
+                  in enumerate(entries, 1) if kind in stick.NTFS_TYPES + stick.FAT_TYPES}
+        for volume in self.own():
+            key = (volume.kind, volume.start, volume.sectors)
+            if key in wanted:
+                volume.number = wanted.pop(key)
+            else:
+                self.drop(volume)
+        known_first = sorted(wanted.items(), key=lambda item: item[0][1] not in self.letter_of)
+        for (kind, start, sectors), number in known_first:
+            free = [letter for letter in LETTERS if letter not in self.volumes]
+            letter = self.letter_of.get(start)
+            letter = letter if letter in free else free[0]
+            self.letter_of[start] = letter
+            self.volumes[letter] = Volume(self, letter, number, (kind, start, sectors, False))
+
+    # What becomes of a transfer: "" for what the image answers.
+
+    def reading(self, lba):
+        return IO_ERROR if lba in self.unreadable else ""
+
+    def writing(self, lba):
+        if lba in self.refused:
+            return PROTECTED
+        if lba in self.dropped:
+            return DROPPED
+        self.unreadable.discard(lba)
+        return ""
+
+    def held_mounted(self, lba):
+        """As on Windows, a raw write inside a volume that is mounted and not locked is refused."""
+        return any(volume.start <= lba < volume.start + volume.sectors and volume.mounted and
+                   volume.locked_by is None for volume in self.own())
+
+    # The control codes, on the disk (volume is None) or on one of its volumes.
+
+    def control(self, what, handle, volume, data):
+        return getattr(self, "control_" + what, lambda *_: INVALID)(handle, volume, data)
+
+    def control_lock(self, handle, volume, _):
+        if volume is None:
+            return INVALID
+        if volume.locked_by not in (None, handle):
+            return DENIED
+        volume.locked_by = handle
+        return OK
+
+    def control_unlock(self, handle, volume, _):
+        if volume is None or volume.locked_by != handle:
+            return "fail C000002A"  # STATUS_NOT_LOCKED
+        volume.locked_by = None
+        return OK
+
+    def control_dismount(self, _, volume, __):
+        if volume is None:
+            return INVALID
+        volume.dismount()
+        return OK
+
+    def control_renew(self, _, volume, __):
+        if volume is not None:
+            return INVALID
+        self.renew()
+        return OK
+
+    def control_length(self, _, volume, __):
+        sectors = self.sectors if volume is None else volume.sectors
+        return OK + struct.pack("<Q", sectors * stick.SECTOR).hex()
+
+    def control_number(self, _, volume, __):
+        partition = 0 if volume is None else volume.number
+        return OK + struct.pack("<III", 7, self.number, partition).hex()
+
+    def control_property(self, _, __, ___):
+        """STORAGE_DEVICE_DESCRIPTOR."""
+        return OK + struct.pack("<IIBBBBIIIIII", 40, 40, 0, 0, self.removable, 0, 0, 0, 0, 0,
+                                self.bus, 0).hex()
+
+    def control_scsi(self, _, __, data):
+        """SCSI_PASS_THROUGH in its 64-bit layout, the only one that Windows takes from a 64-bit
+        process: command at 36, place of the data at 24."""
+        header = bytes.fromhex(data)
+        if len(header) < 56 or header[:2] != b"\x38\0":
+            return WRONG_REVISION
+        place = struct.unpack_from("<Q", header, 24)[0]
+        facts = bytes([0, 0x80 if self.removable else 0, 4, 2, 31, 0, 0, 0])
+        reply = {0x25: struct.pack(">II", self.sectors - 1, stick.SECTOR),
+                 0x12: facts + b"TSDDEMO " + b"Virtual Stick   1.00"}
+        if header[36] not in reply:
+            return IO_ERROR
+        return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
+
+    def control_extents(self, _, volume, __):
+        """VOLUME_DISK_EXTENTS."""
+        if volume is None:
+            return INVALID
+        return OK + struct.pack("<IIIIQQ", 1, 0, self.number, 0, volume.start * stick.SECTOR,
+                                volume.sectors * stick.SECTOR).hex()
+
+    def control_partition(self, _, volume, __):
+        """PARTITION_INFORMATION_EX."""
+        start, sectors, number = ((0, self.sectors, 0) if volume is None
+                                  else (volume.start, volume.sectors, volume.number))
+        return OK + struct.pack("<IIQQI", 0, 0, start * stick.SECTOR, sectors * stick.SECTOR,
+                                number).ljust(144, b"\0").hex()
+
+    def control_base(self, _, volume, __):
+        """RETRIEVAL_POINTER_BASE: NTFS counts its clusters from the volume's start."""
+        ntfs = volume is not None and volume.kind in stick.NTFS_TYPES
+        return OK + bytes(8).hex() if ntfs else INVALID

@@ -1,0 +1,20 @@
+// Another extents tool, which a story puts beside the program: it answers what it is told. The file
+// that ROTATE_RIG_ANSWERS names has a line for each file, the end of its path, a tab, and the
+// sector to print for it in hexadecimal.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+int main(int, char** arguments) {
+  const std::string path = arguments[1] == nullptr ? "" : arguments[1];
+  const char* answers = getenv("ROTATE_RIG_ANSWERS");
+  std::ifstream file(answers == nullptr ? "" : answers);
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t tab = line.find('\t');
+    if (tab == std::string::npos || !path.ends_with(line.substr(0, tab))) continue;
+    printf("File offset 0 LBA: %s Sectors: 800\n", line.c_str() + tab + 1);
+    return 0;
+  }
+  return 1;
+}
