@@ -148,12 +148,12 @@ def order_held(_):
     aside = COMPANION + "yyy"
     with started("order_held", image, writable=True) as run:
         run.robot.wait_ready()
-        run.robot.do(f"hold {windows_name(COMPANION)}")
+        run.robot.do(f"open {windows_name(COMPANION)}")
         order_question(run, "Yes")
         check("the outcome", texts(run, MOVED), ["OK - Files are now in correct order."])
         check_files("while it is held", contents(run.usb.volumes["E"].folder),
                     {**files, aside: files[COMPANION]})
-        run.robot.do("release")
+        run.robot.do("close")
         check_files("after that", contents(run.usb.volumes["E"].folder), files)
         run.robot.answer("OK")
         run.robot.box(COMMIT, "Cancel")
