@@ -19,6 +19,8 @@
 //   there
 //                      to a second after
 //   idle MS            wait until the window answers at once, five times running
+//   open PATH          open a file for reading and share everything, as a scanner does
+//   close              close it
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
 #include <windows.h>
 // Needs windows.h before it.
@@ -324,6 +326,15 @@ bool Idle(HWND main, DWORD limit) {
   return true;
 }
 
+HANDLE Opened = INVALID_HANDLE_VALUE;
+
+bool Open(const std::string& path) {
+  Opened = CreateFileW(Wide(path).c_str(), GENERIC_READ,
+                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                       OPEN_EXISTING, 0, nullptr);
+  return Opened != INVALID_HANDLE_VALUE;
+}
+
 bool Focus(HWND window) {
   return window != nullptr && SetForegroundWindow(window) != 0;
 }
@@ -331,6 +342,7 @@ bool Focus(HWND window) {
 bool Do(const std::string& verb, std::istringstream& words) {
   const Found found = Look();
   if (verb == "keys") return Keys(words);
+  if (verb == "close") return CloseHandle(Opened) != 0;
   if (verb == "hammer" || verb == "hold") {
     unsigned key = 0, every = 0;
     return words >> key >> every && Hammer(static_cast<BYTE>(key), every, verb == "hold");
@@ -342,6 +354,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   }
   std::string rest;
   std::getline(words >> std::ws, rest);
+  if (verb == "open") return Open(rest);
   if (verb == "type") return Type(found, rest);
   if (verb == "answer") return !found.boxes.empty() && Click(found.boxes.front(), rest);
   if (found.main == nullptr) return false;

@@ -2,6 +2,7 @@
 // backslash. The exit code is the number of cases that don't hold.
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "platform/win32/win32_platform.h"
 #include "tests/contract.h"
@@ -24,12 +25,37 @@ const char* BrokenRunTime() {
   return "an error of the standard library arrives as one, also during another";
 }
 
+constexpr int kEndOfInput = 7;
+
+// As a child of itself: what it reads, and whether what it writes goes anywhere.
+int Ask() {
+  return std::getchar() == EOF && std::puts("Well?") >= 0 && std::fflush(stdout) == 0 ? kEndOfInput
+                                                                                      : 0;
+}
+
+// A question that a hidden child asks meets the end of its input.
+bool HiddenChildrenHaveNoInput(Platform& p, const std::string& program) {
+  const std::uint32_t child = p.processes->Shell("", "\"" + program + "\" ask", kWindowHidden);
+  const Handle process = p.processes->OpenProcess(kProcessSynchronizeAndQuery, child);
+  std::uint32_t code = 0;
+  const bool ended = p.processes->WaitForSingleObject(process, 180000) == kWaitObject0 &&
+                     p.processes->GetExitCodeProcess(process, code);
+  p.devices->CloseHandle(process);
+  p.processes->EndChild(child);
+  return ended && code == kEndOfInput;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
   if (count != 2) return 100;
+  if (arguments[1] == std::string("ask")) return Ask();
   Platform platform = Win32Platform();
   int broken = 0;
+  if (!HiddenChildrenHaveNoInput(platform, arguments[0])) {
+    std::puts("HiddenChildrenHaveNoInput: the child waits for an answer");
+    ++broken;
+  }
   for (const ContractCase& contractCase : kContract) {
     const std::string wrong = RunCase(contractCase, platform, arguments[1]);
     std::printf("%s: %s\n", contractCase.name, wrong.empty() ? "ok" : wrong.c_str());

@@ -61,8 +61,10 @@ TEST_F(Discovery, DismountTakesOneVolumeBehindTheOther) {
   OSVersionCode = 11;  // too new for its windows to be swept
   vol1 = "kept";
   DisMount_All_VolumesX(1);
-  EXPECT_EQ(VolumeWork(), (Texts{"open E: ok", "lock E: ok", "dismount E: ok", "close E: ok",
-                                 "open F: ok", "lock F: failed", "dismount F: ok", "close F: ok"}));
+  EXPECT_EQ(VolumeWork(),
+            (Texts{"open E: rw share=rw unbuffered ok", "lock E: ok", "dismount E: ok",
+                   "close E: ok", "open F: rw share=rw unbuffered ok", "lock F: failed",
+                   "dismount F: ok", "close F: ok"}));
   EXPECT_EQ(vol1, "kept");
   EXPECT_EQ(p.pc.HeldLocks(), Texts());
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
@@ -75,9 +77,10 @@ TEST_F(Discovery, LockHoldsFourVolumesUntilUnlock) {
   EXPECT_EQ(p.Lines(kAnyOp), Texts()) << "nothing is held yet";
   p.Plan(FaultKind::Refusal, MaskOf(Op::Open), 26);  // 24 letters are looked at before
   Lock_Unlock_All_Volumes(1, "LOCK");
-  EXPECT_EQ(VolumeWork(), (Texts{"open E: ok", "lock E: ok", "dismount E: ok", "open F: failed",
-                                 "open G: ok", "lock G: failed", "dismount G: ok", "open H: ok",
-                                 "lock H: ok", "dismount H: ok"}));
+  EXPECT_EQ(VolumeWork(),
+            (Texts{"open E: rw share=rw ok", "lock E: ok", "dismount E: ok",
+                   "open F: rw share=rw failed", "open G: rw share=rw ok", "lock G: failed",
+                   "dismount G: ok", "open H: rw share=rw ok", "lock H: ok", "dismount H: ok"}));
   EXPECT_EQ(p.pc.HeldLocks(), (Texts{"E:", "H:"}));
   p.pc.machine.journal.Clear();
   for (int again = 0; again < 2; ++again) Lock_Unlock_All_Volumes(1, "any other text");

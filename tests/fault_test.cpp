@@ -1,31 +1,57 @@
-// Every operation of every act fails once, in every way it can fail.
+// Every operation of every act fails, in every way it can fail: once, for a while, for good, and
+// together with a second one.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "tests/invariants.h"
+#include "tests/loops.h"
 
 namespace {
 
 struct Failing {
   const char* name;
   FaultKind kind;
-  bool forGood = false;
+  std::size_t times = 1, stride = 1;
+  OpMask mask = kAnyOp;
 };
-constexpr Failing kFailings[] = {
+const Failing kFailings[] = {
     {"refused", FaultKind::Refusal},
-    {"throws", FaultKind::FaultThrown},
+    {"throws", FaultKind::FaultThrown, 1, 1, kStatementOps},
     {"half done", FaultKind::ShortTransfer},
-    {"refused from here on", FaultKind::Refusal, true},
-    {"throws from here on", FaultKind::FaultThrown, true},
+    {"acknowledged and lost", FaultKind::LostWrite},
+    {"two lost", FaultKind::LostWrite, 2},
+    {"three lost", FaultKind::LostWrite, 3},
+    {"lost from here on", FaultKind::LostWrite, kForGood},
+    {"refused for 2", FaultKind::Refusal, 2, 3},
+    {"refused for 3", FaultKind::Refusal, 3, 3},
+    {"refused for 5", FaultKind::Refusal, 5, 3},
+    {"refused for 8", FaultKind::Refusal, 8, 3},
+    {"refused for 13", FaultKind::Refusal, 13, 3},
+    {"refused for 34", FaultKind::Refusal, 34, 3},
+    {"refused from here on", FaultKind::Refusal, kForGood},
+    {"throws from here on", FaultKind::FaultThrown, kForGood, 1, kStatementOps},
 };
-
-// The sanitizers look for other faults, and take a hundred times as long.
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kStride = 5;
-#else
-constexpr std::size_t kStride = 1;
-#endif
 
 std::size_t TotalFailed = 0;
+
+// Defends them all. False: the fault met nothing.
+bool FailOnce(const Act& act, const FaultPlan& plan) {
+  Stage stage(act);
+  stage.pc.machine.plan = plan;
+  const RunEnd end = stage.Perform();
+  const std::size_t hits = stage.pc.machine.plan.hits;
+  stage.pc.machine.plan = {};
+  EXPECT_EQ(stage.Everything(end, hits > 1), Breaches());
+  if (hits == 0) {
+    EXPECT_TRUE(stage.IsDone()) << "without a fault it must succeed";
+    return false;
+  }
+  ++TotalFailed;
+  stage.RenameByHand();
+  EXPECT_EQ(stage.PerformAgain(), "");
+  return true;
+}
 
 }  // namespace
 
@@ -33,30 +59,31 @@ class EveryOperationFails : public ::testing::TestWithParam<Act> {};
 
 TEST_P(EveryOperationFails, KeepsAllInvariantsAndTheSecondTrySucceeds) {
   for (const Failing& failing : kFailings) {
-    for (std::size_t nth = 1;; nth += kStride) {
-      Stage stage(GetParam());
-      stage.pc.machine.plan = {.kind = failing.kind, .nth = nth, .forGood = failing.forGood};
-      const RunEnd end = stage.Perform();
-      const bool hit = stage.pc.machine.plan.hits > 0;
-      stage.pc.machine.plan = {};
+    std::size_t nth = 1;
+    for (bool more = true; more && !HasFailure(); nth += Stride(failing.stride)) {
       SCOPED_TRACE(std::string(failing.name) + ", operation " + std::to_string(nth));
-      ASSERT_EQ(stage.Everything(end, failing.forGood), Breaches());
-      if (!hit) {
-        EXPECT_FALSE(stage.SectorIs(0, stage.before)) << "without a fault it must succeed";
-        EXPECT_GT(nth, failing.kind == FaultKind::ShortTransfer ? 5U : 100U);
-        break;
-      }
-      ++TotalFailed;
-      stage.RenameByHand();
-      ASSERT_EQ(stage.PerformAgain(), "");
+      more = FailOnce(
+          GetParam(),
+          {.kind = failing.kind, .nth = nth, .times = failing.times, .mask = failing.mask});
+    }
+    EXPECT_TRUE(nth > 100 || failing.kind != FaultKind::Refusal) << nth;
+  }
+  RecordProperty("operations failed", static_cast<int>(TotalFailed));
+}
+
+// The second failure strikes what the first one has brought about.
+TEST_P(EveryOperationFails, AndOneMoreAfterIt) {
+  std::minstd_rand random(1);
+  std::size_t nth = 1;
+  for (bool more = true; more && !HasFailure(); nth += Stride(2)) {
+    for (const std::size_t reach : {4U, 40U, 400U}) {
+      const std::size_t again = nth + 1 + random() % reach;
+      SCOPED_TRACE("refused at " + std::to_string(nth) + " and " + std::to_string(again));
+      more = FailOnce(GetParam(), {.kind = FaultKind::Refusal, .nth = nth, .again = again});
     }
   }
   RecordProperty("operations failed", static_cast<int>(TotalFailed));
 }
 
 INSTANTIATE_TEST_SUITE_P(Acts, EveryOperationFails, ::testing::ValuesIn(kActs),
-                         [](const auto& act) {
-                           std::string name = act.param.name;
-                           for (char& c : name) c = c == ' ' ? '_' : c;
-                           return name;
-                         });
+                         [](const auto& act) { return NameOf(act.param); });

@@ -24,6 +24,8 @@ void Build(VirtualSector& table, std::size_t at, bool active, const Role& role) 
   }
 }
 
+}  // namespace
+
 bool CarriesGrub4dos(const VirtualSector& sector) {
   const std::string_view text = Text(sector);
   return text.substr(0, 446 + 15).find("Missing MBR-hel") != std::string_view::npos ||
@@ -31,7 +33,17 @@ bool CarriesGrub4dos(const VirtualSector& sector) {
          (text.substr(345, 4) == "FLBT" && text.substr(355, 4) == "Boot");
 }
 
-}  // namespace
+bool IsSwitched(const VirtualSector& table, const VirtualSector& saved) {
+  for (const std::size_t at : {446U, 462U}) {
+    const std::uint32_t start = Word32(table, at + 8);
+    if (start != 0 && start == Word32(table, 440)) return true;
+    for (std::size_t entry = 446; entry < 510; entry += 16) {
+      const std::uint32_t first = Word32(saved, entry + 8);
+      if (start > first && start - first < Word32(saved, entry + 12)) return true;
+    }
+  }
+  return false;
+}
 
 VirtualSector NewTable(const VirtualSector& old, const std::string& extension, const Role& image,
                        const std::optional<Role>& companion, const std::optional<Role>& fourth) {

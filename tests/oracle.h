@@ -20,6 +20,12 @@ VirtualSector NewTable(const VirtualSector& old, const std::string& extension, c
 // 7, 12 or 0 by a file's first sector.
 unsigned FormatOf(const VirtualSector& first);
 
+bool CarriesGrub4dos(const VirtualSector& sector);
+
+// A table that a switch made: the signature says so, or entry 1 or 2 begins inside a partition of
+// the saved table.
+bool IsSwitched(const VirtualSector& table, const VirtualSector& saved);
+
 // A sound saved table.
 bool IsSound(const VirtualSector& sector);
 

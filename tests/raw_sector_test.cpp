@@ -30,8 +30,8 @@ TEST_F(RawSectors, ReadIsOneClosedSequence) {
   p.world.stick.SetSector(60, demo::Grub4dosMbr());
   EXPECT_TRUE(ReadandParseSector("E:", 60));
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Texts{"open E: ok", "query E: device-number ok", "close E: ok",
-                   "open PhysicalDrive1 ok", "seek PhysicalDrive1 30720 ok",
+            (Texts{"open E: - share=rw ok", "query E: device-number ok", "close E: ok",
+                   "open PhysicalDrive1 rw share=rw ok", "seek PhysicalDrive1 30720 ok",
                    "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "close PhysicalDrive1 ok"}));
   EXPECT_EQ(SectorBuffer.size(), 512U);
   EXPECT_TRUE(SectorFlags.HasGrub4dos);
@@ -118,12 +118,13 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
   p.world.stick.refusesRangeLocks = true;
   EXPECT_TRUE(WriteSector(1, 60)) << "a write whose lock fails goes ahead";
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Texts{"open PhysicalDrive1 ok", "query PhysicalDrive1 property ok",
-                   "close PhysicalDrive1 ok", "open PhysicalDrive1 ok",
+            (Texts{"open PhysicalDrive1 - share=- ok", "query PhysicalDrive1 property ok",
+                   "close PhysicalDrive1 ok", "open PhysicalDrive1 rw share=rw ok",
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
                    "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok",
-                   "open PhysicalDrive1 ok", "seek PhysicalDrive1 30720 ok",  // read back
+                   "open PhysicalDrive1 r share=rw ok",
+                   "seek PhysicalDrive1 30720 ok",  // read back
                    "read PhysicalDrive1 lba=60 n=1 ok", "close PhysicalDrive1 ok", "sleep 50"}));
   EXPECT_EQ(Physical_Drive_no, 1);
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
@@ -134,20 +135,20 @@ TEST_F(RawSectors, WriteIsTriedOnce) {
     FaultKind kind;
     Op op;
     bool written;
-    bool forGood = false;
+    std::size_t times = 1;
   } rows[] = {{FaultKind::Refusal, Op::Seek, false},
               {FaultKind::Refusal, Op::Write, false},
               {FaultKind::ShortTransfer, Op::Write, false},
               {FaultKind::Refusal, Op::Flush, true},
               {FaultKind::Refusal, Op::UnlockRange, true},
               {FaultKind::ShortTransfer, Op::Read, true},  // reading back is tried twice
-              {FaultKind::ShortTransfer, Op::Read, false, true}};
+              {FaultKind::ShortTransfer, Op::Read, false, kForGood}};
   for (const auto& row : rows) {
     SCOPED_TRACE(static_cast<int>(row.op));
     PreparedPc q;
     SectorBuffer.assign(512, 0x77);
     q.Plan(row.kind, MaskOf(row.op));
-    q.pc.machine.plan.forGood = row.forGood;
+    q.pc.machine.plan.times = row.times;
     EXPECT_EQ(WriteSector(1, 60), row.written);
     EXPECT_LE(q.Lines(MaskOf(Op::Write)).size(), 1U);
     EXPECT_EQ(q.TakeBoxes(), BoxRows());

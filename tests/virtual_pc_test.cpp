@@ -1,11 +1,13 @@
 // The virtual PC's own truths: where it must be wrong in the same ways as Windows.
 #include <gtest/gtest.h>
 
+#include <set>
 #include <tuple>
 
 #include "platform/virtual/demo_world.h"
 #include "platform/virtual/wildcard.h"
 #include "shell/box_guard.h"
+#include "tests/support.h"
 
 namespace {
 
@@ -86,13 +88,15 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
     const char* arguments;
     bool made;             // E:\new is there afterwards
     const char* executed;  // what else ran
+    int window = kWindowHidden;
     bool hangs = false;
   };
   const Case cases[] = {{"plain", "E:\\a.txt E:\\new", true, ""},
                         {"blank in a path", "E:\\a b.txt E:\\new", false, ""},
                         {"comma splits", "E:\\a,b.txt E:\\new", false, ""},
                         {"quoted blank", "\"E:\\a b.txt\" E:\\new", true, ""},
-                        {"overwriting asks", "E:\\a.txt E:\\old", false, "", true},
+                        {"overwriting asks", "E:\\a.txt E:\\old", false, "", kWindowNormal, true},
+                        {"to no purpose", "E:\\a.txt E:\\old", false, ""},
                         {"plus joins", "E:\\a.txt+E:\\old E:\\new", true, ""},
                         {"ampersand runs", "E:\\a&b.txt E:\\new", false, "b.txt E:\\new"},
                         {"redirection", "E:\\a>E:\\new", true, "> E:\\new"},
@@ -110,7 +114,7 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
     }
     e.AddText("\\hidden.txt", "h").attributes = kAttributeHidden;
     own.processes.Shell("C:\\Windows\\system32\\cmd.exe",
-                        "cmd.exe /c copy " + std::string(c.arguments), kWindowHidden);
+                        "cmd.exe /c copy " + std::string(c.arguments), c.window);
     EXPECT_EQ(e.Find("\\new") != nullptr, c.made);
     EXPECT_EQ(!own.processes.StillRunning().empty(), c.hangs);
     std::string executed;
@@ -139,24 +143,62 @@ TEST_F(VirtualPcTest, PowerCutKeepsWhatWasWrittenAndForgetsTheRest) {
   EXPECT_EQ(world.stick.Sector(32)[0], 0);
 }
 
-TEST_F(VirtualPcTest, UnflushedWritesAreAtRisk) {
-  int kept = 0, lost = 0;
-  for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+TEST_F(VirtualPcTest, UnflushedWritesAreKeptDroppedOrTornInEveryCombination) {
+  std::set<std::vector<int>> seen;  // the first and last byte of each sector
+  for (std::uint64_t fates = 0; fates < 27; ++fates) {
     VirtualDisk disk;
     disk.writeBack = true;
-    VirtualSector data;
-    data.fill(1);
-    disk.WriteThroughHandle(0, data);
+    disk.WriteThroughHandle(0, FilledSector(1));
     disk.Flush();
-    disk.WriteThroughHandle(1, data);
-    disk.LosePower(seed);
-    EXPECT_EQ(disk.Sector(0), data) << "flushed";
-    kept += disk.Sector(1) == data ? 1 : 0;
-    lost += disk.Sector(1) == VirtualSector{} ? 1 : 0;
+    for (const std::uint64_t lba : {1U, 2U, 3U}) disk.WriteThroughHandle(lba, FilledSector(1));
+    std::uint64_t digits = fates;
+    EXPECT_EQ(disk.LosePower(digits), 3U);
+    EXPECT_EQ(disk.Sector(0), FilledSector(1)) << "flushed";
+    std::vector<int> found;
+    for (const std::uint64_t lba : {1U, 2U, 3U}) {
+      found.insert(found.end(), {disk.Sector(lba)[0], disk.Sector(lba)[511]});
+    }
+    seen.insert(found);
   }
-  EXPECT_GT(kept, 0);
-  EXPECT_GT(lost, 0);
-  EXPECT_LT(kept + lost, 20) << "some are torn";
+  EXPECT_EQ(seen.size(), 27U);
+}
+
+TEST_F(VirtualPcTest, LostWritesAreAcknowledgedAndACopyShowsThroughTheCacheOnly) {
+  world.stick.forgetful = {30};
+  EXPECT_TRUE(WriteAt(30) && WriteAt(31));
+  EXPECT_EQ(world.stick.Sector(30), VirtualSector{});
+  EXPECT_EQ(world.stick.Sector(31), FilledSector(0x5A));
+
+  pc.machine.plan = {.kind = FaultKind::LostWrite};
+  pc.processes.Shell("C:\\Windows\\system32\\cmd.exe", "cmd.exe /c copy E:\\_ISO\\A E:\\copy",
+                     kWindowHidden);
+  for (const std::uint32_t flags : {0U, kFlagNoBuffering}) {
+    const Handle copy =
+        pc.devices.CreateFileA("E:\\copy", kGenericRead, kShareRead, kOpenExisting, flags);
+    VirtualSector first = FilledSector(1);
+    std::uint32_t moved = 0;
+    EXPECT_TRUE(pc.devices.ReadFile(copy, first.data(), 512, moved));
+    EXPECT_EQ(first == VirtualSector{}, flags == kFlagNoBuffering);
+    EXPECT_EQ(pc.devices.ReadFile(copy, first.data(), 100, moved), flags == 0)
+        << "part of a sector";
+  }
+}
+
+TEST_F(VirtualPcTest, LooksAtPathsAndFillsBuffersAsWindowsDoes) {
+  EXPECT_EQ(pc.files.GetFileAttributesA("E:\\_ISO\\."), kAttributeDirectory);
+  EXPECT_EQ(pc.files.GetFileAttributesA("E:\\_ISO\\tsd\\..\\A"), 0U);
+  std::uint8_t answer[12];
+  std::uint32_t returned = 0;
+  const Handle volume = OpenVolume("E:", 0);
+  for (const auto& [size, fits] : {std::pair{12U, true}, {11U, false}}) {
+    EXPECT_EQ(pc.devices.DeviceIoControl(volume, kIoctlStorageGetDeviceNumber, nullptr, 0, answer,
+                                         size, returned),
+              fits);
+    EXPECT_EQ(returned, fits ? 12U : 0U);
+  }
+  world.e.AddText("\\" + std::string(260, 'n'), "a name that the record can't hold");
+  FindData found;
+  EXPECT_EQ(pc.files.FindFirstFileA("E:\\nn*", found), kInvalidHandle);
 }
 
 // What makes every other test fail where a box came that it didn't expect.

@@ -3,17 +3,22 @@
 #include "platform/platform.h"
 #include "shell/failure.h"
 
-std::string ProbeFile(const std::string& path) {
+std::optional<FindData> FindFile(const std::string& path) {
   ErrorMode quietly;
-  std::string name;
+  std::optional<FindData> file;
   quietly([&] {
     FindData found;
     const Handle search = Sys.files->FindFirstFileA(path, found);
     if (search == kInvalidHandle) return;
-    if ((found.attributes & kAttributeDirectory) == 0) name = found.name;
+    if ((found.attributes & kAttributeDirectory) == 0) file = found;
     Sys.files->FindClose(search);
   });
-  return name;
+  return file;
+}
+
+std::string ProbeFile(const std::string& path) {
+  const std::optional<FindData> found = FindFile(path);
+  return found ? found->name : "";
 }
 
 bool FileIsThere(const std::string& path) {

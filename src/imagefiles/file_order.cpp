@@ -3,11 +3,10 @@
 #include <optional>
 
 #include "disk/file_probe.h"
-#include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/moving_file.h"
 #include "platform/platform.h"
 #include "shell/events.h"
-#include "shell/failure.h"
 #include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/message_box.h"
@@ -27,123 +26,6 @@ void ReportMoveFault(const Fault& fault) {
                   fault.description,
           .icon = Icon::Stop});
 }
-
-std::optional<FindData> Look(const std::string& path) {
-  ErrorMode quietly;
-  std::optional<FindData> found;
-  quietly([&] {
-    FindData data;
-    const Handle search = Sys.files->FindFirstFileA(path, data);
-    if (search == kInvalidHandle) return;
-    if ((data.attributes & kAttributeDirectory) == 0) found = data;
-    Sys.files->FindClose(search);
-  });
-  return found;
-}
-
-bool IsTaken(const std::string& path) {
-  ErrorMode quietly;
-  return quietly(kInvalidAttributes, [&] { return Sys.files->GetFileAttributesA(path); }) !=
-         kInvalidAttributes;
-}
-
-// What the copy consists of must be on the device before the original goes.
-bool IsFlushed(const std::string& path) {
-  ErrorMode quietly;
-  const Handle file = quietly(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
-  });
-  if (file == kInvalidHandle) return false;
-  const bool flushed = quietly(false, [&] { return Sys.devices->FlushFileBuffers(file); });
-  const bool closed = quietly(false, [&] { return Sys.devices->CloseHandle(file); });
-  return flushed && closed;
-}
-
-// A file on its way to a new place: copied to a temporary name, deleted, renamed back.
-class MovingFile {
- public:
-  MovingFile(const std::string& file, const char* tempEnding)
-      : file_(file), temp_(file + tempEnding) {}
-
-  // Deletes what an earlier run left under the temporary name, unless it is all that is left of
-  // the file: then it gets its name back.
-  void RemoveLeftOver() {
-    if (!FileExists(temp_)) return;
-    if (FileIsThere(file_)) {
-      on_([&] { Sys.files->FileDelete(temp_); });
-    } else {
-      on_([&] { Sys.files->FileRename(temp_, file_); });
-    }
-    Sys.clock->Sleep(kPause);
-  }
-
-  // Not started where the interpreter would do something else with the line than copy, would wait
-  // for an answer that nobody can give (the target exists), would copy into a folder of the
-  // target's name, or the original couldn't be deleted.
-  void Copy() const {
-    if (InterpreterChangesBare(file_) || IsTaken(temp_)) return;
-    const std::optional<FindData> original = Look(file_);
-    if (original && (original->attributes & kAttributeReadOnly) != 0) return;
-    RunCmd("cmd.exe /c copy " + file_ + " " + temp_, kWindowHidden);
-  }
-
-  [[nodiscard]] bool CopyIsThere() const { return FileExists(temp_); }
-
-  // True for a whole copy; deletes any other.
-  bool KeepWholeCopy() {
-    const std::optional<FindData> original = Look(file_);
-    const std::optional<FindData> copy = Look(temp_);
-    if (original && copy && original->size == copy->size &&
-        original->lastWriteTime == copy->lastWriteTime && IsFlushed(temp_)) {
-      return true;
-    }
-    DropCopy();
-    return false;
-  }
-
-  void DeleteOriginal() {
-    on_([&] { Sys.files->FileDelete(file_); });
-  }
-
-  // Gives the copy the file's name, trying twice. Where the original is still there the copy goes.
-  void RenameCopy() {
-    bool renamed = false;
-    on_([&] {
-      Sys.files->FileRename(temp_, file_);
-      renamed = true;
-    });
-    if (renamed) return;
-    if (FileIsThere(file_)) {
-      DropCopy();
-    } else {
-      RenameQuietly();
-    }
-  }
-
-  // True while only the copy stands.
-  [[nodiscard]] bool IsNameless() const { return !FileIsThere(file_) && FileIsThere(temp_); }
-
-  // The last try before the repair ends.
-  void RenameAtEnd() {
-    if (IsNameless()) RenameQuietly();
-  }
-
-  [[nodiscard]] const std::string& Path() const { return file_; }
-
- private:
-  void DropCopy() {
-    ErrorMode quietly;
-    quietly([&] { Sys.files->FileDelete(temp_); });
-  }
-  void RenameQuietly() {
-    ErrorMode quietly;
-    quietly([&] { Sys.files->FileRename(temp_, file_); });
-  }
-
-  ErrorMode on_{ReportMoveFault};
-  std::string file_;
-  std::string temp_;
-};
 
 // What tells the two loops apart: their lengths, the pause, and the values of StepNo.
 struct LoopPlan {
@@ -170,9 +52,11 @@ bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
     if (plan.pauses) Sys.clock->Sleep(kPause);
     StepNo = plan.behindPause;
     if (!last.CopyIsThere() || !last.KeepWholeCopy()) continue;
-    last.DeleteOriginal();
+    last.SetAside();
     StepNo = plan.beforeRename;
-    last.RenameCopy();
+    last.GiveName();
+    StepNo = plan.behindPause;
+    last.DeleteAside();
     StepNo = plan.behindRename;
     if (last.IsNameless()) return false;
   }
@@ -187,13 +71,17 @@ void MoveFirstOnce(MovingFile& first) {
   if (first.CopyIsThere() && first.KeepWholeCopy()) {
     Sys.clock->Sleep(kPause);
     DoEvents();
-    StepNo = 15;
-    first.DeleteOriginal();
+    if (FileExists(first.Path())) {
+      StepNo = 15;
+      first.SetAside();
+    }
     DoEvents();
   }
   StepNo = 17;
   DoEvents();
-  if (first.CopyIsThere()) first.RenameCopy();
+  if (first.CopyIsThere()) first.GiveName();
+  StepNo = 15;
+  first.DeleteAside();
   StepNo = 18;
 }
 
@@ -209,23 +97,28 @@ void ShowOutcome(bool inOrder, const std::string& last) {
 
 }  // namespace
 
-void MoveFiles(const std::string& FirstFile, const std::string& LastFile) {
+void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
+               const std::string& ImageFile) {
   WriteLog("MoveFiles started");
   StepNo = 0;
   Form1.MoreThanOneExtent = false;
-  MovingFile last(LastFile, "xxx");
-  MovingFile first(FirstFile, "zzz");
-  last.RemoveLeftOver();
-  first.RemoveLeftOver();
+  ErrorMode on(ReportMoveFault);
+  MovingFile last(LastFile, "xxx", on);
+  MovingFile first(FirstFile, "zzz", on);
+  if (last.WouldTakeANameOf(ImageFile) || first.WouldTakeANameOf(ImageFile)) {
+    last.StayInPlace();
+    first.StayInPlace();
+  }
+  last.ClearUp();
+  first.ClearUp();
   bool inOrder = RunLoop(kFirstLoop, FirstFile, last);
   if (!inOrder && !Form1.MoreThanOneExtent && !last.IsNameless()) {
     MoveFirstOnce(first);
     if (!first.IsNameless()) inOrder = RunLoop(kSecondLoop, FirstFile, last);
   }
-  if (last.IsNameless() || first.IsNameless()) {
-    last.RenameAtEnd();
-    first.RenameAtEnd();
-    GetFileStart(LastFile);
+  const bool lastWasNameless = last.Finish();
+  if (first.Finish() || lastWasNameless) {
+    inOrder = ComparePos(FirstFile, LastFile) && !first.IsNameless() && !last.IsNameless();
   }
   if (!Form1.MoreThanOneExtent) ShowOutcome(inOrder, LastFile);
 }
@@ -252,6 +145,6 @@ bool RepeatPos(const RoundPositions& Positions) {
 
 bool FileExists(const std::string& FileName) {
   WriteLog("FileExists " + FileName);
-  const std::optional<FindData> found = Look(FileName);
+  const std::optional<FindData> found = FindFile(FileName);
   return found && (found->attributes & (kAttributeHidden | kAttributeSystem)) == 0;
 }

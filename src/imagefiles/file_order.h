@@ -1,5 +1,5 @@
 // Brings one file behind another on the disk. A file can't be placed; it can be copied and the old
-// one deleted, which lets the file system choose a new place.
+// one deleted, which lets the file system choose a new place (moving_file.h says how, safely).
 #pragma once
 
 #include <array>
@@ -10,13 +10,12 @@
 // Start sector of the file that is moved, by round from 1; 0 where unused.
 using RoundPositions = std::array<ExactInteger, 501>;
 
-// Copies LastFile, then FirstFile once, then LastFile again until LastFile starts behind FirstFile,
+// Copies LastFile, then FirstFile once, then LastFile again until LastFile starts after FirstFile,
 // the places go round in a circle or the rounds run out; tells the outcome in its own boxes. On
-// return the fields of GetFileStart describe the file measured last.
-//
-// A copy takes a file's place only when it is whole: the same length and last-write time, which a
-// copy sets as its last act, and flushed to the device. Until then the original stays.
-void MoveFiles(const std::string& FirstFile, const std::string& LastFile);
+// return the fields of GetFileStart describe the file measured last. Nothing is moved where a
+// temporary name is that of ImageFile or of the companion or fourth file that belongs to it.
+void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
+               const std::string& ImageFile);
 
 // True if File2 starts behind File1; false also where one of them lies in pieces.
 bool ComparePos(const std::string& File1, const std::string& File2);

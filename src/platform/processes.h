@@ -24,6 +24,7 @@ class Processes {
   // Statement: starts a command line and gives the child's process identifier. Does not wait.
   // program is the executable's full path. Where it is empty, the line's first word is looked for:
   // without a folder, in this program's folder before any other.
+  // With a hidden window the child reads from the null device and writes to it.
   // Throws Fault 53 (no such program) or 5 (any other refusal).
   virtual std::uint32_t Shell(const std::string& program, const std::string& commandLine,
                               int windowStyle) = 0;

@@ -51,7 +51,7 @@ void FindFourth(SwitchRun& run) {
 enum class Order { Right, Asked, Stopped };
 
 // Asks about a file that lies below one that must come before it, and repairs if the user agrees.
-Order CheckOrder(const std::string& later, const std::string& laterStart,
+Order CheckOrder(const SwitchRun& run, const std::string& later, const std::string& laterStart,
                  const std::string& earlier, const std::string& earlierStart) {
   if (!(HexToDec(laterStart) < HexToDec(earlierStart))) return Order::Right;
   const Answer answer = MsgBox({.title = "Run MOVE_VOLPAK? (fix bad file order)",
@@ -60,7 +60,7 @@ Order CheckOrder(const std::string& later, const std::string& laterStart,
                                         "Re-order files? (it may take some time - PLEASE WAIT!)",
                                 .buttons = Buttons::YesNoCancel});
   if (answer == Answer::Cancel) return Order::Stopped;
-  if (answer == Answer::Yes) MoveFiles(earlier, later);
+  if (answer == Answer::Yes) MoveFiles(earlier, later, run.ImageFile);
   if (Form1.FStartSectors == 0) {
     Refuse("File invalid", "ERROR: File " + later + " file is before " + earlier + " on the disk!");
     return Order::Stopped;
@@ -93,7 +93,7 @@ bool MeasureFurther(const std::string& file) {
 bool TakeCompanion(SwitchRun& run) {
   if (!MeasureFurther(run.CompanionFile)) return false;
   run.FStart2 = Form1.FStart;
-  const Order order = CheckOrder(run.CompanionFile, run.FStart2, run.ImageFile, run.FStart1);
+  const Order order = CheckOrder(run, run.CompanionFile, run.FStart2, run.ImageFile, run.FStart1);
   if (order == Order::Stopped) return false;
   if (order == Order::Asked) run.FStart2 = Form1.FStart;
   return LiesWithin2TB(run.CompanionFile, run.FStart2);
@@ -101,11 +101,11 @@ bool TakeCompanion(SwitchRun& run) {
 
 bool TakeFourth(SwitchRun& run) {
   if (!MeasureFurther(run.FourthFile)) return false;
-  if (CheckOrder(run.FourthFile, Form1.FStart, run.ImageFile, run.FStart1) == Order::Stopped) {
+  if (CheckOrder(run, run.FourthFile, Form1.FStart, run.ImageFile, run.FStart1) == Order::Stopped) {
     return false;
   }
-  if (!run.FStart2.empty() &&
-      CheckOrder(run.FourthFile, Form1.FStart, run.CompanionFile, run.FStart2) == Order::Stopped) {
+  if (!run.FStart2.empty() && CheckOrder(run, run.FourthFile, Form1.FStart, run.CompanionFile,
+                                         run.FStart2) == Order::Stopped) {
     return false;
   }
   return LiesWithin2TB(run.FourthFile, Form1.FStart);

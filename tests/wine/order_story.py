@@ -16,14 +16,20 @@ MOVED = windows_name(COMPANION) + " is now last"
 COMMIT = "Change partition table"
 
 
+def contents(folder):
+    """Every file below a folder: name to bytes."""
+    whole = {}
+    for at, _, names in os.walk(folder):
+        for path in (os.path.join(at, name) for name in names):
+            with open(path, "rb") as file:
+                whole[os.path.relpath(path, folder)] = file.read()
+    return whole
+
+
 def look(image):
     """Every file of the main volume, and where the two lie: name to bytes, to (start, sectors)."""
     with mounted(image) as folder:
-        whole = {}
-        for at, _, names in os.walk(folder):
-            for path in (os.path.join(at, name) for name in names):
-                with open(path, "rb") as file:
-                    whole[os.path.relpath(path, folder)] = file.read()
+        whole = contents(folder)
         pieces = {name: stick.file_runs(os.path.join(folder, name), make_stick.MAIN_START)
                   for name in (IMAGE, COMPANION)}
     check("pieces", [len(places) for places in pieces.values()], [1, 1])
@@ -48,6 +54,12 @@ def hidden(data, start):
 
 def texts(run, title, seconds=60):
     return box_text(run.robot.expect_box(title, seconds)).replace("\r", "").split("\n")
+
+
+def check_files(when, now, expected):
+    check(f"the names {when}", sorted(now), sorted(expected))
+    check(f"files with other bytes {when}",
+          [name for name in expected if now[name] != expected[name]], [])
 
 
 def order_question(run, answer):
@@ -127,6 +139,28 @@ def order_repair(_):
     check("the entries in the question", told, entries(places))
     check_writes(run, (60, 30, places[IMAGE][0], 0))
     files[IMAGE] = hidden(files[IMAGE], places[IMAGE][0])
-    check("the files on the volume", sorted(now), sorted(files))
-    check("files with other bytes", [name for name in files if now[name] != files[name]], [])
+    check_files("on the volume", now, files)
     check("entries with other bytes", [name for name in on_disk if on_disk[name] != files[name]], [])
+
+
+def order_held(_):
+    """The same while another program has the companion open, and lets go after the repair."""
+    image = fresh_stick("order_held")
+    files, _ = lay_files(image)
+    aside = COMPANION + "yyy"
+    with started("order_held", image, writable=True) as run:
+        run.robot.wait_ready()
+        run.robot.do(f"open {windows_name(COMPANION)}")
+        order_question(run, "Yes")
+        check("the outcome", texts(run, MOVED), ["OK - Files are now in correct order."])
+        check_files("while it is held", contents(run.usb.volumes["E"].folder),
+                    {**files, aside: files[COMPANION]})
+        run.robot.do("close")
+        check_files("after that", contents(run.usb.volumes["E"].folder), files)
+        run.robot.answer("OK")
+        run.robot.box(COMMIT, "Cancel")
+        run.robot.wait_ready()
+        check_writes(run, (60, 30))
+    now, places = look(image)
+    check_files("on the stick", now, files)
+    check("the image lies in front now", places[IMAGE] < places[COMPANION], True)

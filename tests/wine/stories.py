@@ -238,6 +238,7 @@ def refused_write(place):
 
 story(extents_story.extents)
 story(order_story.order_repair)
+story(order_story.order_held)
 story(keys_story.impatience)
 story(keys_story.impatient_restore)
 story(keys_story.impatient_warning)

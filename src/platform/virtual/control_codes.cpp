@@ -153,6 +153,7 @@ std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code)
         return kErrorAccessDenied;
       }
       volume.lockedBy = handle;
+      volume.FlushFiles();
       return 0;
     case kFsctlUnlockVolume:
       if (volume.lockedBy != handle) return kErrorNotLocked;
@@ -162,6 +163,8 @@ std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code)
       if (volume.refusesDismount) return kErrorAccessDenied;
       if (volume.lockedBy != kNoHandle && volume.lockedBy != handle) return kErrorAccessDenied;
       volume.mounted = false;
+      volume.FlushFiles();
+      volume.ForgetHolders();
       return 0;
     default:
       return kErrorInvalidFunction;

@@ -74,11 +74,14 @@ std::uint32_t VirtualProcesses::RunCopy(const std::string& arguments, Child& chi
     target += "\\" + NameOf(sources[0]);
     old = File(target);
   }
-  if (File(sources[0]) == nullptr || !IsCopied(*File(sources[0]))) return 1;
-  if (old == File(sources[0])) return 1;  // "The file cannot be copied onto itself."
+  const VirtualFile* source = File(sources[0]);
+  if (source == nullptr || !IsCopied(*source) || source->deletePending) return 1;
+  if (old == source) return 1;  // "The file cannot be copied onto itself."
   if (old != nullptr && !overwrite) {
-    child.script.neverEnds = true;  // it asks whether to overwrite, and nobody answers
-    return 0;
+    // It asks whether to overwrite: at the end of its input it leaves the file alone, and where
+    // there is a keyboard nobody answers.
+    child.script.neverEnds = child.hasInput;
+    return child.hasInput ? 0 : 1;
   }
   return CopyFiles(sources, target) ? 0 : 1;
 }
@@ -95,10 +98,13 @@ bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
   const SplitPath from = SplitAtVolume(sources[0], machine_.currentFolder);
   VirtualVolume* origin = machine_.VolumeAt(from.letter);
   if (sources.size() == 1) {
-    const VirtualFile original = *origin->Find(from.rest);
+    if (File(sources[0]) == nullptr) return machine_.Fail(step, kErrorFileNotFound);
+    const VirtualFile original = *File(sources[0]);
     if (volume->Find(to.rest) != nullptr) volume->Remove(to.rest);
     if (step.Torn()) volume->placements.push_front({.keepBytes = original.size / 2});
-    const VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    VirtualFile* copy = volume->CopyIn(to.rest, *origin, original, machine_.clock.FileTime());
+    if (copy != nullptr && step.Lost()) volume->LoseContents(*copy);
+    if (copy != nullptr && volume->scanner) volume->Hold(to.rest, *volume->scanner);
     return machine_.End(step, copy != nullptr, 112);  // ERROR_DISK_FULL
   }
   std::string joined;

@@ -133,4 +133,27 @@ World Make(VirtualPc& pc) {
   return world;
 }
 
+SecondStick AddSecondStick(VirtualPc& pc) {
+  VirtualDisk& disk = pc.AddDisk(kStick + 1, 2 * kStickBytes);
+  VirtualVolume& g = pc.AddVolume('G', disk, kMainStart, kMainSectors);
+  VirtualVolume& h = pc.AddVolume('H', disk, kSecondStart, kSecondSectors, "FAT32");
+  VirtualSector mbr = Grub4dosMbr();
+  Write32(mbr, 440, 0x0BADCAFE);
+  SetEntry(mbr, 1, true, 0x07, kMainStart, kMainSectors);
+  SetEntry(mbr, 2, false, 0x0C, kSecondStart, kSecondSectors);
+  for (const std::uint64_t lba : {0U, 30U, 60U}) disk.SetSector(lba, mbr);
+  disk.SetSector(kMainStart, NtfsBootRecord());
+  g.AddText("\\_ISO\\tsd\\grub\\tsd.cfg", "menu of the second stick");
+  std::uint64_t lba = 1'500'000;
+  for (const Place& place : {kNtfsImage, kFatImage, kMarkedImage, kCompanion, kFourth}) {
+    VirtualSector record = Fat32BootRecord();
+    Write(record, 100, "of the second stick");
+    AddImage(g, {place.path, lba, place.sectors / 2}, record);
+    lba += 200'000;
+  }
+  AddImage(h, {kCompanion.path, kSecondStart + 5000, 64}, Fat32BootRecord());
+  pc.RenewTables();
+  return {disk, g, h};
+}
+
 }  // namespace demo

@@ -31,6 +31,19 @@ const char* ControlName(std::uint32_t code) {
   }
 }
 
+// "rw share=rw": what is asked for and what is left to others; then the flags, where there are any.
+std::string OpenMode(std::uint32_t access, std::uint32_t share, std::uint32_t flags) {
+  std::string mode = (access & kGenericRead) != 0 ? "r" : "";
+  if ((access & kGenericWrite) != 0) mode += 'w';
+  if ((access & ~kGenericReadWrite) != 0) mode += 'a';
+  mode += mode.empty() ? "- share=" : " share=";
+  const char* const kShares[] = {"-", "r", "w", "rw", "d", "rd", "wd", "rwd"};
+  mode += kShares[share & 7];
+  if ((flags & kFlagNoBuffering) != 0) mode += " unbuffered";
+  if ((flags & ~kFlagNoBuffering) != 0) mode += " flags=" + std::to_string(flags);
+  return mode;
+}
+
 Op OpOf(std::uint32_t code) {
   switch (code) {
     case kFsctlLockVolume:
@@ -89,6 +102,7 @@ std::uint32_t VirtualDevices::OpenPlainFile(const std::string& path, std::uint32
                                                            : kErrorPathNotFound;
   }
   if ((file->attributes & 16) != 0) return kErrorAccessDenied;
+  if (file->deletePending) return kErrorAccessDenied;
   if (file->heldOpen && (access & kGenericReadWrite) != 0) return kErrorSharingViolation;
   return 0;
 }
@@ -99,6 +113,14 @@ bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
            ((access & kGenericWrite) != 0 && (share & 2) == 0);
   };
   if ((wanted.access & kGenericReadWrite) == 0) return true;
+  if (wanted.kind == OpenHandle::Kind::File) {
+    const auto& holders = wanted.volume->Find(wanted.path)->holders;
+    if (std::any_of(holders.begin(), holders.end(), [&](const Holder& holder) {
+          return conflicts(wanted.access, holder.share) || conflicts(kGenericRead, wanted.share);
+        })) {
+      return false;
+    }
+  }
   return std::none_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
     const OpenHandle& other = held.second;
     const bool same = other.kind == wanted.kind && other.disk == wanted.disk &&
@@ -109,14 +131,16 @@ bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
 }
 
 Handle VirtualDevices::CreateFileA(const std::string& path, std::uint32_t access,
-                                   std::uint32_t share, std::uint32_t disposition, std::uint32_t) {
+                                   std::uint32_t share, std::uint32_t disposition,
+                                   std::uint32_t flags) {
   const bool device = path.starts_with("\\\\.\\");
   const std::string name = device ? path.substr(4) : path;
-  const Step step = machine_.Begin(Op::Open, name);
+  const Step step = machine_.Begin(Op::Open, name, OpenMode(access, share, flags));
   std::uint32_t error = step.Refused() ? machine_.plan.error : 0;
   OpenHandle open;
   open.access = access;
   open.share = share;
+  open.flags = flags;
   if (error == 0 && disposition != kOpenExisting) error = kErrorInvalidParameter;
   if (error == 0) {
     error = device ? OpenDevice(name, access, open) : OpenPlainFile(path, access, open);
@@ -171,6 +195,9 @@ bool VirtualDevices::FlushFileBuffers(Handle handle) {
   if (open->IsRaw() && open->disk != nullptr) {
     if (open->disk->refusesFlush) return machine_.Fail(step, kErrorInvalidFunction);
     open->disk->Flush();
+  }
+  if (open->kind == OpenHandle::Kind::File) {
+    if (VirtualFile* file = open->volume->Find(open->path)) file->unflushed = false;
   }
   return machine_.End(step, true);
 }

@@ -1,7 +1,6 @@
 #include "platform/virtual/disk.h"
 
 #include <algorithm>
-#include <random>
 
 namespace {
 
@@ -39,24 +38,32 @@ void VirtualDisk::CopySectors(std::uint64_t from, std::uint64_t to, std::uint64_
 
 void VirtualDisk::WriteThroughHandle(std::uint64_t lba, const VirtualSector& data) {
   if (forgetful.contains(lba)) return;
-  if (writeBack) pending_.push_back({lba, Sector(lba), data});
+  written.push_back({lba, Sector(lba), data});
+  if (writeBack) held_.push_back(written.back());
   SetSector(lba, data);
 }
 
-void VirtualDisk::LosePower(std::uint32_t seed) {
-  for (auto write = pending_.rbegin(); write != pending_.rend(); ++write) {
+std::size_t VirtualDisk::LosePower(std::uint64_t& fates) {
+  for (auto write = held_.rbegin(); write != held_.rend(); ++write) {
     SetSector(write->lba, write->before);
   }
-  std::minstd_rand random(seed + 1);
-  for (const PendingWrite& write : pending_) {
-    const auto fate = random() % 3;
-    if (fate == 0) continue;
+  for (const SectorWrite& write : held_) {
+    const Fate fate = TakeFate(fates);
+    if (fate == Fate::Dropped) continue;
     VirtualSector sector = write.after;
-    if (fate == 1) {
+    if (fate == Fate::Torn) {
       const VirtualSector old = Sector(write.lba);
       std::copy(old.begin() + 256, old.end(), sector.begin() + 256);
     }
     SetSector(write.lba, sector);
   }
-  pending_.clear();
+  const std::size_t count = held_.size();
+  held_.clear();
+  return count;
+}
+
+Fate TakeFate(std::uint64_t& fates) {
+  const auto fate = static_cast<Fate>(fates % 3);
+  fates /= 3;
+  return fate;
 }

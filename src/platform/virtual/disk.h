@@ -16,6 +16,11 @@ constexpr std::uint32_t kBusSata = 11;
 
 using VirtualSector = std::array<std::uint8_t, 512>;
 
+// What becomes of something held back when power is lost.
+enum class Fate : std::uint8_t { Kept, Dropped, Torn };
+// The lowest digit of fates to the base 3, which it takes off.
+Fate TakeFate(std::uint64_t& fates);
+
 class VirtualDisk {
  public:
   int number = 0;
@@ -44,18 +49,21 @@ class VirtualDisk {
   // The sectors that hold anything, for comparing two moments.
   const std::map<std::uint64_t, VirtualSector>& Contents() const { return sectors_; }
 
-  // Write-back: what was written through a handle since the last flush is at risk in a power cut,
-  // where each such sector is kept, dropped or torn as the seed says.
-  bool writeBack = false;
-  void WriteThroughHandle(std::uint64_t lba, const VirtualSector& data);
-  void Flush() { pending_.clear(); }
-  void LosePower(std::uint32_t seed);
-
- private:
-  struct PendingWrite {
+  // A sector that was written through a handle.
+  struct SectorWrite {
     std::uint64_t lba;
     VirtualSector before, after;
   };
+  std::vector<SectorWrite> written;  // all of them, in order
+
+  // Write-back: what was written through a handle since the last flush is at risk in a power cut.
+  bool writeBack = false;
+  void WriteThroughHandle(std::uint64_t lba, const VirtualSector& data);
+  void Flush() { held_.clear(); }
+  // Decides over each write held back by one digit of fates; returns how many there were.
+  std::size_t LosePower(std::uint64_t& fates);
+
+ private:
   std::map<std::uint64_t, VirtualSector> sectors_;
-  std::vector<PendingWrite> pending_;
+  std::vector<SectorWrite> held_;
 };

@@ -6,6 +6,8 @@ OpMask Reach(FaultKind kind) {
   switch (kind) {
     case FaultKind::ShortTransfer:
       return MaskOf(Op::Read, Op::Write);
+    case FaultKind::LostWrite:
+      return MaskOf(Op::Write, Op::ChildCopy);
     case FaultKind::CutBefore:
     case FaultKind::CutTorn:
     case FaultKind::CutAfter:
@@ -20,7 +22,8 @@ OpMask Reach(FaultKind kind) {
 FaultKind FaultPlan::Next(Op op) {
   if (kind == FaultKind::None || (mask & Reach(kind) & MaskOf(op)) == 0) return FaultKind::None;
   ++seen;
-  if (seen < nth || (seen > nth && !forGood)) return FaultKind::None;
+  const bool inRow = seen >= nth && seen - nth < times;
+  if (!inRow && seen != again) return FaultKind::None;
   ++hits;
   return kind;
 }

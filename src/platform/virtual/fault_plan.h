@@ -1,4 +1,4 @@
-// One failure, planned for the n-th operation, or for all from there on.
+// Failures, planned for the n-th operation, for some in a row, or for all from there on.
 #pragma once
 
 #include <cstddef>
@@ -15,16 +15,20 @@ enum class FaultKind : std::uint8_t {
   Refusal,        // a call that reports by its result fails; a statement throws its Fault
   FaultThrown,    // the operation throws a Fault, whatever it is
   ShortTransfer,  // a read or write moves only half of its whole sectors and reports success
+  LostWrite,      // a write, or what a child copies, is acknowledged and never arrives
   CutBefore,      // power cut before the operation does anything
   CutTorn,        // power cut in its middle: half a sector written, half a file copied
   CutAfter,       // power cut when the operation is done
 };
 
+constexpr std::size_t kForGood = SIZE_MAX;
+
 struct FaultPlan {
   FaultKind kind = FaultKind::None;
   std::size_t nth = 1;         // 1: the first operation that the mask allows
-  bool forGood = false;        // every operation behind the n-th as well
-  OpMask mask = kAnyOp;        // cuts are narrowed to kChangingOps, short ones to transfers
+  std::size_t times = 1;       // so many operations in a row, or kForGood
+  std::size_t again = 0;       // one more operation that is struck; 0: none
+  OpMask mask = kAnyOp;        // narrowed to what the kind can strike
   std::uint32_t error = 1117;  // Windows error of a refused call (ERROR_IO_DEVICE)
   int faultNumber = 57;        // number of a thrown Fault
   std::size_t seen = 0;        // operations counted so far

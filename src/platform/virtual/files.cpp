@@ -8,7 +8,9 @@
 
 namespace {
 constexpr std::uint32_t kDeleteAccess = 0x10000;  // DELETE; nobody here shares it
-}
+constexpr std::size_t kLongestName = 259;
+constexpr std::uint32_t kErrorMoreData = 234;
+}  // namespace
 
 VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
   const SplitPath split = SplitAtVolume(path, machine_.currentFolder);
@@ -40,6 +42,7 @@ VirtualFiles::Place VirtualFiles::Require(const Step& step, const std::string& p
     const bool folder = place.volume->FolderExists(ParentOf(place.path));
     machine_.FailStatement(step, folder ? kFileNotFound : kPathNotFound);
   }
+  if (place.file->deletePending) machine_.FailStatement(step, kPathFileAccessError);
   return place;
 }
 
@@ -47,6 +50,11 @@ bool VirtualFiles::Collides(const Place& place, std::uint32_t access) const {
   if (place.file == nullptr) return false;
   if (place.file->heldOpen) return true;
   const std::uint32_t wanted = access == kDeleteAccess ? kDeleteAccess : access >> 30;
+  // Sharing has read as bit 0, write as bit 1, delete as bit 2.
+  const std::uint32_t needed = access == kDeleteAccess ? 4 : (wanted >> 1 & 1) | (wanted & 1) << 1;
+  for (const Holder& holder : place.file->holders) {
+    if ((needed & ~holder.share) != 0) return true;
+  }
   return std::any_of(machine_.handles.begin(), machine_.handles.end(), [&](const auto& held) {
     const OpenHandle& open = held.second;
     if (open.kind != OpenHandle::Kind::File || open.volume != place.volume ||
@@ -95,6 +103,8 @@ Handle VirtualFiles::FindFirstFileA(const std::string& pattern, FindData& found)
       if (WildcardMatches(mask, name)) search.rest.push_back(name);
     }
     if (search.rest.empty()) error = kErrorFileNotFound;
+    // The record holds 260 characters; a name that is longer ends the search.
+    if (error == 0 && search.rest.front().size() > kLongestName) error = kErrorMoreData;
   }
   if (!machine_.End(step, error == 0, error) || place.volume == nullptr) return kInvalidHandle;
   search.kind = OpenHandle::Kind::Search;
@@ -114,6 +124,7 @@ bool VirtualFiles::FindNextFileA(Handle handle, FindData& found) {
     return machine_.Fail(step, kErrorInvalidHandle);
   }
   if (search->rest.empty()) return machine_.Fail(step, kErrorNoMoreFiles);
+  if (search->rest.front().size() > kLongestName) return machine_.Fail(step, kErrorMoreData);
   Fill(found, *search->volume, search->path, search->rest.front());
   search->rest.erase(search->rest.begin());
   return machine_.End(step, true);
@@ -139,6 +150,8 @@ std::uint32_t VirtualFiles::GetFileAttributesA(const std::string& path) {
     error = kErrorAccessDenied;
   } else if (!isRoot && place.file == nullptr) {
     error = kErrorFileNotFound;
+  } else if (!isRoot && place.file->deletePending) {
+    error = kErrorAccessDenied;
   }
   if (!machine_.End(step, error == 0, error)) return kInvalidAttributes;
   return place.file == nullptr ? kAttributeDirectory : place.file->attributes;
@@ -179,7 +192,7 @@ void VirtualFiles::FileDelete(const std::string& path) {
     machine_.FailStatement(step, kPathFileAccessError);
   }
   if (Collides(place, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
-  place.volume->Remove(place.path);
+  place.volume->Delete(place.path);
   machine_.End(step, true);
 }
 
@@ -193,9 +206,8 @@ void VirtualFiles::FileRename(const std::string& from, const std::string& to) {
   if (target.file != nullptr && target.file != source.file) {
     machine_.FailStatement(step, kFileAlreadyExists);
   }
-  if (source.volume != target.volume || Collides(source, kDeleteAccess)) {
-    machine_.FailStatement(step, kPathFileAccessError);
-  }
+  if (source.volume != target.volume) machine_.FailStatement(step, kPathFileAccessError);
+  if (Collides(source, kDeleteAccess)) machine_.FailStatement(step, kPermissionDenied);
   source.volume->Move(source.path, target.path);
   machine_.End(step, true);
 }

@@ -64,6 +64,11 @@ constexpr OpMask MaskOf(Op first, Ops... rest) {
 
 constexpr OpMask kAnyOp = MaskOf(Op::Count) - 1;
 
+// Statements: what can throw a Fault. All others report by their result.
+constexpr OpMask kStatementOps =
+    MaskOf(Op::Copy, Op::Delete, Op::Rename, Op::MakeFolder, Op::ReadText, Op::ReadBinary,
+           Op::Append, Op::Shell, Op::EndChild);
+
 // Everything that changes what a power cut leaves behind.
 constexpr OpMask kChangingOps =
     MaskOf(Op::Write, Op::Copy, Op::Delete, Op::Rename, Op::MakeFolder, Op::Append, Op::ChildCopy);
@@ -71,7 +76,7 @@ constexpr OpMask kChangingOps =
 struct JournalEntry {
   Op op = Op::Count;
   std::string subject;      // "PhysicalDrive1", "E:", a path, a command line
-  std::string detail;       // a second path, the name of a control code, a number
+  std::string detail;       // a second path, the name of a control code, access and sharing
   std::uint64_t lba = 0;    // reads and writes: sector of the disk (of the file for a file)
   std::uint64_t count = 0;  // reads and writes: sectors asked for
   std::uint32_t code = 0;   // control code

@@ -4,6 +4,9 @@
 
 Step Machine::Begin(Op op, const std::string& subject, const std::string& detail, bool mayThrow) {
   if (off_) throw PowerCut{};
+  ++operations;
+  if (beforeOperation) beforeOperation(operations);
+  for (const auto& volume : volumes) volume->Tick();
   JournalEntry entry;
   entry.op = op;
   entry.subject = subject;
@@ -32,18 +35,23 @@ void Machine::FailStatement(const Step& step, int number) {
 
 void Machine::CutPower() {
   off_ = true;
-  for (const auto& disk : disks) disk->LosePower(cutSeed);
+  std::uint64_t fates = cutFate;
+  for (const auto& disk : disks) heldBack += disk->LosePower(fates);
+  for (const auto& volume : volumes) heldBack += volume->LosePower(fates);
   throw PowerCut{};
 }
 
 void Machine::Reboot() {
   off_ = false;
+  beforeOperation = nullptr;
   handles.clear();
   plan = {};
   for (const auto& volume : volumes) {
     volume->lockedBy = kNoHandle;
     volume->mounted = true;
     volume->present = !volume->tiedToTable;
+    volume->FlushFiles();
+    volume->ForgetHolders();
   }
   for (const auto& disk : disks) ReadTable(*disk);
 }
@@ -91,6 +99,7 @@ void Machine::ReadTable(VirtualDisk& disk) {
       volume->mounted = true;
       volume->lockedBy = kNoHandle;
     }
+    if (!present) volume->ForgetHolders();
     volume->present = present;
   }
 }
@@ -121,9 +130,9 @@ bool Machine::Close(Handle handle) {
 }
 
 bool Machine::HasOpenFiles(const VirtualVolume& volume) const {
-  return std::any_of(handles.begin(), handles.end(), [&](const auto& held) {
-    const OpenHandle& open = held.second;
-    return open.volume == &volume &&
-           (open.kind == OpenHandle::Kind::File || open.kind == OpenHandle::Kind::Search);
-  });
+  return volume.IsHeld() || std::any_of(handles.begin(), handles.end(), [&](const auto& held) {
+           const OpenHandle& open = held.second;
+           return open.volume == &volume &&
+                  (open.kind == OpenHandle::Kind::File || open.kind == OpenHandle::Kind::Search);
+         });
 }

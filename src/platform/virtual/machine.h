@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -40,16 +41,18 @@ struct OpenHandle {
   VirtualDisk* disk = nullptr;
   VirtualVolume* volume = nullptr;
   std::string path;  // files: from the volume's root
-  std::uint32_t access = 0, share = 0;
+  std::uint32_t access = 0, share = 0, flags = 0;
   std::uint64_t offset = 0;
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
   std::vector<std::string> rest;  // searches: names still to give
+  bool dead = false;              // its device was pulled out, whatever has come in its place
 
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
   // What the handle was opened on has been unplugged or has left the table.
   bool IsGone() const {
-    return (disk != nullptr && !disk->plugged) || (kind == Kind::Volume && !volume->present);
+    const bool onVolume = kind == Kind::Volume || kind == Kind::File;
+    return dead || (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
   }
 };
 
@@ -59,6 +62,7 @@ struct Step {
   FaultKind strike = FaultKind::None;
   bool Refused() const { return strike == FaultKind::Refusal; }
   bool Short() const { return strike == FaultKind::ShortTransfer; }
+  bool Lost() const { return strike == FaultKind::LostWrite; }
   bool Torn() const { return strike == FaultKind::CutTorn; }
 };
 
@@ -97,7 +101,12 @@ class Machine {
   std::map<Handle, OpenHandle> handles;
   Journal journal;
   FaultPlan plan;
-  std::uint32_t cutSeed = 0;  // decides what becomes of unflushed writes
+  // What becomes of the things held back in a power cut: a Fate each, as digits to the base 3.
+  std::uint64_t cutFate = 0;
+  std::size_t heldBack = 0;  // how many things the cut found held back
+  // Others at work: called before each operation with its number, from 1.
+  std::function<void(std::size_t)> beforeOperation;
+  std::size_t operations = 0;
   VirtualClock clock{journal};
   std::uint32_t lastError = 0;
   std::string currentFolder = "C:\\Windows\\system32";

@@ -10,6 +10,18 @@ std::uint64_t RoundUp(std::uint64_t value, std::uint64_t unit) {
   return (value + unit - 1) / unit * unit;
 }
 
+// Makes the sectors read as zeros, and says what stood there, by sector from the first.
+std::map<std::uint64_t, VirtualSector> Wipe(VirtualDisk& disk, const Extent& piece,
+                                            std::uint64_t count) {
+  std::map<std::uint64_t, VirtualSector> stood;
+  const auto end = disk.Contents().lower_bound(piece.lba + count);
+  for (auto at = disk.Contents().lower_bound(piece.lba); at != end; ++at) {
+    stood[at->first - piece.lba] = at->second;
+  }
+  for (const auto& [sector, data] : stood) disk.SetSector(piece.lba + sector, {});
+  return stood;
+}
+
 // Copies byte ranges that both begin and end on whole sectors, sparsely.
 void CopyContents(VirtualDisk& to, const std::vector<Extent>& target, const VirtualDisk& from,
                   const std::vector<Extent>& source) {
@@ -21,13 +33,7 @@ void CopyContents(VirtualDisk& to, const std::vector<Extent>& target, const Virt
     }
     return std::uint64_t{0};  // behind a copy that was cut short
   };
-  for (const Extent& piece : target) {
-    for (auto at = to.Contents().lower_bound(piece.lba);
-         at != to.Contents().end() && at->first < piece.lba + piece.sectors;) {
-      const std::uint64_t stale = (at++)->first;
-      to.SetSector(stale, {});
-    }
-  }
+  for (const Extent& piece : target) Wipe(to, piece, piece.sectors);
   for (const Extent& piece : source) {
     const auto end = from.Contents().lower_bound(piece.lba + piece.sectors);
     std::vector<std::pair<std::uint64_t, VirtualSector>> held(
@@ -110,6 +116,7 @@ VirtualFile* VirtualVolume::CopyIn(const std::string& target, const VirtualVolum
                    .size = file.size,
                    .attributes = file.attributes,
                    .lastWriteTime = file.lastWriteTime};
+  copy.unflushed = true;
   if (placement.keepBytes && *placement.keepBytes < copy.size) {
     copy.size = *placement.keepBytes;
     copy.lastWriteTime = now;
@@ -123,4 +130,34 @@ VirtualFile* VirtualVolume::CopyIn(const std::string& target, const VirtualVolum
     CopyContents(*disk, copy.extents, *source.disk, file.extents);
   }
   return &Insert(std::move(copy));
+}
+
+void VirtualVolume::LoseContents(VirtualFile& file) {
+  for (const Extent& piece : file.extents) {
+    for (const auto& [sector, data] : Wipe(*disk, piece, piece.sectors)) {
+      file.cached[piece.fileOffset / 512 + sector] = data;
+    }
+  }
+}
+
+void VirtualVolume::FlushFiles() {
+  for (auto& [key, file] : files_) {
+    file.unflushed = false;
+    file.cached.clear();
+  }
+}
+
+std::size_t VirtualVolume::LosePower(std::uint64_t& fates) {
+  std::size_t count = 0;
+  for (auto& [key, file] : files_) {
+    if (!file.unflushed || disk == nullptr || !disk->writeBack || file.extents.empty()) continue;
+    ++count;
+    const Fate fate = TakeFate(fates);
+    for (const Extent& piece : file.extents) {
+      const std::uint64_t kept = fate == Fate::Torn ? piece.sectors / 2 : 0;
+      if (fate == Fate::Kept) continue;
+      Wipe(*disk, {0, piece.lba + kept, 0}, piece.sectors - kept);
+    }
+  }
+  return count;
 }

@@ -59,6 +59,7 @@ std::uint32_t VirtualProcesses::Shell(const std::string& program, const std::str
   if (step.Refused()) machine_.FailStatement(step, kFileNotFound);
   Child child;
   child.commandLine = commandLine;
+  child.hasInput = windowStyle != kWindowHidden;
   child.script = TakeScript(commandLine);
   if (child.script.refusedWith != 0) machine_.FailStatement(step, child.script.refusedWith);
   std::string rest;
@@ -136,6 +137,7 @@ std::string VirtualProcesses::ToolText(const std::string& path) {
   }
   const VirtualFile* file = File(path);
   if (file == nullptr) return "The system cannot find the file specified.\r\n";
+  if (file->deletePending) return "Access is denied.\r\n";
   return ExtentsText(file->extents);
 }
 

@@ -63,6 +63,7 @@ class VirtualProcesses : public Processes {
  private:
   struct Child {
     std::string commandLine;
+    bool hasInput = true;  // a hidden one reads from the null device
     ChildScript script;
     std::uint64_t endsAt = 0;  // on the clock
     std::uint32_t exitCode = 0;

@@ -23,9 +23,12 @@ std::uint32_t VirtualDevices::CheckTransfer(const OpenHandle& open, std::uint32_
                                             bool writing) {
   if ((open.access & (writing ? kGenericWrite : kGenericRead)) == 0) return kErrorAccessDenied;
   if (open.IsGone()) return kErrorDeviceRemoved;
-  if (!open.IsRaw()) return writing ? kErrorAccessDenied : 0;
+  if (!open.IsRaw() && writing) return kErrorAccessDenied;
+  const bool wholeSectors = open.offset % 512 == 0 && bytes % 512 == 0;
+  if (!open.IsRaw() && (open.flags & kFlagNoBuffering) == 0) return 0;
+  if (!wholeSectors) return kErrorInvalidParameter;
+  if (!open.IsRaw()) return 0;
   if (open.disk == nullptr) return kErrorInvalidFunction;
-  if (open.offset % 512 != 0 || bytes % 512 != 0) return kErrorInvalidParameter;
   if (open.offset / 512 + bytes / 512 > SectorsOf(open)) return kErrorSectorNotFound;
   const std::uint64_t lba = BaseOf(open) + open.offset / 512;
   const auto& bad = writing ? open.disk->unwritable : open.disk->unreadable;
@@ -64,8 +67,9 @@ bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t b
   if (!open->IsRaw()) {
     const VirtualFile* file = open->volume->Find(open->path);
     if (file == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
+    const bool unbuffered = (open->flags & kFlagNoBuffering) != 0;
     const std::string text =
-        open->volume->Read(*file, open->offset, step.Short() ? bytes / 2 : bytes);
+        open->volume->Read(*file, open->offset, step.Short() ? bytes / 2 : bytes, unbuffered);
     if (!text.empty() && data != nullptr) std::memcpy(data, text.data(), text.size());
     transferred = static_cast<std::uint32_t>(text.size());
   } else {
@@ -98,7 +102,7 @@ bool VirtualDevices::WriteFile(Handle handle, const std::uint8_t* data, std::uin
   for (std::uint32_t i = 0; i < sectors; ++i) {
     VirtualSector sector;
     std::memcpy(sector.data(), data + std::size_t{i} * 512, 512);
-    open->disk->WriteThroughHandle(lba + i, sector);
+    if (!step.Lost()) open->disk->WriteThroughHandle(lba + i, sector);
   }
   if (step.Torn()) {
     VirtualSector half = open->disk->Sector(lba + sectors);

@@ -11,13 +11,16 @@ SplitPath SplitAtVolume(const std::string& path, const std::string& folder) {
   const bool hasLetter = path.size() >= 2 && path[1] == ':';
   const std::string whole = hasLetter ? path : folder + "\\" + path;
   SplitPath split{UpperCase(whole.substr(0, 1))[0], ""};
-  for (std::size_t i = 2; i < whole.size(); ++i) {
-    const char c = whole[i] == '/' ? '\\' : whole[i];
-    if (c == '\\' && !split.rest.empty() && split.rest.back() == '\\') continue;
-    if (split.rest.empty() && c != '\\') split.rest = "\\";
-    split.rest += c;
+  for (std::size_t at = 2; at < whole.size();) {
+    const std::size_t end = std::min(whole.find_first_of("\\/", at), whole.size());
+    const std::string part = whole.substr(at, end - at);
+    at = end + 1;
+    if (part == "..") {
+      split.rest = ParentOf(split.rest);
+    } else if (!part.empty() && part != ".") {
+      split.rest += "\\" + part;
+    }
   }
-  if (!split.rest.empty() && split.rest.back() == '\\') split.rest.pop_back();
   return split;
 }
 
@@ -106,8 +109,8 @@ void VirtualVolume::Move(const std::string& from, const std::string& to) {
   }
 }
 
-std::string VirtualVolume::Read(const VirtualFile& file, std::uint64_t offset,
-                                std::uint64_t bytes) const {
+std::string VirtualVolume::Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes,
+                                bool pastCache) const {
   if (offset >= file.size) return "";
   bytes = std::min(bytes, file.size - offset);
   if (file.extents.empty()) {
@@ -121,7 +124,10 @@ std::string VirtualVolume::Read(const VirtualFile& file, std::uint64_t offset,
       return at >= e.fileOffset && at < e.fileOffset + e.sectors * 512;
     });
     if (piece == file.extents.end()) throw std::logic_error("file with a hole: " + file.path);
-    const VirtualSector sector = disk->Sector(piece->lba + (at - piece->fileOffset) / 512);
+    const auto cached = pastCache ? file.cached.end() : file.cached.find(at / 512);
+    const VirtualSector sector = cached != file.cached.end()
+                                     ? cached->second
+                                     : disk->Sector(piece->lba + (at - piece->fileOffset) / 512);
     const std::size_t within = (at - piece->fileOffset) % 512;
     const std::size_t take = std::min<std::size_t>(512 - within, bytes - text.size());
     text.append(reinterpret_cast<const char*>(sector.data()) + within, take);

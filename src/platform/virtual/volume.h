@@ -2,7 +2,8 @@
 // names, sizes, times and places are kept here.
 //
 // Does not model: the file system's own records on the disk (a raw write over them is not
-// noticed), short names, security, letters of other alphabets in comparing names, streams.
+// noticed, and a delete or a rename outlives every power cut), short names, security, letters of
+// other alphabets in comparing names, streams.
 #pragma once
 
 #include <cstddef>
@@ -20,6 +21,15 @@
 constexpr std::uint32_t kDeviceTypeCd = 2;
 constexpr std::uint32_t kDeviceTypeDisk = 7;
 
+constexpr std::uint32_t kShareAll = 7;
+constexpr std::uint32_t kShareReadWriteOnly = 3;  // not deleting and renaming
+
+// Another program, a scanner for instance, that has a file open for reading.
+struct Holder {
+  std::uint32_t share = kShareAll;
+  std::size_t operations = 0;  // of this program, after which it lets go; 0: when it is told to
+};
+
 struct VirtualFile {
   std::string path;  // from the volume's root, with the backslash in front
   std::uint64_t size = 0;
@@ -28,6 +38,11 @@ struct VirtualFile {
   std::vector<Extent> extents = {};  // absolute sectors of the disk; none for a resident file
   std::string resident = "";         // all of a file that owns no sectors
   bool heldOpen = false;             // by a child that has not ended
+  bool unflushed = false;            // a copy that a power cut can still take
+  // What reads through the cache see and the disk never got, by sector of the file.
+  std::map<std::uint64_t, VirtualSector> cached = {};
+  std::vector<Holder> holders = {};  // they hold the file, whatever it is called
+  bool deletePending = false;        // deleted; the name goes when the last holder lets go
 };
 
 // Where and how the next file that is copied to the volume comes to lie.
@@ -75,18 +90,36 @@ class VirtualVolume {
   void Remove(const std::string& path);
   void Move(const std::string& from, const std::string& to);  // with everything below it
 
-  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes) const;
+  // Other programs' open files.
+  std::optional<Holder> scanner;  // opens each file that is copied to the volume
+  void Hold(const std::string& path, const Holder& holder = {});
+  void Tick();           // an operation passes
+  void LetGo();          // all holders, which completes pending deletes
+  void ForgetHolders();  // as after a dismount: their handles are dead, pending deletes undone
+  bool IsHeld() const { return isHeld_; }
+  void Delete(const std::string& path);  // at once, or when the last holder lets go
+
+  std::string Read(const VirtualFile& file, std::uint64_t offset, std::uint64_t bytes,
+                   bool pastCache = false) const;
   // Makes target a copy of bytes of source's file, as placements says. Null: no room, no target.
   VirtualFile* CopyIn(const std::string& target, const VirtualVolume& source,
                       const VirtualFile& file, std::uint64_t now);
+  // The contents of file, which was just copied, stay in the cache and never reach the disk.
+  void LoseContents(VirtualFile& file);
+  // As the system does before a dismount: writes back, forgets the cache.
+  void FlushFiles();
+  // As VirtualDisk::LosePower, for the copies made since the last flush where the disk holds back.
+  std::size_t LosePower(std::uint64_t& fates);
 
  private:
   VirtualFile& Insert(VirtualFile file);
+  void DropHolders(bool (*lets)(Holder&));
   std::vector<Extent> Allocate(std::uint64_t sectorCount, const Placement& placement) const;
   std::vector<std::pair<std::uint64_t, std::uint64_t>> Gaps() const;
   bool IsFree(std::uint64_t lba, std::uint64_t count) const;
 
   std::map<std::string, VirtualFile> files_;  // by upper-case path
+  bool isHeld_ = false;
 };
 
 // "E:\a\\b" as "E" and "\a\b". A path without a letter is taken from folder.

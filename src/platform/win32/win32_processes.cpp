@@ -28,6 +28,28 @@ HANDLE JobOf(HANDLE process) {
   return nullptr;
 }
 
+// The null device, to be inherited. Every other handle of this process was made without that.
+class NullDevice {
+ public:
+  NullDevice() = default;
+  ~NullDevice() { ::CloseHandle(handle_); }
+  NullDevice(const NullDevice&) = delete;
+  NullDevice& operator=(const NullDevice&) = delete;
+
+  // A hidden child's question would never be seen or answered: its input is at its end at once.
+  void GiveTo(STARTUPINFOA& startup) const {
+    if (handle_ == INVALID_HANDLE_VALUE) return;
+    startup.dwFlags |= STARTF_USESTDHANDLES;
+    startup.hStdInput = startup.hStdOutput = startup.hStdError = handle_;
+  }
+
+ private:
+  SECURITY_ATTRIBUTES inherited_{sizeof inherited_, nullptr, TRUE};
+  HANDLE handle_ =
+      ::CreateFileA("NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    &inherited_, OPEN_EXISTING, 0, nullptr);
+};
+
 std::string SystemFolder() {
   char folder[MAX_PATH] = "";
   return ::GetSystemDirectoryA(folder, MAX_PATH) != 0 ? folder : "";
@@ -41,12 +63,15 @@ class RealProcesses final : public Processes {
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = static_cast<WORD>(windowStyle);
+    const NullDevice null;
+    if (windowStyle == kWindowHidden) null.GiveTo(startup);
+    const BOOL inherits = (startup.dwFlags & STARTF_USESTDHANDLES) != 0;
     // The call may write into the command line.
     std::vector<char> line(commandLine.c_str(), commandLine.c_str() + commandLine.size() + 1);
     const std::string folder = SystemFolder();
     PROCESS_INFORMATION made;
     if (!::CreateProcessA(program.empty() ? nullptr : program.c_str(), line.data(), nullptr,
-                          nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+                          nullptr, inherits, CREATE_SUSPENDED, nullptr,
                           folder.empty() ? nullptr : folder.c_str(), &startup, &made)) {
       const DWORD error = ::GetLastError();
       const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;

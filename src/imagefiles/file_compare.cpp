@@ -1,0 +1,94 @@
+#include "imagefiles/file_compare.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/platform.h"
+#include "shell/failure.h"
+
+namespace {
+
+// Reads past the cache begin at whole sectors, ask for whole sectors and go into memory that is
+// aligned as a sector is. 4096 is the largest sector of any device.
+constexpr std::size_t kAlignment = 4096;
+constexpr std::uint64_t kChunk = 1 << 20;
+
+std::uint32_t NextChunk(std::uint64_t left) {
+  return static_cast<std::uint32_t>(std::min(left, kChunk));
+}
+
+// The end of the file cuts its last sector short; asking for a part of it isn't allowed.
+std::uint32_t InWholeSectors(std::uint32_t bytes) {
+  return (bytes + kAlignment - 1) / kAlignment * kAlignment;
+}
+
+class AlignedMemory {
+ public:
+  explicit AlignedMemory(std::size_t bytes) : memory_(bytes + kAlignment) {
+    void* start = memory_.data();
+    std::size_t space = memory_.size();
+    data_ = static_cast<std::uint8_t*>(std::align(kAlignment, bytes, start, space));
+  }
+  std::uint8_t* Data() { return data_; }
+
+ private:
+  std::vector<std::uint8_t> memory_;
+  std::uint8_t* data_;
+};
+
+Handle OpenPastCache(const std::string& path) {
+  ErrorMode quietly;
+  return quietly(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA(path, kGenericRead, kShareRead, kOpenExisting,
+                                    kFlagNoBuffering);
+  });
+}
+
+void Close(Handle file) {
+  ErrorMode quietly;
+  if (file != kInvalidHandle) quietly([&] { Sys.devices->CloseHandle(file); });
+}
+
+std::optional<std::uint64_t> SizeOf(Handle file) {
+  std::uint32_t high = 0;
+  const std::uint32_t low = Sys.devices->GetFileSize(file, high);
+  if (low == kInvalidFileSize && Sys.devices->GetLastError() != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
+bool ReadNext(Handle file, AlignedMemory& memory, std::uint32_t bytes) {
+  std::uint32_t count = 0;
+  return Sys.devices->ReadFile(file, memory.Data(), InWholeSectors(bytes), count) && count == bytes;
+}
+
+bool HoldSame(Handle file1, Handle file2) {
+  const std::optional<std::uint64_t> size = SizeOf(file1);
+  if (!size || SizeOf(file2) != size) return false;
+  AlignedMemory memory1(InWholeSectors(NextChunk(*size))),
+      memory2(InWholeSectors(NextChunk(*size)));
+  for (std::uint64_t left = *size; left > 0;) {
+    const std::uint32_t bytes = NextChunk(left);
+    if (!ReadNext(file1, memory1, bytes) || !ReadNext(file2, memory2, bytes) ||
+        std::memcmp(memory1.Data(), memory2.Data(), bytes) != 0) {
+      return false;
+    }
+    left -= bytes;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool HoldSameBytes(const std::string& path1, const std::string& path2) {
+  const Handle file1 = OpenPastCache(path1);
+  const Handle file2 = file1 == kInvalidHandle ? kInvalidHandle : OpenPastCache(path2);
+  ErrorMode quietly;
+  const bool same =
+      file2 != kInvalidHandle && quietly(false, [&] { return HoldSame(file1, file2); });
+  Close(file2);
+  Close(file1);
+  return same;
+}

@@ -1,0 +1,272 @@
+#include "imagefiles/moving_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "disk/file_probe.h"
+#include "imagefiles/child_process.h"
+#include "imagefiles/file_compare.h"
+#include "imagefiles/file_order.h"
+#include "platform/platform.h"
+#include "shell/message_box.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::uint32_t kPause = 100;  // ms
+constexpr int kLastTries = 50;         // with a pause each
+constexpr int kAsideNames = 40;        // more than there are rounds
+constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;
+
+enum class Name { Free, Stands, Unknown };
+
+// A name is free only where the system says so. While a deleted file is held open somewhere its
+// name can neither be used nor looked at.
+Name Ask(const std::string& path) {
+  ErrorMode quietly;
+  return quietly(Name::Unknown, [&] {
+    const std::uint32_t attributes = Sys.files->GetFileAttributesA(path);
+    if (attributes != kInvalidAttributes) {
+      return (attributes & kAttributeDirectory) == 0 ? Name::Stands : Name::Unknown;
+    }
+    const std::uint32_t error = Sys.devices->GetLastError();
+    const bool none = error == kErrorFileNotFound || error == kErrorPathNotFound;
+    return none ? Name::Free : Name::Unknown;
+  });
+}
+
+bool IsLike(const std::optional<FindData>& file, const std::optional<FindData>& other) {
+  return file && other && file->size == other->size && file->lastWriteTime == other->lastWriteTime;
+}
+
+// What a file consists of must be on the device before another one goes in its favour.
+bool IsFlushed(const std::string& path) {
+  ErrorMode quietly;
+  const Handle file = quietly(kInvalidHandle, [&] {
+    return Sys.devices->CreateFileA(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
+  });
+  if (file == kInvalidHandle) return false;
+  const bool flushed = quietly(false, [&] { return Sys.devices->FlushFileBuffers(file); });
+  const bool closed = quietly(false, [&] { return Sys.devices->CloseHandle(file); });
+  return flushed && closed;
+}
+
+void DeleteQuietly(const std::string& path) {
+  ErrorMode quietly;
+  quietly([&] { Sys.files->FileDelete(path); });
+}
+
+void RenameQuietly(const std::string& from, const std::string& to) {
+  ErrorMode quietly;
+  quietly([&] { Sys.files->FileRename(from, to); });
+}
+
+std::string BareName(const std::string& path) {
+  return path.substr(path.rfind('\\') + 1);
+}
+
+// Letters outside ASCII count as the same: their upper case isn't known here, and a name taken
+// for another one costs a repair, not a file.
+std::string Folded(const std::string& name) {
+  std::string folded = UpperCase(name);
+  std::replace_if(
+      folded.begin(), folded.end(), [](char c) { return (c & 0x80) != 0; }, '?');
+  return folded;
+}
+
+}  // namespace
+
+std::string MovingFile::AsideName(int number) const {
+  return file_ + "yyy" + (number == 1 ? "" : Decimal(number));
+}
+
+bool MovingFile::IsTemporary(const std::string& bareName) const {
+  const std::string name = Folded(bareName);
+  bool known = name == Folded(BareName(copy_));
+  for (int i = 1; i <= kAsideNames; ++i) known = known || name == Folded(BareName(AsideName(i)));
+  return known;
+}
+
+bool MovingFile::WouldTakeANameOf(const std::string& imageFile) const {
+  const std::string image = BareName(imageFile);
+  const std::size_t dot = std::min(image.rfind('.'), image.size());
+  const std::size_t x4 = FindIgnoringCase(image, "X4", dot);
+  const std::string fourth = x4 == std::string::npos ? "" : image.substr(x4 + 2);
+  return IsTemporary(image) || IsTemporary(image.substr(0, dot)) || IsTemporary(fourth);
+}
+
+std::vector<std::string> MovingFile::AsidesThere() const {
+  std::vector<std::string> names;
+  ErrorMode quietly;
+  quietly([&] {
+    FindData found;
+    const Handle search = Sys.files->FindFirstFileA(AsideName(1) + "*", found);
+    if (search == kInvalidHandle) return;
+    do {
+      if (IsTemporary(found.name)) {
+        names.push_back(file_.substr(0, file_.rfind('\\') + 1) + found.name);
+      }
+    } while (Sys.files->FindNextFileA(search, found));
+    Sys.files->FindClose(search);
+  });
+  return names;
+}
+
+void MovingFile::GiveBack(const std::string& from) {
+  on_([&] { Sys.files->FileRename(from, file_); });
+  if (Ask(file_) != Name::Stands) holder_ = from;
+}
+
+void MovingFile::ClearUp() {
+  if (mayMove_) ClearUpAsides();
+  ClearUpCopy();
+}
+
+void MovingFile::ClearUpAsides() {
+  for (const std::string& aside : AsidesThere()) {
+    const Name name = Ask(file_);
+    if (name == Name::Free) GiveBack(aside);
+    if (name == Name::Stands && HoldSameBytes(file_, aside)) {
+      on_([&] { Sys.files->FileDelete(aside); });
+    }
+  }
+}
+
+void MovingFile::ClearUpCopy() {
+  if (!FileExists(copy_) || !mayMove_) return;
+  const Name name = Ask(file_);
+  if (name == Name::Free) GiveBack(copy_);
+  if (name == Name::Stands) on_([&] { Sys.files->FileDelete(copy_); });
+  Sys.clock->Sleep(kPause);
+  if (Ask(copy_) != Name::Free) StayInPlace();
+}
+
+bool MovingFile::CanBeCopied() const {
+  if (!mayMove_ || InterpreterChangesBare(file_) || Ask(copy_) != Name::Free) return false;
+  const std::optional<FindData> original = FindFile(file_);
+  return original && (original->attributes & kAttributeReadOnly) == 0;
+}
+
+void MovingFile::Copy() {
+  if (copyIsOurs_) DropCopy();  // of a round that couldn't
+  copyIsProven_ = false;
+  copyIsFresh_ = CanBeCopied();
+  if (!copyIsFresh_) return;
+  copyIsOurs_ = true;
+  RunCmd("cmd.exe /c copy " + file_ + " " + copy_, kWindowHidden);
+}
+
+bool MovingFile::CopyIsThere() const {
+  return FileExists(copy_) && copyIsFresh_;
+}
+
+bool MovingFile::KeepWholeCopy() {
+  const std::optional<FindData> original = FindFile(file_);
+  copyIsProven_ =
+      IsLike(FindFile(copy_), original) && IsFlushed(copy_) && HoldSameBytes(copy_, file_);
+  if (!copyIsProven_) {
+    DropCopy();
+    return false;
+  }
+  original_ = original;
+  return true;
+}
+
+// The name of a file that somebody holds open stays taken after its delete.
+std::string MovingFile::FreeAsideName() const {
+  int number = 1;
+  while (number < kAsideNames && Ask(AsideName(number)) != Name::Free) ++number;
+  return AsideName(number);
+}
+
+void MovingFile::SetAside() {
+  const std::string aside = FreeAsideName();
+  aside_.clear();
+  on_([&] {
+    Sys.files->FileRename(file_, aside);
+    aside_ = aside;
+  });
+  if (aside_.empty()) return;
+  holder_ = aside;
+  asides_.push_back(aside);
+}
+
+void MovingFile::GiveName() {
+  if (!copyIsProven_) return;
+  // Another program may have written to the original since it was compared.
+  const std::optional<FindData> aside = aside_.empty() ? std::nullopt : FindFile(aside_);
+  if (aside && !IsLike(aside, original_)) {
+    copyIsProven_ = false;
+    original_ = aside;
+  }
+  bool renamed = false;
+  if (copyIsProven_) {
+    on_([&] {
+      Sys.files->FileRename(copy_, file_);
+      renamed = true;
+    });
+  }
+  if (renamed) {
+    holder_.clear();
+    copyIsOurs_ = copyIsProven_ = false;
+  } else {
+    TakeBack();
+    DropCopy();
+  }
+}
+
+// A rename that was told as done may be undone where the stick dropped out, so what is on the disk
+// counts.
+bool MovingFile::IsSuccessorOf(const std::string& aside) const {
+  return Ask(file_) == Name::Stands && IsLike(FindFile(aside), FindFile(file_)) && IsFlushed(file_);
+}
+
+void MovingFile::DeleteAside() {
+  const std::string aside = std::exchange(aside_, "");
+  if (aside.empty() || IsNameless() || !IsSuccessorOf(aside)) return;
+  on_([&] { Sys.files->FileDelete(aside); });
+}
+
+void MovingFile::TakeBack() {
+  if (!IsNameless()) return;
+  RenameQuietly(holder_, file_);
+  if (copyIsProven_ && IsNameless()) RenameQuietly(copy_, file_);
+}
+
+void MovingFile::DropCopy() {
+  // Where the original isn't seen the copy may be all that there is.
+  if (Ask(file_) == Name::Stands && Ask(copy_) != Name::Free) DeleteQuietly(copy_);
+}
+
+bool MovingFile::IsNameless() {
+  if (!holder_.empty() && Ask(file_) == Name::Stands &&
+      (!original_ || IsLike(FindFile(file_), original_))) {
+    holder_.clear();
+  }
+  return !holder_.empty();
+}
+
+void MovingFile::DropLeftOvers() {
+  if (copyIsOurs_) DropCopy();
+  for (const std::string& aside : asides_) {
+    if (IsSuccessorOf(aside)) DeleteQuietly(aside);
+  }
+}
+
+bool MovingFile::Finish() {
+  const bool wasNameless = IsNameless();
+  TakeBack();
+  for (int i = 0; i < kLastTries && IsNameless(); ++i) {
+    Sys.clock->Sleep(kPause);
+    TakeBack();
+  }
+  if (!IsNameless()) {
+    DropLeftOvers();
+  } else {
+    MsgBox({.title = "File has another name!",
+            .text = "ERROR: File " + file_ + " is called " + holder_ +
+                    " now.\r\nClose other programs and rename it before you do anything else.",
+            .icon = Icon::Exclamation});
+  }
+  return wasNameless;
+}

@@ -1,0 +1,82 @@
+// A file on its way to a new place on the disk: copied to a temporary name, set aside under
+// another one, replaced by its copy, and only then deleted. At every moment a whole file stands.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+#include "shell/failure.h"
+
+class MovingFile {
+ public:
+  // The copy is called as the file with copyEnding behind it. The original is set aside under its
+  // name with "yyy" behind it, or "yyy2" to "yyy40" where that one is taken. What a user should
+  // hear of when it fails runs in on.
+  MovingFile(const std::string& file, const char* copyEnding, ErrorMode& on)
+      : file_(file), copy_(file + copyEnding), on_(on) {}
+
+  [[nodiscard]] const std::string& Path() const { return file_; }
+
+  // True if the bare name of the image, its companion or its fourth file is a temporary name of
+  // this file. The names of all three follow from the image's; where they lie doesn't matter.
+  [[nodiscard]] bool WouldTakeANameOf(const std::string& imageFile) const;
+
+  // Nothing is copied, renamed or deleted from now on.
+  void StayInPlace() { mayMove_ = false; }
+
+  // Clears up after a run that was stopped. A file that is missing gets its name back. Otherwise
+  // a copy is deleted, and an original that was set aside if it holds the file's bytes. Where a
+  // copy's name doesn't become free by that, the file stays in its place.
+  void ClearUp();
+
+  // Not started where the interpreter would do something else with the line than copy, where the
+  // copy's name isn't free, or where the original isn't seen or couldn't be deleted.
+  void Copy();
+
+  // Writes the log line of FileExists. False for anything but what the last Copy made.
+  [[nodiscard]] bool CopyIsThere() const;
+
+  // True for a copy with the original's length, last-write time and, on the device, bytes. Any
+  // other is dropped.
+  bool KeepWholeCopy();
+
+  // The exchange, in this order. Each does nothing where the step before it failed, but GiveName
+  // is tried all the same: it fails as the rename does, and gives the original its name back.
+  void SetAside();
+  void GiveName();
+  void DeleteAside();
+
+  // True while the file stands under a temporary name only, as far as is known.
+  [[nodiscard]] bool IsNameless();
+
+  // At the end: tries for some seconds more to name a nameless file, and tells in a box where it
+  // is if that fails; else deletes what is left over. True if the file was nameless.
+  bool Finish();
+
+ private:
+  std::string AsideName(int number) const;
+  bool IsTemporary(const std::string& bareName) const;
+  std::vector<std::string> AsidesThere() const;
+  std::string FreeAsideName() const;
+  bool CanBeCopied() const;
+  bool IsSuccessorOf(const std::string& aside) const;
+  void ClearUpAsides();
+  void ClearUpCopy();
+  void GiveBack(const std::string& from);
+  void TakeBack();
+  void DropCopy();
+  void DropLeftOvers();
+
+  std::string file_, copy_;
+  ErrorMode& on_;
+  bool mayMove_ = true;
+  bool copyIsOurs_ = false;           // what bears the copy's name, if anything, was made here
+  bool copyIsFresh_ = false;          // by the last Copy
+  bool copyIsProven_ = false;         // to be as the original
+  std::optional<FindData> original_;  // as it was then
+  std::string aside_;                 // where it was set aside to in this round
+  std::vector<std::string> asides_;   // in all rounds
+  std::string holder_;                // the temporary name that holds the file; empty: none
+};
