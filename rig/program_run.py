@@ -118,6 +118,15 @@ class Robot:
         self.do(f"answer {caption}")
         self.wait(f"{before['title']!r} to close", lambda now: before not in now["boxes"])
 
+    def answer_by_key(self, key, seconds=FAR_OFF):
+        """A box takes no key in its first moments, so the key is pressed until the box is gone."""
+        box, end = self.state()["boxes"][0], time.monotonic() + seconds
+        while box in self.state()["boxes"]:
+            if time.monotonic() > end:
+                raise AssertionError(f"key {key} didn't answer; the robot saw {self.seen()}")
+            self.do(f"keys {key}")
+            time.sleep(0.3)
+
     def box(self, title, answer, seconds=FAR_OFF):
         """Reads a box and answers it."""
         box = self.expect_box(title, seconds)
@@ -125,11 +134,14 @@ class Robot:
         return box
 
     def doubleclick(self, text):
+        self.do(f"doubleclick {self.row(text)}")
+
+    def row(self, text):
         images = self.state()["images"]
         rows = [row for row, image in enumerate(images) if text in image]
         if len(rows) != 1:
             raise AssertionError(f"no single row with {text!r} in {images}")
-        self.do(f"doubleclick {rows[0]}")
+        return rows[0]
 
 
 def box_text(box):
@@ -201,10 +213,16 @@ class ProgramRun:
                                             ROTATE_RIG_ANSWERS=windows_path(self.answers()))
         self.robot = Robot(self.environment, self.usb.journal, self.ended)
         self.children.append(self.robot.process)
-        self.launched = subprocess.Popen(
-            [WINE, os.path.join(BIN, "launcher.exe"), library, "C:\\rotate\\Rotate_TSD.exe"],
-            env=self.environment, cwd=place, stdin=subprocess.DEVNULL)
-        self.children.append(self.launched)
+        self.command = [WINE, os.path.join(BIN, "launcher.exe"), library,
+                        "C:\\rotate\\Rotate_TSD.exe"]
+        self.place = place
+        self.launched = self.launch()
+
+    def launch(self):
+        """Starts the program, also once more."""
+        self.children.append(subprocess.Popen(self.command, env=self.environment, cwd=self.place,
+                                              stdin=subprocess.DEVNULL))
+        return self.children[-1]
 
     def ended(self):
         return self.launched is not None and self.launched.poll() is not None

@@ -2,15 +2,22 @@
 // sees. One command a line on standard input, one line of JSON a command on standard output.
 //   state              the window, its controls and the boxes that are open
 //   pick N             choose row N of the drop-down list
+//   select N           click row N of the list box
 //   doubleclick N      double-click row N of the list box
 //   label CAPTION      double-click the label
 //   click CAPTION      click the button or check box (its caption without the "&")
 //   answer CAPTION     click a button of the topmost box
 //   type TEXT          put TEXT into the topmost box's text field
 //   focus              bring the window to the front
+//   minimise           as the button in the window's frame does
+//   freeze, thaw       stop the window's thread, and let it go on
 //   pointer X Y        put the mouse pointer there, in pixels of the screen
 //   hover CAPTION      put the mouse pointer onto a button or check box
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
+//   hammer VK MS       press a key every MS milliseconds until a box is there
+//   hold VK MS         hold a key down that repeats every MS milliseconds, from before a box is
+//   there
+//                      to a second after
 //   idle MS            wait until the window answers at once, five times running
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
 #include <windows.h>
@@ -196,8 +203,10 @@ std::string State() {
     json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT);
     json += ",\"image\":" + std::to_string(static_cast<int>(Send(list, LB_GETCURSEL)));
     json += ",\"focus\":" + Json(FocusText(found.main));
+    json += ",\"minimised\":" + std::string(IsIconic(found.main) ? "true" : "false");
     json += ",\"blocked\":" + std::string(IsWindowEnabled(found.main) ? "false" : "true");
   }
+  json += ",\"front\":" + Json(Text(GetForegroundWindow()));
   json += ",\"tip\":" + (found.tip == nullptr ? "null" : Json(Text(found.tip)));
   json += ",\"boxes\":[";
   for (HWND box : found.boxes) {
@@ -226,6 +235,16 @@ bool DoubleClick(HWND main, WPARAM row) {
   return true;
 }
 
+bool Select(HWND main, unsigned row) {
+  RECT place;
+  HWND list = Child(main, "ListBox");
+  if (Send(list, LB_GETITEMRECT, row, reinterpret_cast<LPARAM>(&place)) < 0) return false;
+  const LPARAM at = MAKELPARAM(place.left + 8, (place.top + place.bottom) / 2);
+  Send(list, WM_LBUTTONDOWN, MK_LBUTTON, at);
+  Send(list, WM_LBUTTONUP, 0, at);
+  return Send(list, LB_GETCURSEL) == static_cast<LRESULT>(row);
+}
+
 bool DoubleClickLabel(HWND main, const std::string& caption) {
   HWND label = Child(main, "Static", caption);
   return label != nullptr && PostMessageW(label, WM_LBUTTONDBLCLK, MK_LBUTTON, 0) != 0;
@@ -241,6 +260,13 @@ bool Hover(HWND main, const std::string& caption) {
   HWND button = Child(main, "Button", caption);
   return button != nullptr && GetWindowRect(button, &place) != 0 &&
          SetCursorPos((place.left + place.right) / 2, (place.top + place.bottom) / 2) != 0;
+}
+
+bool Freeze(HWND main, bool still) {
+  HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE, GetWindowThreadProcessId(main, nullptr));
+  const DWORD before = still ? SuspendThread(thread) : ResumeThread(thread);
+  CloseHandle(thread);
+  return before != static_cast<DWORD>(-1);
 }
 
 bool Type(const Found& found, const std::string& text) {
@@ -270,6 +296,21 @@ bool Keys(std::istringstream& words) {
   return true;
 }
 
+// False: no box came within a minute.
+bool Hammer(BYTE key, DWORD every, bool held) {
+  const DWORD start = GetTickCount();
+  DWORD shown = 0;
+  for (bool over = false; !over && GetTickCount() - start < 60000;) {
+    Press(key, true);
+    if (!held) Press(key, false);
+    Sleep(every);
+    if (shown == 0 && !Look().boxes.empty()) shown = GetTickCount();
+    over = shown != 0 && (!held || GetTickCount() - shown > 1000);
+  }
+  if (held) Press(key, false);
+  return shown != 0;
+}
+
 bool Idle(HWND main, DWORD limit) {
   const DWORD start = GetTickCount();
   for (int prompt = 0; prompt < 5;) {
@@ -290,6 +331,10 @@ bool Focus(HWND window) {
 bool Do(const std::string& verb, std::istringstream& words) {
   const Found found = Look();
   if (verb == "keys") return Keys(words);
+  if (verb == "hammer" || verb == "hold") {
+    unsigned key = 0, every = 0;
+    return words >> key >> every && Hammer(static_cast<BYTE>(key), every, verb == "hold");
+  }
   if (verb == "focus") return Focus(found.boxes.empty() ? found.main : found.boxes.front());
   if (verb == "pointer") {
     int x = 0, y = 0;
@@ -302,7 +347,10 @@ bool Do(const std::string& verb, std::istringstream& words) {
   if (found.main == nullptr) return false;
   const auto number = static_cast<unsigned>(atoi(rest.c_str()));
   if (verb == "pick") return Pick(found.main, number);
+  if (verb == "select") return Select(found.main, number);
   if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "freeze" || verb == "thaw") return Freeze(found.main, verb == "freeze");
+  if (verb == "minimise") return PostMessageW(found.main, WM_SYSCOMMAND, SC_MINIMIZE, 0) != 0;
   if (verb == "hover") return Hover(found.main, rest);
   if (verb == "label") return DoubleClickLabel(found.main, rest);
   if (verb == "click") return Click(found.main, rest);

@@ -163,6 +163,24 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   p.files->FileDelete(path);
 }
 
+inline void MutexIsTaken(Platform& p, const std::string& folder, Checks& check) {
+  const std::string name = "Rotate_TSD contract " + std::to_string(folder.size());
+  const Handle first = p.processes->CreateMutexA(name), second = p.processes->CreateMutexA(name);
+  check(first > 0 && second > 0 && first != second, "two handles to one mutex");
+  check(p.processes->WaitForSingleObject(first, 0) == kWaitObject0, "a new one is free");
+  check(p.processes->WaitForSingleObject(second, 0) == kWaitObject0, "and this process's then");
+  check(p.devices->CloseHandle(first) && p.devices->CloseHandle(second), "closes");
+}
+
+inline void WindowsOfNobody(Platform& p, const std::string&, Checks& check) {
+  Desktop& d = *p.desktop;
+  const WindowHandle none = d.FindWindowA("Rotate_TSD has no such window");
+  check(none == 0, "no window of that class");
+  check(!d.IsWindowVisible(none) && !d.IsIconic(none) && !d.SetForegroundWindow(none), "not shown");
+  check(d.GetWindowThreadProcessId(none) == 0, "nobody's");
+  check(!d.SendMessageTimeoutA(none, kWmNull, 100), "doesn't answer");
+}
+
 }  // namespace contract
 
 struct ContractCase {
@@ -177,6 +195,8 @@ inline constexpr ContractCase kContract[] = {
     {"Searches", contract::Searches},
     {"BinaryRead", contract::BinaryRead},
     {"FileHandles", contract::FileHandles},
+    {"MutexIsTaken", contract::MutexIsTaken},
+    {"WindowsOfNobody", contract::WindowsOfNobody},
 };
 
 // Runs one case; a Fault that nobody asked for is wrong as well.

@@ -1,6 +1,7 @@
 // The window: its small events, how the program ends, and that one action runs at a time.
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
+#include "shell/box_guard.h"
 #include "shell/main_window.h"
 #include "tests/support.h"
 
@@ -75,6 +76,60 @@ TEST(Window, FailureAtTheTopOfARoutineIsReported) {
                                      "Me.Name=Form1.cmdRefreshDrive_Click Erl=0"}}));
   p.Do(Click(Control::cmdRefreshDrive));
   EXPECT_EQ(p.Rows(Control::Combo1).size(), 2U) << "the program goes on";
+}
+
+TEST(BoxGuard, TakesWhatWasPressedForThisBox) {
+  using enum Press::Kind;
+  constexpr std::uint8_t kMouse = 1, kEnter = 13, kSpace = 32, kBack = 8;
+  const struct {
+    const char* name;
+    std::vector<Press> presses;
+    const char* taken;
+  } rows[] = {
+      {"before the box", {{First, kEnter, false, -1}, {Release, kEnter, false, 10}}, "--"},
+      {"too soon", {{First, kEnter, false, 399}, {Release, kEnter, false, 450}}, "--"},
+      {"soon enough", {{First, kEnter, false, 400}, {Release, kEnter, false, 450}}, "++"},
+      {"too soon, then again",
+       {{First, kEnter, false, 100},
+        {Release, kEnter, false, 150},
+        {First, kEnter, false, 500},
+        {Release, kEnter, false, 600}},
+       "--++"},
+      {"released only", {{Release, kSpace, false, 900}}, "-"},
+      {"a click that began too soon",
+       {{First, kMouse, false, 390}, {Release, kMouse, false, 800}},
+       "--"},
+      {"second half of a double-click",
+       {{First, kMouse, false, 300},
+        {Release, kMouse, false, 350},
+        {Second, kMouse, false, 450},
+        {Release, kMouse, false, 500}},
+       "----"},
+      {"a double-click of its own",
+       {{First, kMouse, false, 700},
+        {Release, kMouse, false, 750},
+        {Second, kMouse, false, 850},
+        {Release, kMouse, false, 900}},
+       "++++"},
+      {"held since before", {{Repeat, kEnter, false, -10}, {Repeat, kEnter, true, 9000}}, "--"},
+      {"held in a field", {{First, kBack, true, 500}, {Repeat, kBack, true, 900}}, "++"},
+      {"held on a button", {{First, kEnter, false, 500}, {Repeat, kEnter, false, 900}}, "+-"},
+      {"asked twice",
+       {{First, kEnter, false, 500},
+        {First, kEnter, false, 500},
+        {Release, kEnter, false, 550},
+        {Release, kEnter, false, 550}},
+       "++++"},
+      {"each key by itself", {{First, kSpace, false, 500}, {Release, kEnter, false, 550}}, "+-"},
+      {"after weeks", {{First, kEnter, false, 0x7FFFFFFF}, {First, 255, false, 400}}, "++"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    BoxGuard guard;
+    std::string taken;
+    for (const Press& press : row.presses) taken += guard.Takes(press) ? '+' : '-';
+    EXPECT_EQ(taken, row.taken);
+  }
 }
 
 TEST(OneAction, WhatTheUserDoesMeanwhileIsDroppedAndUndone) {

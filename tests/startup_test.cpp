@@ -92,6 +92,80 @@ TEST(Startup, Order) {
   EXPECT_FALSE(p.pc.toolkit.At(Control::cmd_rebootPE).visible);
 }
 
+constexpr std::uint64_t kForEver = ~std::uint64_t{0};
+
+struct FirstInstance {
+  const char* name;
+  std::vector<VirtualWindow> windows;
+  std::string inFront;  // empty: this start went on, or said something
+  bool goesOn = false, says = false;
+  std::uint64_t endsAt = kForEver;
+};
+
+// What a second start finds of the first: its window, boxes, other programs' windows.
+std::vector<FirstInstance> FirstInstances() {
+  const auto window = [](VirtualWindow more) {
+    more.className = "Rotate_TSD_Form";
+    more.process = 7;
+    return more;
+  };
+  const VirtualWindow other{.title = "other", .process = 8};
+  const VirtualWindow box{.title = "box", .process = 7};
+  const VirtualWindow hangingBox{.title = "box", .process = 7, .hangs = true};
+  return {
+      {"idle", {other, window({.title = "window"})}, "window"},
+      {"minimised", {other, window({.title = "window", .minimised = true})}, "window"},
+      {"a box open", {other, window({.title = "window", .popup = 2}), box}, "box"},
+      {"a box of start-up", {other, box, window({.title = "window", .visible = false})}, "box"},
+      {"starting", {other, window({.title = "window", .visibleFrom = 4500})}, "window"},
+      {"no window yet, then ends", {other}, "", true, false, 800},
+      {"ends",
+       {window({.title = "window", .visibleFrom = 2000, .hangs = true})},
+       "",
+       true,
+       false,
+       1500},
+      {"hangs", {window({.title = "window", .hangs = true})}, "", false, true},
+      {"hangs with a box", {window({.title = "window", .popup = 1}), hangingBox}, "", false, true},
+      {"never comes up", {other, window({.title = "window", .visible = false})}, "", false, true},
+      {"elsewhere", {other}, "", false, true},
+      {"gone", {other}, "", true, false, 0},
+  };
+}
+
+TEST(Startup, SecondInstanceEndsBeforeItDoesAnything) {
+  const BoxRow running = Warning(
+      "Rotate_TSD is already running!",
+      "Another Rotate_TSD is running and doesn't answer. It may be at work: wait until it has "
+      "finished.\r\n\r\nIf it never answers, end it in the Task Manager and start the program "
+      "again.");
+  for (const FirstInstance& first : FirstInstances()) {
+    SCOPED_TRACE(first.name);
+    ProgramOnPc p;
+    p.pc.processes.othersMutexes["Rotate_TSD"] = first.endsAt;
+    p.pc.desktop.windows = first.windows;
+    EXPECT_EQ(p.Start(), RunEnd::Returned);
+    EXPECT_EQ(p.pc.desktop.inFront, first.inFront);
+    EXPECT_EQ(p.TakeBoxes(), first.says ? BoxRows{running} : BoxRows());
+    EXPECT_EQ(p.pc.toolkit.design != nullptr, first.goesOn);
+    for (const VirtualWindow& window : p.pc.desktop.windows) EXPECT_FALSE(window.minimised);
+    const OpMask looks = MaskOf(Op::CreateMutex, Op::Wait, Op::Desktop, Op::Sleep);
+    EXPECT_EQ(p.Lines(kAnyOp & ~looks).empty(), !first.goesOn);
+    EXPECT_LE(p.pc.machine.clock.Elapsed(), 9000U) << "a few seconds";
+  }
+}
+
+TEST(Startup, GoesOnWhereNothingCanBeToldOfOthers) {
+  for (const Op op : {Op::CreateMutex, Op::Wait}) {
+    ProgramOnPc p;
+    p.pc.processes.othersMutexes["Rotate_TSD"] = kForEver;
+    p.Plan(FaultKind::Refusal, MaskOf(op));
+    EXPECT_EQ(p.Start(), RunEnd::Returned);
+    EXPECT_TRUE(p.pc.toolkit.shown);
+    EXPECT_EQ(p.TakeBoxes(), BoxRows());
+  }
+}
+
 TEST(Startup, BoxesAndEnds) {
   using World = std::function<void(ProgramOnPc&)>;
   const auto says = [](const char* file, const std::string& text) -> World {

@@ -20,7 +20,7 @@ struct PartitionEntry {
 
 std::array<PartitionEntry, 4> EntriesOf(const Sector& table);
 
-// An entry of type 0xEE: the disk has a GPT (UEFI specification, 5.2).
+// An entry of type 0xEE: the disk has a GPT (the protective entry of UEFI).
 bool HasGptEntry(const Sector& table);
 
 // The sector lies inside one of the table's partitions.

@@ -29,8 +29,13 @@ class Processes {
   // Gives a handle to the process (closed through Devices::CloseHandle), or 0.
   virtual Handle OpenProcess(std::uint32_t access, std::uint32_t processId) = 0;
 
-  // Blocks until the process has ended (kWaitObject0) or the time is over (kWaitTimeout).
+  // Blocks until the process has ended, or the mutex is this process's own (kWaitObject0) or the
+  // time is over (kWaitTimeout).
   virtual std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) = 0;
+
+  // A handle to the mutex of that name, which is made where it isn't there yet; 0 on failure, also
+  // where it belongs to another user. A wait for it takes it, for as long as the process lives.
+  virtual Handle CreateMutexA(const std::string& name) = 0;
 
   virtual bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) = 0;
 

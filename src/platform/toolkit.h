@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/box.h"
+
 // The 13 controls, in tab order.
 enum class Control : std::uint8_t {
   Combo1,
@@ -58,6 +60,7 @@ struct ControlDesign {
 };
 
 struct FormDesign {
+  const char* className;  // by which another instance finds the window
   const char* caption;
   int clientWidth, clientHeight;  // twips
   const ControlDesign* controls;  // kControlCount of them, in tab order
@@ -80,17 +83,6 @@ enum class UserEvent : std::uint8_t {
   Label1_DblClick,
   Chk_ISO_Click,
   cmd_rebootPE_Click,
-};
-
-enum class Buttons : std::uint8_t { Ok, OkCancel, YesNoCancel };  // the first one is the default
-enum class Icon : std::uint8_t { None, Stop, Exclamation, Information };
-enum class Answer : std::uint8_t { Ok, Cancel, Yes, No };
-
-struct Box {
-  std::string title = {};
-  std::string text = {};
-  Buttons buttons = Buttons::Ok;
-  Icon icon = Icon::None;
 };
 
 enum class Pointer : std::uint8_t { Default, Hourglass };
@@ -141,12 +133,14 @@ class Toolkit {
   virtual float TwipsPerPixelX() = 0;
   virtual float TextWidth(const std::string& text) = 0;  // in the window's font, twips
 
-  // Modal, owned by the window once that is there. Escape gives Cancel where there is one, and
-  // so does a box that can't be shown.
-  virtual Answer MsgBox(const Box& box) = 0;
-  // A box with a text field, OK and Cancel. Cancel gives the empty text.
-  virtual std::string InputBox(const std::string& prompt, const std::string& title,
-                               const std::string& initial) = 0;
+  // Throws away the keys and mouse buttons that wait to be handed out. To be called before each
+  // box: what waits goes to the box that opens next.
+  virtual void DropInput() = 0;
+  // Modal, owned by the window once that is there; takes the keys and mouse buttons that the filter
+  // takes. Escape gives Cancel where there is one, and so does a box that can't be shown.
+  virtual Answer MsgBox(const Box& box, PressFilter& filter) = 0;
+  // The same with a text field. Cancel gives the empty text.
+  virtual std::string InputBox(const InputQuestion& question, PressFilter& filter) = 0;
 
   virtual void MousePointer(Pointer pointer) = 0;
 

@@ -144,11 +144,6 @@ void DoEvents() {
   before.PutBack();
 }
 
-Answer MsgBox(Box box) {
-  if (box.title.empty()) box.title = PRODUCT_TITLE;
-  return Sys.toolkit->MsgBox(box);
-}
-
 void Form_QueryUnload() {
   DeleteToolCopy();
 }

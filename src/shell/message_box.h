@@ -1,7 +1,11 @@
-// Boxes of the program. Rooms below the shell show theirs through this one call.
+// Boxes of the program. Every room shows its boxes through these calls: what a person typed or
+// clicked ahead answers none of them (box_guard.h).
 #pragma once
 
-#include "platform/toolkit.h"
+#include "platform/box.h"
 
-// Shows the box; an empty title becomes the program's title. Gives the button pressed.
+// Shows the box; an empty title becomes the program's title. Returns the button pressed.
 Answer MsgBox(Box box);
+
+// Asks for one line of text. Returns the empty text after Cancel.
+std::string InputBox(const InputQuestion& question);

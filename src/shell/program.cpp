@@ -13,11 +13,13 @@
 #include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/main_window.h"
+#include "shell/one_instance.h"
 #include "shell/window_design.h"
 
 void RunProgram(const Platform& platform) {
   Sys = platform;
   ResetProgram();
+  if (!IsOnlyInstance()) return;
   Sys.toolkit->CreateForm(kFormDesign, OnUserEvent);
   OnUserEvent(UserEvent::Form_Load);
   Sys.toolkit->RunEventLoop();

@@ -4,7 +4,8 @@
 #include "platform/platform.h"
 
 // Makes the window, runs start-up, hands out events until the window is gone. Ends earlier only
-// through Processes::EndProcess. Begins from a fresh state, also when called a second time.
+// through Processes::EndProcess, or at once where the program runs already. Begins from a fresh
+// state, also when called a second time.
 void RunProgram(const Platform& platform);
 
 // Puts every global of the program back to its state before start-up.

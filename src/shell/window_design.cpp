@@ -174,7 +174,8 @@ static_assert(IsSound(),
 
 }  // namespace
 
-constexpr FormDesign kFormDesign{.caption = PRODUCT_TITLE,
+constexpr FormDesign kFormDesign{.className = "Rotate_TSD_Form",
+                                 .caption = PRODUCT_TITLE,
                                  .clientWidth = kClientWidth,
                                  .clientHeight = kClientHeight,
                                  .controls = kControls.data()};

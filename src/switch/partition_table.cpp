@@ -134,13 +134,14 @@ std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first) {
 
 std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos) {
   WriteLog("Ask_User_What_Type(" + Decimal(static_cast<std::int64_t>(typ)) + "," + pos + ")");
-  std::string answer =
-      Sys.toolkit->InputBox("Set partition type for the " + pos +
-                                " image file:\r\n\r\nExamples\r\n========\r\n\r\n"
-                                "0x83 = linux ext (*Default)\r\n0x82 = linux swap space\r\n"
-                                "0xAF = HFS for Mac OS X\r\n0x0C = FAT32\r\n"
-                                "0x07 = NTFS or exFAT\r\n0x00 = none (Cancel)",
-                            "Set partition type (hex)", "0x83");
+  std::string answer = InputBox({.title = "Set partition type (hex)",
+                                 .prompt = "Set partition type for the " + pos +
+                                           " image file:\r\n\r\nExamples\r\n========\r\n\r\n"
+                                           "0x83 = linux ext (*Default)\r\n"
+                                           "0x82 = linux swap space\r\n"
+                                           "0xAF = HFS for Mac OS X\r\n0x0C = FAT32\r\n"
+                                           "0x07 = NTFS or exFAT\r\n0x00 = none (Cancel)",
+                                 .initial = "0x83"});
   if (answer.empty()) answer = "0x00";
   answer = UpperCase(answer);
   if (answer.starts_with("0X")) answer.erase(0, 2);

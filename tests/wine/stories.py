@@ -16,6 +16,8 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import changed_story
 import dropped_story
 import extents_story
+import instance_story
+import keys_story
 import make_stick
 import order_story
 import places_story
@@ -187,7 +189,7 @@ def keyboard(place):
         warning = run.robot.expect_box("ROTATE_TSD")
         check("the warning", box_text(warning),
               "WARNING: Lists all drives containing grub4dos MBR!")
-        run.robot.do(f"keys {ESCAPE}")
+        run.robot.answer_by_key(ESCAPE)
         state = run.robot.wait_ready()
         check("unticked again", control(state, "List all drives")["ticked"], False)
         for _ in range(12):
@@ -206,7 +208,7 @@ def keyboard(place):
         check("the type in the question", "PTN1: Type=0C (FAT32)  Start=" in text, True)
         name = "E:\\" + make_stick.UEBUNG.replace("/", "\\")
         check("the name in the question", name in text, True)
-        run.robot.do(f"keys {ENTER}")
+        run.robot.answer_by_key(ENTER)
         run.robot.wait_ready()
         check_writes(run, (60, 30, start, 0))
     check_image(image, start, sectors)
@@ -236,6 +238,10 @@ def refused_write(place):
 
 story(extents_story.extents)
 story(order_story.order_repair)
+story(keys_story.impatience)
+story(keys_story.impatient_restore)
+story(keys_story.impatient_warning)
+story(instance_story.second_start)
 story(two_sticks_story.two_sticks)
 story(changed_story.changed_drive)
 story(signed_story.signed_anew)

@@ -59,7 +59,7 @@ bool VirtualDesktop::IsWindowVisible(WindowHandle window) {
   const Step step = machine_.Begin(Op::Desktop, "visible");
   const VirtualWindow* found = At(window);
   return machine_.End(step, !step.Refused(), machine_.plan.error) && found != nullptr &&
-         found->visible;
+         found->visible && found->visibleFrom <= machine_.clock.Elapsed();
 }
 
 bool VirtualDesktop::PostMessageA(WindowHandle window, std::uint32_t message) {
@@ -70,5 +70,57 @@ bool VirtualDesktop::PostMessageA(WindowHandle window, std::uint32_t message) {
   if (message != kWmClose) return true;
   found->asked = true;
   found->closed = found->agrees;
+  return true;
+}
+
+WindowHandle VirtualDesktop::FindWindowA(const std::string& className) {
+  const Step step = machine_.Begin(Op::Desktop, "find-window", className);
+  const auto found = std::find_if(windows.begin(), windows.end(), [&](const VirtualWindow& window) {
+    return !window.closed && window.className == className;
+  });
+  if (!machine_.End(step, !step.Refused() && found != windows.end(), 2)) return 0;
+  return kFirst + (found - windows.begin());
+}
+
+std::uint32_t VirtualDesktop::GetWindowThreadProcessId(WindowHandle window) {
+  const Step step = machine_.Begin(Op::Desktop, "process");
+  const VirtualWindow* found = At(window);
+  return machine_.End(step, !step.Refused() && found != nullptr, 1400) ? found->process : 0;
+}
+
+WindowHandle VirtualDesktop::GetLastActivePopup(WindowHandle owner) {
+  const Step step = machine_.Begin(Op::Desktop, "popup");
+  const VirtualWindow* found = At(owner);
+  const bool has = found != nullptr && found->popup != 0;
+  machine_.End(step, found != nullptr);
+  return has ? kFirst + static_cast<WindowHandle>(found->popup) : owner;
+}
+
+bool VirtualDesktop::SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
+                                         std::uint32_t milliseconds) {
+  const Step step = machine_.Begin(Op::Desktop, "send", std::to_string(message));
+  const VirtualWindow* found = At(window);
+  if (found != nullptr && found->hangs) machine_.clock.Advance(milliseconds);
+  return machine_.End(step, !step.Refused() && found != nullptr && !found->hangs, 1460);
+}
+
+bool VirtualDesktop::IsIconic(WindowHandle window) {
+  const Step step = machine_.Begin(Op::Desktop, "minimised");
+  const VirtualWindow* found = At(window);
+  return machine_.End(step, !step.Refused() && found != nullptr, 1400) && found->minimised;
+}
+
+void VirtualDesktop::ShowWindow(WindowHandle window, int command) {
+  const Step step = machine_.Begin(Op::Desktop, "show", std::to_string(command));
+  VirtualWindow* found = At(window);
+  if (!machine_.End(step, !step.Refused() && found != nullptr, 1400)) return;
+  if (command == kShowRestored) found->minimised = false;
+}
+
+bool VirtualDesktop::SetForegroundWindow(WindowHandle window) {
+  const Step step = machine_.Begin(Op::Desktop, "to-front");
+  const VirtualWindow* found = At(window);
+  if (!machine_.End(step, !step.Refused() && found != nullptr, 1400)) return false;
+  inFront = found->title;
   return true;
 }

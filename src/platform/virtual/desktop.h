@@ -11,11 +11,17 @@
 
 struct VirtualWindow {
   std::string title;
+  std::string className = "";
+  std::uint32_t process = 0;
   bool visible = true;
-  bool owned = false;  // by another window
-  bool agrees = true;  // to be closed
-  bool asked = false;  // WM_CLOSE was posted to it
+  std::uint64_t visibleFrom = 0;  // on the clock
+  bool owned = false;             // by another window
+  bool agrees = true;             // to be closed
+  bool asked = false;             // WM_CLOSE was posted to it
   bool closed = false;
+  bool hangs = false;  // answers no message
+  bool minimised = false;
+  std::size_t popup = 0;  // the window that it owns, by its place in the order; 0: none
 };
 
 class VirtualDesktop : public Desktop {
@@ -28,8 +34,18 @@ class VirtualDesktop : public Desktop {
   int GetWindowTextA(WindowHandle window, char* buffer, int size) override;
   bool IsWindowVisible(WindowHandle window) override;
   bool PostMessageA(WindowHandle window, std::uint32_t message) override;
+  WindowHandle FindWindowA(const std::string& className) override;
+  std::uint32_t GetWindowThreadProcessId(WindowHandle window) override;
+  WindowHandle GetLastActivePopup(WindowHandle owner) override;
+  bool SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
+                           std::uint32_t milliseconds) override;
+  bool IsIconic(WindowHandle window) override;
+  void ShowWindow(WindowHandle window, int command) override;
+  bool SetForegroundWindow(WindowHandle window) override;
+  void AllowSetForegroundWindow() override {}
 
   std::vector<VirtualWindow> windows;  // in the order of the walk
+  std::string inFront;                 // title of the window that was brought to the front
 
  private:
   VirtualWindow* At(WindowHandle window);  // null: none, or closed

@@ -6,13 +6,13 @@
 namespace {
 
 constexpr const char* kNames[] = {
-    "open",          "seek",        "read",         "write",       "lock-range", "unlock-range",
-    "flush",         "size",        "close",        "lock",        "unlock",     "dismount",
-    "renew-table",   "query",       "find",         "next",        "end-find",   "attributes",
-    "copy",          "delete",      "rename",       "make-folder", "read-text",  "read-binary",
-    "append",        "shell",       "open-process", "wait",        "exit-code",  "end-child",
-    "shell-execute", "end-process", "child-copy",   "child-tool",  "EXECUTED:",  "fact",
-    "desktop",       "post",        "sleep",        "pointer",
+    "open",        "seek",          "read",         "write",       "lock-range", "unlock-range",
+    "flush",       "size",          "close",        "lock",        "unlock",     "dismount",
+    "renew-table", "query",         "find",         "next",        "end-find",   "attributes",
+    "copy",        "delete",        "rename",       "make-folder", "read-text",  "read-binary",
+    "append",      "shell",         "open-process", "mutex",       "wait",       "exit-code",
+    "end-child",   "shell-execute", "end-process",  "child-copy",  "child-tool", "EXECUTED:",
+    "fact",        "desktop",       "post",         "sleep",       "pointer",
 };
 static_assert(std::size(kNames) == static_cast<std::size_t>(Op::Count));
 

@@ -34,6 +34,7 @@ enum class Op : std::uint8_t {
   Append,  // file statements
   Shell,
   OpenProcess,
+  CreateMutex,
   Wait,
   ExitCode,
   EndChild,

@@ -35,7 +35,7 @@ constexpr std::uint32_t kErrorIoDevice = 1117;
 constexpr std::uint32_t kErrorDeviceRemoved = 1617;
 
 struct OpenHandle {
-  enum class Kind : std::uint8_t { Disk, Volume, File, Process, Search };
+  enum class Kind : std::uint8_t { Disk, Volume, File, Process, Mutex, Search };
   Kind kind = Kind::File;
   std::string name;  // "PhysicalDrive1", "E:", a path, "process 1000"
   VirtualDisk* disk = nullptr;

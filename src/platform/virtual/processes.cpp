@@ -1,5 +1,7 @@
 #include "platform/virtual/processes.h"
 
+#include <algorithm>
+
 #include "text/text.h"
 
 namespace {
@@ -137,11 +139,33 @@ Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t process
   return machine_.Add(std::move(open));
 }
 
+Handle VirtualProcesses::CreateMutexA(const std::string& name) {
+  const Step step = machine_.Begin(Op::CreateMutex, name);
+  if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return kNoHandle;
+  OpenHandle open;
+  open.kind = OpenHandle::Kind::Mutex;
+  open.name = name;
+  return machine_.Add(std::move(open));
+}
+
+std::uint32_t VirtualProcesses::WaitForMutex(const std::string& name, std::uint32_t milliseconds) {
+  const auto held = othersMutexes.find(name);
+  const std::uint64_t now = machine_.clock.Elapsed();
+  if (held == othersMutexes.end() || held->second <= now) return kWaitObject0;
+  const std::uint64_t left = held->second - now;
+  machine_.clock.Advance(std::min<std::uint64_t>(left, milliseconds));
+  return left <= milliseconds ? kWaitObject0 : kWaitTimeout;
+}
+
 std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_t milliseconds) {
   constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
   const OpenHandle* open = machine_.At(process);
   const Step step = machine_.Begin(Op::Wait, open != nullptr ? open->name : "?",
                                    milliseconds == kInfinite ? "" : std::to_string(milliseconds));
+  if (!step.Refused() && open != nullptr && open->kind == OpenHandle::Kind::Mutex) {
+    machine_.End(step, true);
+    return WaitForMutex(open->name, milliseconds);
+  }
   if (step.Refused() || open == nullptr || open->processId == 0) {
     machine_.Fail(step, step.Refused() ? machine_.plan.error : kErrorInvalidHandle);
     return kWaitFailed;

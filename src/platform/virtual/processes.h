@@ -41,6 +41,7 @@ class VirtualProcesses : public Processes {
   std::uint32_t Shell(const std::string& commandLine, int windowStyle) override;
   Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override;
   std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
+  Handle CreateMutexA(const std::string& name) override;
   bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override;
   void EndChild(std::uint32_t processId) override;
   std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
@@ -52,6 +53,7 @@ class VirtualProcesses : public Processes {
   // What the tool prints for a file, by upper-case path, in place of the truth; "" for all others.
   std::map<std::string, std::string> toolTexts;
   std::intptr_t shellExecuteResult = 42;
+  std::map<std::string, std::uint64_t> othersMutexes;  // to the time of the clock when it ends
   std::function<void()> whileChildRuns;  // called in each Shell, before the child works
 
   std::vector<std::string> StillRunning() const;
@@ -67,6 +69,7 @@ class VirtualProcesses : public Processes {
     bool ended = false;
     std::string heldFile;  // output file that a child without end keeps open
   };
+  std::uint32_t WaitForMutex(const std::string& name, std::uint32_t milliseconds);
   std::string Environment(const std::string& name) const;
   bool IsInterpreter(const std::string& program) const;
   ChildScript TakeScript(const std::string& commandLine);

@@ -92,7 +92,11 @@ void VirtualToolkit::AnswerNext(Answer answer, const std::string& title) {
   answers_.push_back({title, answer});
 }
 
-Answer VirtualToolkit::MsgBox(const Box& box) {
+Answer VirtualToolkit::MsgBox(const Box& box, PressFilter& filter) {
+  if (ImpatienceAnswers(box.title, filter)) {
+    boxes.push_back({box, DefaultOf(box.buttons), true});
+    return boxes.back().answer;
+  }
   if (onBox) {
     boxes.push_back({box, DefaultOf(box.buttons), true});
     const Answer given = onBox(box);
@@ -118,10 +122,12 @@ Answer VirtualToolkit::MsgBox(const Box& box) {
   return shownBox.answer;
 }
 
-std::string VirtualToolkit::InputBox(const std::string& prompt, const std::string& title,
-                                     const std::string& initial) {
-  ShownInput input{prompt, title, initial, initial};
-  if (onInput) {
+std::string VirtualToolkit::InputBox(const InputQuestion& question, PressFilter& filter) {
+  const std::string& title = question.title;
+  ShownInput input{question.prompt, title, question.initial, question.initial};
+  if (ImpatienceAnswers(title, filter)) {
+    // The default stands.
+  } else if (onInput) {
     input.answer = onInput(input);
   } else if (!inputAnswers_.empty()) {
     input.answer = inputAnswers_.front();

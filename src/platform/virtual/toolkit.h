@@ -1,6 +1,9 @@
-// The window, and the scripted user who works it.
+// The window, and the scripted user who works it, and who is impatient: whatever the program does,
+// Enter is pressed again and again, and held. A press that waits when a box opens, or that the box
+// takes before it could be read, answers the box with its default button, and the test fails.
 //
-// Does not model: keys (Enter is a double-click), tab order, drawing, tool tips, scroll bars.
+// Does not model: other keys (Enter on a row is a double-click), tab order, drawing, tool tips,
+// scroll bars.
 #pragma once
 
 #include <array>
@@ -72,9 +75,9 @@ class VirtualToolkit : public Toolkit {
   float TextWidth(const std::string& text) override {
     return 90.0F * static_cast<float>(text.size());
   }
-  Answer MsgBox(const Box& box) override;
-  std::string InputBox(const std::string& prompt, const std::string& title,
-                       const std::string& initial) override;
+  void DropInput() override { droppedAt_ = journal_.Entries().size(); }
+  Answer MsgBox(const Box& box, PressFilter& filter) override;
+  std::string InputBox(const InputQuestion& question, PressFilter& filter) override;
   void MousePointer(Pointer shape) override;
   void DoEvents() override;
 
@@ -122,11 +125,14 @@ class VirtualToolkit : public Toolkit {
   void Reset();
 
  private:
+  static constexpr std::size_t kNeverDropped = static_cast<std::size_t>(-1);
+
   struct ScriptedAnswer {
     std::string title;
     Answer answer;
   };
   bool CanBeWorked(Control control);
+  bool ImpatienceAnswers(const std::string& title, PressFilter& filter);
   bool SelectRow(Control list, const std::string& start);
   bool DoClick(Control control);
   void Raise(UserEvent event);
@@ -138,4 +144,5 @@ class VirtualToolkit : public Toolkit {
   std::deque<std::string> inputAnswers_;
   std::vector<std::string> impossible_;
   bool insideInjected_ = false;
+  std::size_t droppedAt_ = kNeverDropped;  // the journal's length at DropInput
 };

@@ -108,6 +108,24 @@ bool VirtualToolkit::Do(const UserAction& action) {
   return false;
 }
 
+// What waits in the queue answers whatever the filter says: a system may refuse to ask it.
+bool VirtualToolkit::ImpatienceAnswers(const std::string& title, PressFilter& filter) {
+  const bool waits = droppedAt_ != journal_.Entries().size();
+  droppedAt_ = kNeverDropped;
+  constexpr std::uint8_t kEnter = 13;
+  using enum Press::Kind;
+  static constexpr Press kTooSoon[] = {{Repeat, kEnter, false, -30},  {First, kEnter, false, -20},
+                                       {Release, kEnter, false, 0},   {First, kEnter, false, 60},
+                                       {Repeat, kEnter, false, 399},  {Release, kEnter, false, 500},
+                                       {Repeat, kEnter, false, 60000}};
+  bool taken = waits;
+  for (const Press& press : kTooSoon) taken = filter.Takes(press) || taken;
+  if (taken) impossible_.push_back("a key pressed ahead answered the box " + title);
+  if (!filter.Takes({First, kEnter, false, 400}))
+    impossible_.push_back("no key answers the box " + title);
+  return taken;
+}
+
 void VirtualToolkit::RunEventLoop() {
   while (!unloaded) {
     std::optional<UserAction> action;

@@ -73,7 +73,9 @@ void VirtualPc::Reboot() {
 
 std::vector<std::string> VirtualPc::OpenHandles() const {
   std::vector<std::string> names;
-  for (const auto& [handle, open] : machine.handles) names.push_back(open.name);
+  for (const auto& [handle, open] : machine.handles) {
+    if (open.kind != OpenHandle::Kind::Mutex) names.push_back(open.name);
+  }
   return names;
 }
 

@@ -7,7 +7,6 @@ FormWindow TheForm;
 
 namespace {
 
-constexpr const char* kClassName = "Rotate_TSD_Form";
 constexpr DWORD kStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
 
 HICON ProgramIcon(int widthMetric, int heightMetric) {
@@ -38,6 +37,14 @@ constexpr Notification kNotifications[] = {
     {Control::cmd_rebootPE, BN_CLICKED, UserEvent::cmd_rebootPE_Click},
 };
 
+// A held Enter or accelerator: it acts once, when it goes down.
+bool IsRepeatThatActs(const MSG& message) {
+  constexpr LPARAM kWasDown = 1L << 30;
+  const bool acts = (message.message == WM_KEYDOWN && message.wParam == VK_RETURN) ||
+                    message.message == WM_SYSKEYDOWN;
+  return acts && (message.lParam & kWasDown) != 0;
+}
+
 constexpr UINT kWmDpiChanged = 0x02E0;  // winuser.h, Windows 8.1 and later
 
 }  // namespace
@@ -55,13 +62,13 @@ void FormWindow::Create(const FormDesign& design, void (*handler)(UserEvent)) {
   windowClass.hIconSm = ProgramIcon(SM_CXSMICON, SM_CYSMICON);
   windowClass.hCursor = ::LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
   windowClass.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
-  windowClass.lpszClassName = kClassName;
+  windowClass.lpszClassName = design.className;
   ::RegisterClassExA(&windowClass);
 
   design_ = &design;
   handler_ = handler;
-  frame_ = ::CreateWindowExA(0, kClassName, design.caption, kStyle, 0, 0, 0, 0, nullptr, nullptr,
-                             windowClass.hInstance, nullptr);
+  frame_ = ::CreateWindowExA(0, design.className, design.caption, kStyle, 0, 0, 0, 0, nullptr,
+                             nullptr, windowClass.hInstance, nullptr);
   dpi_ = DpiOfWindow(frame_);
   for (std::size_t i = 0; i < kControlCount; ++i) MakeControl(design.controls[i]);
   LayOut();
@@ -81,6 +88,7 @@ void FormWindow::HandOut(MSG& message) {
   if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
     ::SendMessageA(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
   }
+  if (IsRepeatThatActs(message)) return;
   const HWND list = Of(Control::List1);
   if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN && list != nullptr &&
       message.hwnd == list) {

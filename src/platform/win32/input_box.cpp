@@ -14,7 +14,7 @@ struct alignas(4) EmptyDialog {
 };
 
 struct InputBox {
-  const InputBoxText& text;
+  const InputQuestion& text;
   HFONT font;
   int dpi;
   std::string answer;
@@ -134,7 +134,7 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
 
 }  // namespace
 
-std::string AskForText(const InputBoxText& text, HWND owner, HFONT font, int dpi) {
+std::string AskForText(const InputQuestion& text, HWND owner, HFONT font, int dpi) {
   EmptyDialog empty{};
   empty.head.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
   if (owner == nullptr) empty.head.style |= DS_SETFOREGROUND;

@@ -3,11 +3,8 @@
 
 #include <string>
 
+#include "platform/box.h"
 #include "platform/win32/win32_headers.h"
 
-struct InputBoxText {
-  std::string prompt, title, initial;
-};
-
 // Modal; owner may be null. Gives the text of the field, or the empty text after Cancel.
-std::string AskForText(const InputBoxText& text, HWND owner, HFONT font, int dpi);
+std::string AskForText(const InputQuestion& text, HWND owner, HFONT font, int dpi);

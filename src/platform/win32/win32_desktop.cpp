@@ -32,6 +32,39 @@ class RealDesktop final : public Desktop {
   bool PostMessageA(WindowHandle window, std::uint32_t message) override {
     return ::PostMessageA(Native(window), message, 0, 0) != FALSE;
   }
+
+  WindowHandle FindWindowA(const std::string& className) override {
+    return reinterpret_cast<WindowHandle>(::FindWindowA(className.c_str(), nullptr));
+  }
+
+  std::uint32_t GetWindowThreadProcessId(WindowHandle window) override {
+    DWORD process = 0;
+    ::GetWindowThreadProcessId(Native(window), &process);
+    return process;
+  }
+
+  WindowHandle GetLastActivePopup(WindowHandle owner) override {
+    return reinterpret_cast<WindowHandle>(::GetLastActivePopup(Native(owner)));
+  }
+
+  bool SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
+                           std::uint32_t milliseconds) override {
+    DWORD_PTR result = 0;
+    return ::SendMessageTimeoutA(Native(window), message, 0, 0, SMTO_NORMAL, milliseconds,
+                                 &result) != 0;
+  }
+
+  bool IsIconic(WindowHandle window) override { return ::IsIconic(Native(window)) != FALSE; }
+
+  void ShowWindow(WindowHandle window, int command) override {
+    ::ShowWindow(Native(window), command);
+  }
+
+  bool SetForegroundWindow(WindowHandle window) override {
+    return ::SetForegroundWindow(Native(window)) != FALSE;
+  }
+
+  void AllowSetForegroundWindow() override { ::AllowSetForegroundWindow(ASFW_ANY); }
 };
 
 }  // namespace

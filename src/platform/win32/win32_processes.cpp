@@ -90,6 +90,10 @@ class RealProcesses final : public Processes {
     return ::WaitForSingleObject(reinterpret_cast<HANDLE>(process), milliseconds);
   }
 
+  Handle CreateMutexA(const std::string& name) override {
+    return reinterpret_cast<Handle>(::CreateMutexA(nullptr, FALSE, name.c_str()));
+  }
+
   bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override {
     DWORD code = 0;
     if (!::GetExitCodeProcess(reinterpret_cast<HANDLE>(process), &code)) return false;

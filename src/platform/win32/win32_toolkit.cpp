@@ -1,6 +1,7 @@
 #include "platform/win32/dpi.h"
 #include "platform/win32/form_window.h"
 #include "platform/win32/input_box.h"
+#include "platform/win32/press_hook.h"
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
 
@@ -164,9 +165,12 @@ class RealToolkit final : public Toolkit {
     return TwipsOf(TheForm.TextPixels(text).cx, TheForm.Dpi());
   }
 
-  Answer MsgBox(const Box& box) override {
+  void DropInput() override { DropQueuedPresses(); }
+
+  Answer MsgBox(const Box& box, PressFilter& filter) override {
     const FormWindow::Modal modal(TheForm);
     TheForm.ShowRows();
+    const PressHook hook(filter);
     switch (::MessageBoxA(Owner(), box.text.c_str(), box.title.c_str(), StyleOf(box))) {
       case IDYES:
         return Answer::Yes;
@@ -179,11 +183,11 @@ class RealToolkit final : public Toolkit {
     }
   }
 
-  std::string InputBox(const std::string& prompt, const std::string& title,
-                       const std::string& initial) override {
+  std::string InputBox(const InputQuestion& question, PressFilter& filter) override {
     const FormWindow::Modal modal(TheForm);
     TheForm.ShowRows();
-    return AskForText({prompt, title, initial}, Owner(), TheForm.Font(), TheForm.Dpi());
+    const PressHook hook(filter);
+    return AskForText(question, Owner(), TheForm.Font(), TheForm.Dpi());
   }
 
   void MousePointer(Pointer pointer) override { TheForm.SetBusy(pointer == Pointer::Hourglass); }

@@ -1,0 +1,76 @@
+#include "shell/one_instance.h"
+
+#include "platform/platform.h"
+#include "shell/failure.h"
+#include "shell/message_box.h"
+#include "shell/window_design.h"
+
+namespace {
+
+constexpr const char* kMutexName = "Rotate_TSD";
+constexpr std::uint32_t kAnswersWithin = 3000;  // milliseconds
+constexpr std::uint32_t kPause = 100;
+constexpr int kMostLooks = 50;      // for a start-up that shows nothing yet
+constexpr int kMostWindows = 5000;  // the order may change during the walk
+
+// A mutex ends with the process that holds it, whichever way that ends. Another user's can't be
+// opened, and that user has a temp folder of his own.
+bool OtherRuns(Handle mutex) {
+  return mutex != kNoHandle && Sys.processes->WaitForSingleObject(mutex, 0) == kWaitTimeout;
+}
+
+// What there is to be worked with: the box that is open, else the window. 0: nothing is shown yet.
+WindowHandle FrontWindow(WindowHandle frame) {
+  Desktop& desktop = *Sys.desktop;
+  if (desktop.IsWindowVisible(frame)) return desktop.GetLastActivePopup(frame);
+  // The boxes of start-up belong to no window.
+  const std::uint32_t process = desktop.GetWindowThreadProcessId(frame);
+  WindowHandle window = desktop.GetWindow(desktop.GetDesktopWindow(), kGwChild);
+  for (int i = 0; window != 0 && i < kMostWindows; ++i) {
+    if (desktop.IsWindowVisible(window) && desktop.GetWindowThreadProcessId(window) == process) {
+      return window;
+    }
+    window = desktop.GetWindow(window, kGwHwndNext);
+  }
+  return 0;
+}
+
+void BringToFront(WindowHandle frame, WindowHandle front) {
+  if (Sys.desktop->IsIconic(frame)) Sys.desktop->ShowWindow(frame, kShowRestored);
+  Sys.desktop->SetForegroundWindow(front);
+}
+
+void TellThatItDoesNotAnswer() {
+  MsgBox({.title = "Rotate_TSD is already running!",
+          .text =
+              "Another Rotate_TSD is running and doesn't answer. It may be at work: wait until it "
+              "has finished.\r\n\r\nIf it never answers, end it in the Task Manager and start the "
+              "program again.",
+          .icon = Icon::Exclamation});
+}
+
+bool BecomesOnlyInstance() {
+  const Handle mutex = Sys.processes->CreateMutexA(kMutexName);  // kept until the process ends
+  for (int look = 0; OtherRuns(mutex); ++look) {
+    Sys.desktop->AllowSetForegroundWindow();
+    const WindowHandle frame = Sys.desktop->FindWindowA(kFormDesign.className);
+    const WindowHandle front = frame != 0 ? FrontWindow(frame) : 0;
+    if (front != 0 && Sys.desktop->SendMessageTimeoutA(front, kWmNull, kAnswersWithin)) {
+      BringToFront(frame, front);
+      return false;
+    }
+    if (front != 0 || look == kMostLooks) {
+      TellThatItDoesNotAnswer();
+      return false;
+    }
+    Sys.clock->Sleep(kPause);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool IsOnlyInstance() {
+  ErrorMode on;
+  return on(true, [] { return BecomesOnlyInstance(); });
+}

@@ -1,0 +1,59 @@
+"""The story of a program that is started again while it runs."""
+
+import glob
+import os
+import time
+
+from checks import check, fresh_stick, started
+
+TITLE, RUNNING = "Rotate_TSD for .volPAK files", "Rotate_TSD is already running!"
+
+
+def temp_files(run):
+    """The temp folder's files and when each was last written."""
+    folders = glob.glob(os.path.join(run.folder, "prefix/drive_c/users/*/**/Temp"), recursive=True)
+    return sorted((path, os.stat(path).st_mtime_ns) for folder in folders
+                  for path in glob.glob(os.path.join(folder, "*")))
+
+
+def start_again(run, meanwhile=lambda: None):
+    """A second start, which has to end by itself."""
+    second = run.launch()
+    meanwhile()
+    check("the second start's exit code", second.wait(60), 0)
+
+
+def until(what, condition):
+    end = time.monotonic() + 60
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError(f"waited for {what}")
+        time.sleep(0.1)
+
+
+def second_start(_):
+    """A second start brings the first one to the front and ends, whatever the first one is doing."""
+    with started("second_start", fresh_stick("second_start")) as run:
+        until("the first sign of the first start", lambda: run.usb.journal)
+        start_again(run)
+        main = run.robot.wait_ready()["main"]["title"]
+        before, asked = temp_files(run), len(run.usb.journal)
+        check("the tool's copy is there", [os.path.basename(path) for path, _ in before],
+              ["getFileExtents.exe"])
+        run.robot.do("minimise")
+        run.robot.wait("the window minimised", lambda now: now["minimised"])
+        start_again(run)
+        run.robot.wait("the window in front",
+                       lambda now: now["front"] == main and not now["minimised"])
+        run.robot.do("click Help")
+        run.robot.expect_box(TITLE)
+        start_again(run)
+        run.robot.wait("the box in front", lambda now: now["front"] == TITLE)
+        run.robot.answer("OK")
+        run.robot.do("freeze")
+        start_again(run, lambda: until("its box", lambda: run.robot.ask("answer OK")))
+        run.robot.do("thaw")
+        run.robot.wait_ready()
+        check("what was asked of the system", run.usb.journal[asked:],
+              [f"box none {TITLE}", f"box exclamation {RUNNING}"])
+        check("the temp folder's files", temp_files(run), before)
