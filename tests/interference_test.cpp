@@ -9,12 +9,15 @@ namespace {
 struct Interfering {
   const char* name;
   Other what;
+  bool takesAway = false;  // what E: was is out of reach, so a repair may stop half-way
   bool withImage = false;  // only where the act has an image
 };
 constexpr Interfering kInterferings[] = {
-    {"writes a table", Other::WritesTable},           {"swaps the sticks", Other::SwapsSticks},
-    {"moves the letter", Other::MovesLetter},         {"moves the image", Other::MovesImage, true},
-    {"lets the image grow", Other::GrowsImage, true},
+    {"writes a table", Other::WritesTable},
+    {"swaps the sticks", Other::SwapsSticks, true},
+    {"moves the letter", Other::MovesLetter, true},
+    {"moves the image", Other::MovesImage, false, true},
+    {"lets the image grow", Other::GrowsImage, false, true},
 };
 
 int TotalInterfered = 0;
@@ -35,7 +38,7 @@ TEST_P(OthersInterfere, AndAllInvariantsHold) {
       const RunEnd end = stage.Perform();
       more = stage.HasActed();
       TotalInterfered += more ? 1 : 0;
-      ASSERT_EQ(stage.Everything(end), Breaches());
+      ASSERT_EQ(stage.Everything(end, row.takesAway), Breaches());
     }
     EXPECT_GT(nth, 100U);
   }

@@ -182,7 +182,7 @@ void Stage::CheckTables(Breaches& breaches) {
     const VirtualSector& replaced = write.sector.before;
     const bool saves = act_.kind == Act::Kind::Switch;
     const bool known = saves ? IsSaved(*write.disk, replaced) || IsSwitched(replaced, unswitched)
-                             : actedAt_ <= write.read;
+                             : actedAt_ <= write.read || replaced == before;
     if (!known) breaches.push_back("9: a table was replaced that nobody has seen");
   }
 }
