@@ -54,6 +54,16 @@ unit() {
   count $(($3 - $2)) "$2"
 }
 
+# The unit tests with their own totals in build/log/units-count.
+units() (
+  passed=0
+  failed=0
+  rm -f build/log/units-count
+  unit native
+  unit asan
+  echo "$passed $failed" >build/log/units-count
+)
+
 # The same sources give the same bytes, in whichever folder they are built.
 same_bytes() {
   for preset in win64 win32; do
@@ -107,6 +117,10 @@ quiet bench-programs cmake --build --preset win64 --target search_bench bare_win
 quiet reproducible same_bytes
 quiet package same_package
 
+# The stories wait more than they work, so the unit tests are built and run beside them.
+units >build/log/units 2>&1 &
+beside=$!
+
 if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; then
   skip "the stick's file systems are mounted: needs root, /dev/fuse and loop devices" "Wine stories"
   skip "they start from what the Wine stories leave" "boot tests"
@@ -118,8 +132,10 @@ else
   told boot python3 -B tests/boot/boot_tests.py
 fi
 
-unit native
-unit asan
+wait "$beside"
+cat build/log/units
+# shellcheck disable=SC2046
+count $(cat build/log/units-count || echo 0 1)
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
