@@ -225,6 +225,19 @@ TEST(FileOrder, ARepairAgreedToDecidesWhereTheEntriesPoint) {
   EXPECT_EQ(program.world.stick.Sector(6'000'000), demo::NtfsBootRecord());
 }
 
+// The companion's copy would be called as the fourth file is.
+TEST(FileOrder, ARepairKnowsTheNamesOfAllThreeFiles) {
+  FourVolumes program;
+  const std::string image = Paths("E:~A.volPAKX4Azzz")[0], fourth = Paths("E:~Azzz")[0];
+  program.Put(image, 5'000'000);
+  program.Put(Paths("E:~A")[0], 5'600'000);
+  program.Put(fourth, 5'500'000);
+  const BoxRows boxes = program.Boxes(Open(image), {Answer::Yes, Answer::Cancel});
+  ASSERT_EQ(boxes.size(), 3U);
+  EXPECT_EQ(boxes[1].title, "ERROR:" + fourth + " is first!");
+  EXPECT_TRUE(program.Lines(MaskOf(Op::ChildCopy, Op::Rename)).empty());
+}
+
 TEST(FileOrder, ARepairThatFailsGoesOnOnlyWithAFileThatCanBeMeasured) {
   const auto paths = Paths("E:~A.volPAK E:~A");
   const BoxRow kInvalid = Warning(
