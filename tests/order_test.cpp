@@ -233,6 +233,7 @@ TEST(OrderRepair, TrustsNoCopyThatIsNotProven) {
       // Two rounds before it make a flush each of copy and successor, and two reads.
       const std::size_t before = row.refused == MaskOf(Op::ChildCopy) ? 2 : 4;
       if (row.refused != 0) program.Plan(row.kind, row.refused, firstFile ? before + 1 : 1);
+      program.files.failing = {{firstFile ? "E:\\P\\A.volPAKzzz" : "E:\\P\\Axxx", "", 1}};
       EXPECT_EQ(program.Repair(), BoxRows{kDone});
       EXPECT_EQ(program.Places(), "150000 160000");
       EXPECT_FALSE(changes);
