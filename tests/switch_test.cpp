@@ -1,5 +1,6 @@
 // The switch from the double-click to the last write: the checks of the drive, the backups, the
 // order of everything that reaches the disk, the last question.
+#include <algorithm>
 #include <cstring>
 
 #include "tests/support.h"
