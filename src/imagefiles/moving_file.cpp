@@ -69,8 +69,9 @@ std::string BareName(const std::string& path) {
 // for another one costs a repair, not a file.
 std::string Folded(const std::string& name) {
   std::string folded = UpperCase(name);
-  std::replace_if(
-      folded.begin(), folded.end(), [](char c) { return (c & 0x80) != 0; }, '?');
+  for (char& c : folded) {
+    if ((c & 0x80) != 0) c = '?';
+  }
   return folded;
 }
 
