@@ -18,5 +18,7 @@ for name in sector extents name answer parse; do
 done
 cmake --preset native >build/native-configure.log
 cmake --build --preset native --target rotate_tests >build/native-build.log
+echo "== every step of the loops"
+ROTATE_THOROUGH=1 build/native/tests/rotate_tests --gtest_filter='Acts/*' --gtest_brief=1
 echo "== worlds"
 ROTATE_WORLDS=$worlds build/native/tests/rotate_tests --gtest_filter='RandomWorlds.*' --gtest_brief=1
