@@ -4,9 +4,9 @@
 //    1 Only the chosen disk is written, and of it only LBA 0, 30, 60 and the first sector of the
 //      image as it was measured last. (What the file system writes for a copy, a delete or a rename
 //      is its own matter: invariant 4.) No byte of the second stick changes.
-//    2 Sector 0 is the old or a new one, whole. A new one is what the rules make of the old one
-//    with
-//      the companion and the fourth file found or not, each with its own type or the one answered.
+//    2 Sector 0 is the old or a new one, whole. A new one is what the rules make of the old one,
+//      with the companion and the fourth file found or not, each with its own type or the one
+//      answered.
 //    3 While sector 0 isn't the unswitched one, the unswitched one stands whole on LBA 30 or 60, or
 //      in \tsd\MBR.BIN where it stood before. (Not for a swap, which undoes itself.)
 //    4 Every file is there with its contents. Only where power was cut between the two renames of a
