@@ -27,7 +27,7 @@ bench: ## timings of the logic, and of the executables under Wine
 	@cmake --preset win32 >/dev/null && cmake --build --preset win32 >/dev/null
 	@python3 -B bench/wine_figures.py
 
-fuzz: ## the fuzz harnesses for a minute each, then a million worlds made at random
+fuzz: ## the fuzz harnesses for a minute each, all of the fault loops, a million worlds at random
 	@scripts/setup.sh native tidy
 	@scripts/fuzz.sh
 

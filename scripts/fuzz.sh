@@ -1,5 +1,6 @@
 #!/bin/sh
-# Runs each fuzz harness for a while from the seeds in the repository, then worlds made at random.
+# Runs each fuzz harness for a while from the seeds in the repository, then every step of the fault
+# loops, then worlds made at random.
 # usage: scripts/fuzz.sh [seconds per harness] [worlds]
 set -eu
 cd "$(dirname "$0")/.."
