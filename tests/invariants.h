@@ -65,6 +65,8 @@ class Stage {
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
 
+  // Takes what stands on the stick now as what the act begins with.
+  void BeginWithThis();
   RunEnd Start();    // also after a Reboot
   RunEnd Perform();  // the act; questions get their default answer
   // Another program acts once, before the n-th operation of the act.

@@ -25,6 +25,13 @@ Stage::Stage(const Act& act) : world(demo::Make(pc)), other(demo::AddSecondStick
   pc.machine.beforeOperation = [this](std::size_t operation) { Watch(operation); };
 }
 
+void Stage::BeginWithThis() {
+  unswitched = before = world.stick.Sector(0);
+  old30_ = world.stick.Sector(30);
+  old60_ = world.stick.Sector(60);
+  olds_ = {before};
+}
+
 RunEnd Stage::Start() {
   pc.toolkit.defaultsAllowed = true;
   ShowImageVolume();

@@ -22,7 +22,7 @@ std::uint32_t NextChunk(std::uint64_t left) {
 
 // The end of the file cuts its last sector short; asking for a part of it isn't allowed.
 std::uint32_t InWholeSectors(std::uint32_t bytes) {
-  return (bytes + kAlignment - 1) / kAlignment * kAlignment;
+  return static_cast<std::uint32_t>((bytes + kAlignment - 1) / kAlignment * kAlignment);
 }
 
 class AlignedMemory {
