@@ -29,7 +29,7 @@ int FaultOf(Statement&& statement) {
 // The file at path as a search gives it.
 inline FindData Find(Platform& p, const std::string& path) {
   FindData found;
-  p.files->FindClose(p.files->FindFirstFileA(path, found));
+  p.files->FindClose(p.files->FindFirstFile(path, found));
   return found;
 }
 
@@ -52,7 +52,7 @@ inline void AppendMakesAndGrows(Platform& p, const std::string& folder, Checks& 
   p.files->AppendLine(path, "");
   check(p.files->ReadTextFile(path) == "one\r\n\r\n", "an empty line is a line end");
   p.files->FileDelete(path);
-  check(p.files->GetFileAttributesA(path) == kInvalidAttributes, "deleted");
+  check(p.files->GetFileAttributes(path) == kInvalidAttributes, "deleted");
 }
 
 inline void StatementsFault(Platform& p, const std::string& folder, Checks& check) {
@@ -87,7 +87,7 @@ inline void CopyAndRename(Platform& p, const std::string& folder, Checks& check)
   check(Find(p, a).lastWriteTime != 0, "a file has a time");
   check(Find(p, a).lastWriteTime == Find(p, b).lastWriteTime, "a copy has its original's time");
   p.files->FileRename(b, c);
-  check(p.files->GetFileAttributesA(b) == kInvalidAttributes, "the old name is gone");
+  check(p.files->GetFileAttributes(b) == kInvalidAttributes, "the old name is gone");
   check(Find(p, folder + "to2.TXT").name == "TO2.txt", "names match in any case and keep theirs");
   p.files->FileDelete(a);
   p.files->FileDelete(c);
@@ -95,18 +95,18 @@ inline void CopyAndRename(Platform& p, const std::string& folder, Checks& check)
 
 inline void Searches(Platform& p, const std::string& folder, Checks& check) {
   const std::string sub = folder + "sub.volPAK";
-  if (p.files->GetFileAttributesA(sub) == kInvalidAttributes) p.files->MakeFolder(sub);
+  if (p.files->GetFileAttributes(sub) == kInvalidAttributes) p.files->MakeFolder(sub);
   for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
     p.files->AppendLine(sub + "\\" + name, "x");
   }
   FindData found;
   std::string names;
-  Handle search = p.files->FindFirstFileA(sub + "\\*.volpak*", found);
+  Handle search = p.files->FindFirstFile(sub + "\\*.volpak*", found);
   check(search != kInvalidHandle, "found some");
   for (bool more = search != kInvalidHandle; more;) {
     names += found.name + " ";
     check(found.size == 3, "size of a file");
-    more = p.files->FindNextFileA(search, found);
+    more = p.files->FindNextFile(search, found);
   }
   check(p.files->FindClose(search), "a search closes");
   for (const char* name : {"a.volPAK ", "b.volPAK23X4D ", "c.volPAK.txt "}) {
@@ -116,9 +116,9 @@ inline void Searches(Platform& p, const std::string& folder, Checks& check) {
   check(Find(p, sub + "\\*").name == ".", "a folder's first entry is itself");
   check((Find(p, sub).attributes & kAttributeDirectory) != 0, "folders are found");
   for (const std::string& none : {sub + "\\*.none", folder + "none\\*", std::string()}) {
-    check(p.files->FindFirstFileA(none, found) == kInvalidHandle, "finds nothing: -1");
+    check(p.files->FindFirstFile(none, found) == kInvalidHandle, "finds nothing: -1");
   }
-  check((p.files->GetFileAttributesA(sub) & kAttributeDirectory) != 0, "attributes of a folder");
+  check((p.files->GetFileAttributes(sub) & kAttributeDirectory) != 0, "attributes of a folder");
   for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
     p.files->FileDelete(sub + "\\" + name);
   }
@@ -139,7 +139,7 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   const std::string path = folder + "handle.bin";
   p.files->AppendLine(path, "0123456789");
   Devices& d = *p.devices;
-  const Handle file = d.CreateFileA(path, kGenericRead, kShareRead, kOpenExisting, 0);
+  const Handle file = d.CreateFile(path, kGenericRead, kShareRead, kOpenExisting, 0);
   check(file > 0, "opens");
   std::uint32_t high = 1;
   check(d.GetFileSize(file, high) == 12 && high == 0, "size");
@@ -151,13 +151,13 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   check(d.ReadFile(file, data, sizeof data, moved) && moved == 0, "reads nothing at the end");
   check(FaultOf([&] { p.files->FileDelete(path); }) != 0, "an open file isn't deleted");
   check(p.files->ReadTextFile(path).size() == 12, "but read, where reading is shared");
-  const Handle second = d.CreateFileA(path, kGenericReadWrite, kShareReadWrite, kOpenExisting, 0);
+  const Handle second = d.CreateFile(path, kGenericReadWrite, kShareReadWrite, kOpenExisting, 0);
   check(second == kInvalidHandle, "and not opened for writing");
   check(d.CloseHandle(file), "closes");
   check(!d.CloseHandle(file), "once");
   check(!d.ReadFile(file, data, 1, moved) && moved == 0, "a closed handle reads nothing");
   check(d.GetLastError() != 0, "and says why");
-  check(d.CreateFileA(folder + "none", kFileReadAttributes, kShareRead, kOpenExisting, 0) ==
+  check(d.CreateFile(folder + "none", kFileReadAttributes, kShareRead, kOpenExisting, 0) ==
             kInvalidHandle,
         "no file: -1");
   p.files->FileDelete(path);
@@ -165,7 +165,7 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
 
 inline void MutexIsTaken(Platform& p, const std::string& folder, Checks& check) {
   const std::string name = "Rotate_TSD contract " + std::to_string(folder.size());
-  const Handle first = p.processes->CreateMutexA(name), second = p.processes->CreateMutexA(name);
+  const Handle first = p.processes->CreateMutex(name), second = p.processes->CreateMutex(name);
   check(first > 0 && second > 0 && first != second, "two handles to one mutex");
   check(p.processes->WaitForSingleObject(first, 0) == kWaitObject0, "a new one is free");
   check(p.processes->WaitForSingleObject(second, 0) == kWaitObject0, "and this process's then");
@@ -174,11 +174,11 @@ inline void MutexIsTaken(Platform& p, const std::string& folder, Checks& check) 
 
 inline void WindowsOfNobody(Platform& p, const std::string&, Checks& check) {
   Desktop& d = *p.desktop;
-  const WindowHandle none = d.FindWindowA("Rotate_TSD has no such window");
+  const WindowHandle none = d.FindWindow("Rotate_TSD has no such window");
   check(none == 0, "no window of that class");
   check(!d.IsWindowVisible(none) && !d.IsIconic(none) && !d.SetForegroundWindow(none), "not shown");
   check(d.GetWindowThreadProcessId(none) == 0, "nobody's");
-  check(!d.SendMessageTimeoutA(none, kWmNull, 100), "doesn't answer");
+  check(!d.SendMessageTimeout(none, kWmNull, 100), "doesn't answer");
 }
 
 }  // namespace contract

@@ -16,11 +16,11 @@ struct VirtualPcTest : testing::Test {
   demo::World world = demo::Make(pc);
 
   Handle OpenDisk() {
-    return pc.devices.CreateFileA("\\\\.\\PhysicalDrive1", kGenericReadWrite, kShareReadWrite,
-                                  kOpenExisting, 0);
+    return pc.devices.CreateFile("\\\\.\\PhysicalDrive1", kGenericReadWrite, kShareReadWrite,
+                                 kOpenExisting, 0);
   }
   Handle OpenVolume(const std::string& name, std::uint32_t access = kGenericReadWrite) {
-    return pc.devices.CreateFileA("\\\\.\\" + name, access, kShareReadWrite, kOpenExisting, 0);
+    return pc.devices.CreateFile("\\\\.\\" + name, access, kShareReadWrite, kOpenExisting, 0);
   }
   bool Control(Handle handle, std::uint32_t code) {
     std::uint32_t returned = 0;
@@ -54,7 +54,7 @@ TEST_F(VirtualPcTest, GuardsMountedVolumesAgainstWritesThroughTheDisk) {
   EXPECT_FALSE(WriteAt(inside));
   EXPECT_TRUE(Control(volume, kFsctlDismountVolume));
   EXPECT_TRUE(WriteAt(inside)) << "dismounted";
-  EXPECT_NE(pc.files.GetFileAttributesA("E:\\_ISO"), kInvalidAttributes);
+  EXPECT_NE(pc.files.GetFileAttributes("E:\\_ISO"), kInvalidAttributes);
   EXPECT_FALSE(WriteAt(inside)) << "the look at a file mounted it again";
 
   pc.machine.guardsMountedVolumes = false;
@@ -174,7 +174,7 @@ TEST_F(VirtualPcTest, LostWritesAreAcknowledgedAndACopyShowsThroughTheCacheOnly)
                      kWindowHidden);
   for (const std::uint32_t flags : {0U, kFlagNoBuffering}) {
     const Handle copy =
-        pc.devices.CreateFileA("E:\\copy", kGenericRead, kShareRead, kOpenExisting, flags);
+        pc.devices.CreateFile("E:\\copy", kGenericRead, kShareRead, kOpenExisting, flags);
     VirtualSector first = FilledSector(1);
     std::uint32_t moved = 0;
     EXPECT_TRUE(pc.devices.ReadFile(copy, first.data(), 512, moved));
@@ -185,8 +185,8 @@ TEST_F(VirtualPcTest, LostWritesAreAcknowledgedAndACopyShowsThroughTheCacheOnly)
 }
 
 TEST_F(VirtualPcTest, LooksAtPathsAndFillsBuffersAsWindowsDoes) {
-  EXPECT_EQ(pc.files.GetFileAttributesA("E:\\_ISO\\."), kAttributeDirectory);
-  EXPECT_EQ(pc.files.GetFileAttributesA("E:\\_ISO\\tsd\\..\\A"), 0U);
+  EXPECT_EQ(pc.files.GetFileAttributes("E:\\_ISO\\."), kAttributeDirectory);
+  EXPECT_EQ(pc.files.GetFileAttributes("E:\\_ISO\\tsd\\..\\A"), 0U);
   std::uint8_t answer[12];
   std::uint32_t returned = 0;
   const Handle volume = OpenVolume("E:", 0);
@@ -198,7 +198,7 @@ TEST_F(VirtualPcTest, LooksAtPathsAndFillsBuffersAsWindowsDoes) {
   }
   world.e.AddText("\\" + std::string(260, 'n'), "a name that the record can't hold");
   FindData found;
-  EXPECT_EQ(pc.files.FindFirstFileA("E:\\nn*", found), kInvalidHandle);
+  EXPECT_EQ(pc.files.FindFirstFile("E:\\nn*", found), kInvalidHandle);
 }
 
 // What makes every other test fail where a box came that it didn't expect.

@@ -156,8 +156,8 @@ std::uint64_t GetSCSICapacity(std::int32_t drv) {
   ErrorMode on(ReportLayout::Module, "GetSCSICapacity");
   WriteLog("------- GetSCSICapacity Started ----------------");
   Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(drv), kGenericReadWrite,
-                                    kShareReadWrite, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv), kGenericReadWrite,
+                                   kShareReadWrite, kOpenExisting, 0);
   });
   if (disk == kInvalidHandle) return 0;
   std::uint64_t capacity = on(std::uint64_t{0}, [&] { return CapacityReply(disk); });

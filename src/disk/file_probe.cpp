@@ -8,7 +8,7 @@ std::optional<FindData> FindFile(const std::string& path) {
   std::optional<FindData> file;
   quietly([&] {
     FindData found;
-    const Handle search = Sys.files->FindFirstFileA(path, found);
+    const Handle search = Sys.files->FindFirstFile(path, found);
     if (search == kInvalidHandle) return;
     if ((found.attributes & kAttributeDirectory) == 0) file = found;
     Sys.files->FindClose(search);

@@ -36,8 +36,8 @@ std::uint32_t HighHalf(std::uint64_t value) {
 Handle OpenDiskToRead(std::int32_t drive) {
   ErrorMode on;
   return on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(drive), kGenericRead,
-                                    kShareReadWrite, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drive), kGenericRead,
+                                   kShareReadWrite, kOpenExisting, 0);
   });
 }
 
@@ -80,8 +80,8 @@ bool Open_Physical_Disk_hDrive(std::int32_t driveNo) {
   WriteLog("------- Open_Physical_Disk_hDrive Started ----------------");
   if (hDrive > kNoHandle) MyCloseHandle(hDrive);
   hDrive = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(driveNo), kGenericReadWrite,
-                                    kShareReadWrite, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(driveNo), kGenericReadWrite,
+                                   kShareReadWrite, kOpenExisting, 0);
   });
   return hDrive > kNoHandle;
 }
@@ -189,7 +189,7 @@ std::uint64_t FileLenA(const std::string& path) {
   ErrorMode on;
   if (!FileIsThere(path)) return 0;
   Handle file = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
+    return Sys.devices->CreateFile(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
   });
   if (file == kInvalidHandle) return 0;
   const std::uint64_t length = on(std::uint64_t{0}, [&] {
@@ -214,7 +214,7 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive) {
   ErrorMode on(ReportLayout::ModuleSilent, "GetPhysDriveNo(Sdrive)");
   std::int32_t number = kNoDrive;
   const Handle volume = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\" + Sdrive, 0, kShareReadWrite, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\" + Sdrive, 0, kShareReadWrite, kOpenExisting, 0);
   });
   if (volume == kInvalidHandle) return number;
   on([&] {
@@ -233,8 +233,8 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive) {
 bool IsUsbDrive(std::int32_t drv) {
   ErrorMode on;
   const Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(drv).substr(0, 2), 0,
-                                    kShareNone, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv).substr(0, 2), 0,
+                                   kShareNone, kOpenExisting, 0);
   });
   if (disk == kInvalidHandle) return false;
   std::array<std::uint8_t, 512> descriptor{};

@@ -24,8 +24,8 @@ bool SendControl(Handle handle, std::uint32_t code) {
 }
 
 Handle OpenVolume(const std::string& volume, std::uint32_t flags) {
-  return Sys.devices->CreateFileA("\\\\.\\" + volume, kGenericReadWrite, kShareReadWrite,
-                                  kOpenExisting, flags);
+  return Sys.devices->CreateFile("\\\\.\\" + volume, kGenericReadWrite, kShareReadWrite,
+                                 kOpenExisting, flags);
 }
 
 void LockVolumes(std::int32_t drive, ErrorMode& on) {
@@ -111,8 +111,8 @@ bool ReMount_Drive(std::int32_t diskno) {
   ErrorMode on(ReportLayout::Module, "ReMount_Drive(diskno)");
   WriteLog("------- ReMount_Drive(" + Decimal(diskno) + ") Started ----------------");
   Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA("\\\\.\\PhysicalDrive" + Decimal(diskno), kGenericReadWrite,
-                                    kShareReadWrite, kOpenExisting, 0);
+    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(diskno), kGenericReadWrite,
+                                   kShareReadWrite, kOpenExisting, 0);
   });
   if (disk == kInvalidHandle) return false;
   const bool renewed = on(false, [&] { return SendControl(disk, kIoctlDiskUpdateProperties); });

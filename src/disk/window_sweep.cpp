@@ -21,7 +21,7 @@ void Close_Windows_By_Title(const std::string& prefix) {
   });
   while (window != 0) {
     if (GetWindowTitle(window).starts_with(prefix) && IsTaskWindow(window)) {
-      on([&] { Sys.desktop->PostMessageA(window, kWmClose); });
+      on([&] { Sys.desktop->PostMessage(window, kWmClose); });
     }
     window = on(WindowHandle{0}, [&] { return Sys.desktop->GetWindow(window, kGwHwndNext); });
   }
@@ -38,10 +38,10 @@ bool IsTaskWindow(WindowHandle hwnd) {
 std::string GetWindowTitle(WindowHandle hwnd) {
   ErrorMode on;
   return on(std::string(), [&] {
-    const int length = Sys.desktop->GetWindowTextLengthA(hwnd);
+    const int length = Sys.desktop->GetWindowTextLength(hwnd);
     if (length <= 0) return std::string();
     std::string buffer(static_cast<std::size_t>(length) + 1, '\0');
-    const int copied = Sys.desktop->GetWindowTextA(hwnd, buffer.data(), length + 1);
+    const int copied = Sys.desktop->GetWindowText(hwnd, buffer.data(), length + 1);
     return buffer.substr(0, copied > 0 ? static_cast<std::size_t>(copied) : 0);
   });
 }

@@ -21,7 +21,7 @@ std::int32_t Fail(std::uint32_t number, const std::string& description) {
 // A look that fails says nothing: the name alone would then start whatever is found first.
 bool IsSurelyMissing(const std::string& path) {
   constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;  // winerror.h
-  if (Sys.files->GetFileAttributesA(path) != kInvalidAttributes) return false;
+  if (Sys.files->GetFileAttributes(path) != kInvalidAttributes) return false;
   const std::uint32_t error = Sys.devices->GetLastError();
   return error == kErrorFileNotFound || error == kErrorPathNotFound;
 }

@@ -42,8 +42,7 @@ class AlignedMemory {
 Handle OpenPastCache(const std::string& path) {
   ErrorMode quietly;
   return quietly(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA(path, kGenericRead, kShareRead, kOpenExisting,
-                                    kFlagNoBuffering);
+    return Sys.devices->CreateFile(path, kGenericRead, kShareRead, kOpenExisting, kFlagNoBuffering);
   });
 }
 

@@ -132,7 +132,7 @@ void TakeResult(const std::string& file) {
 bool HoldToolCopy(const std::string& original) {
   ErrorMode on;
   ToolCopyHandle = on(kInvalidHandle, [] {
-    return Sys.devices->CreateFileA(GFE_Path, kGenericRead, kShareRead, kOpenExisting, 0);
+    return Sys.devices->CreateFile(GFE_Path, kGenericRead, kShareRead, kOpenExisting, 0);
   });
   return ToolCopyHandle > kNoHandle && on(false, [&] {
            return Sys.files->ReadTextFile(GFE_Path) == Sys.files->ReadTextFile(original);

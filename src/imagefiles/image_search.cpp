@@ -21,18 +21,18 @@ template <class Visit>
 void ForEachEntry(ErrorMode& on, const std::string& pattern, Visit visit) {
   FindData found;
   const Handle search =
-      on(kInvalidHandle, [&] { return Sys.files->FindFirstFileA(pattern, found); });
+      on(kInvalidHandle, [&] { return Sys.files->FindFirstFile(pattern, found); });
   if (search == kInvalidHandle) return;
   do {
     found.name = found.name.substr(0, found.name.find('\0'));
     if (found.name != "." && found.name != "..") visit(found);
-  } while (on(false, [&] { return Sys.files->FindNextFileA(search, found); }));
+  } while (on(false, [&] { return Sys.files->FindNextFile(search, found); }));
   on([&] { Sys.files->FindClose(search); });
 }
 
 bool IsFolder(ErrorMode& on, const std::string& path, bool ifUnknown) {
   const std::uint32_t attributes =
-      on(kInvalidAttributes, [&] { return Sys.files->GetFileAttributesA(path); });
+      on(kInvalidAttributes, [&] { return Sys.files->GetFileAttributes(path); });
   if (attributes == kInvalidAttributes) return ifUnknown;
   return (attributes & kAttributeDirectory) != 0;
 }

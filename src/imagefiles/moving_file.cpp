@@ -25,7 +25,7 @@ enum class Name { Free, Stands, Unknown };
 Name Ask(const std::string& path) {
   ErrorMode quietly;
   return quietly(Name::Unknown, [&] {
-    const std::uint32_t attributes = Sys.files->GetFileAttributesA(path);
+    const std::uint32_t attributes = Sys.files->GetFileAttributes(path);
     if (attributes != kInvalidAttributes) {
       return (attributes & kAttributeDirectory) == 0 ? Name::Stands : Name::Unknown;
     }
@@ -43,7 +43,7 @@ bool IsLike(const std::optional<FindData>& file, const std::optional<FindData>& 
 bool IsFlushed(const std::string& path) {
   ErrorMode quietly;
   const Handle file = quietly(kInvalidHandle, [&] {
-    return Sys.devices->CreateFileA(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
+    return Sys.devices->CreateFile(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
   });
   if (file == kInvalidHandle) return false;
   const bool flushed = quietly(false, [&] { return Sys.devices->FlushFileBuffers(file); });
@@ -101,13 +101,13 @@ std::vector<std::string> MovingFile::AsidesThere() const {
   ErrorMode quietly;
   quietly([&] {
     FindData found;
-    const Handle search = Sys.files->FindFirstFileA(AsideName(1) + "*", found);
+    const Handle search = Sys.files->FindFirstFile(AsideName(1) + "*", found);
     if (search == kInvalidHandle) return;
     do {
       if (IsTemporary(found.name)) {
         names.push_back(file_.substr(0, file_.rfind('\\') + 1) + found.name);
       }
-    } while (Sys.files->FindNextFileA(search, found));
+    } while (Sys.files->FindNextFile(search, found));
     Sys.files->FindClose(search);
   });
   return names;

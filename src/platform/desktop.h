@@ -19,22 +19,22 @@ class Desktop {
 
   virtual WindowHandle GetDesktopWindow() = 0;
   virtual WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) = 0;
-  virtual int GetWindowTextLengthA(WindowHandle window) = 0;
+  virtual int GetWindowTextLength(WindowHandle window) = 0;
   // Copies at most size - 1 characters and a NUL; gives the count without the NUL.
-  virtual int GetWindowTextA(WindowHandle window, char* buffer, int size) = 0;
+  virtual int GetWindowText(WindowHandle window, char* buffer, int size) = 0;
   virtual bool IsWindowVisible(WindowHandle window) = 0;
   // Posts the message with both parameters 0.
-  virtual bool PostMessageA(WindowHandle window, std::uint32_t message) = 0;
+  virtual bool PostMessage(WindowHandle window, std::uint32_t message) = 0;
 
   // The topmost window of that class, hidden ones included; 0: none.
-  virtual WindowHandle FindWindowA(const std::string& className) = 0;
+  virtual WindowHandle FindWindow(const std::string& className) = 0;
   // The process that made the window; 0: no such window.
   virtual std::uint32_t GetWindowThreadProcessId(WindowHandle window) = 0;
   // The window that owner owns and that was active last, a box; owner itself where there is none.
   virtual WindowHandle GetLastActivePopup(WindowHandle owner) = 0;
   // Sends the message with both parameters 0. False: not answered within the time.
-  virtual bool SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
-                                   std::uint32_t milliseconds) = 0;
+  virtual bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
+                                  std::uint32_t milliseconds) = 0;
   virtual bool IsIconic(WindowHandle window) = 0;
   virtual void ShowWindow(WindowHandle window, int command) = 0;
   // False: the system keeps another window in front.

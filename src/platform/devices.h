@@ -10,7 +10,7 @@ using Handle = std::intptr_t;
 constexpr Handle kNoHandle = 0;
 constexpr Handle kInvalidHandle = -1;
 
-// Access, sharing, disposition and flags of CreateFileA (winnt.h, winbase.h).
+// Access, sharing, disposition and flags of CreateFile (winnt.h, winbase.h).
 constexpr std::uint32_t kFileReadAttributes = 0x80;
 constexpr std::uint32_t kGenericRead = 0x80000000;
 constexpr std::uint32_t kGenericReadWrite = 0xC0000000;
@@ -36,8 +36,8 @@ class Devices {
   virtual ~Devices() = default;
 
   // Opens a file, "\\.\E:" or "\\.\PhysicalDrive1". Gives an open handle, or -1 on failure.
-  virtual Handle CreateFileA(const std::string& path, std::uint32_t access, std::uint32_t share,
-                             std::uint32_t disposition, std::uint32_t flags) = 0;
+  virtual Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
+                            std::uint32_t disposition, std::uint32_t flags) = 0;
 
   // Moves the file pointer to offset bytes from the start (FILE_BEGIN). False: not moved.
   virtual bool SetFilePointerEx(Handle handle, std::uint64_t offset) = 0;

@@ -27,13 +27,13 @@ class Files {
   virtual ~Files() = default;
 
   // Searches. The pattern may hold * and ? in its last part; hidden and system entries and folders
-  // are found as well. FindFirstFileA gives a search handle, or -1 when nothing matches.
-  virtual Handle FindFirstFileA(const std::string& pattern, FindData& found) = 0;
-  virtual bool FindNextFileA(Handle search, FindData& found) = 0;
+  // are found as well. FindFirstFile gives a search handle, or -1 when nothing matches.
+  virtual Handle FindFirstFile(const std::string& pattern, FindData& found) = 0;
+  virtual bool FindNextFile(Handle search, FindData& found) = 0;
   virtual bool FindClose(Handle search) = 0;
 
   // The attributes of a file or folder, or kInvalidAttributes.
-  virtual std::uint32_t GetFileAttributesA(const std::string& path) = 0;
+  virtual std::uint32_t GetFileAttributes(const std::string& path) = 0;
 
   // Statements: each does all of its work or throws a Fault.
   virtual void FileCopy(const std::string& from, const std::string& to) = 0;    // see below

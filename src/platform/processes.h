@@ -38,7 +38,7 @@ class Processes {
 
   // A handle to the mutex of that name, which is made where it isn't there yet; 0 on failure, also
   // where it belongs to another user. A wait for it takes it, for as long as the process lives.
-  virtual Handle CreateMutexA(const std::string& name) = 0;
+  virtual Handle CreateMutex(const std::string& name) = 0;
 
   virtual bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) = 0;
 
@@ -46,9 +46,9 @@ class Processes {
   virtual void EndChild(std::uint32_t processId) = 0;
 
   // Above 32: started. No owner window.
-  virtual std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
-                                      const std::string& parameters, const std::string& folder,
-                                      int showCommand) = 0;
+  virtual std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
+                                     const std::string& parameters, const std::string& folder,
+                                     int showCommand) = 0;
 
   // Ends this process at once. Does not come back; a double may leave by an exception that is
   // neither Fault nor std::exception.

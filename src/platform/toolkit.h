@@ -128,7 +128,7 @@ class Toolkit {
   virtual void SetListIndex(Control list, int row) = 0;
 
   // Sends message with wParam and lParam 0 to the control's window.
-  virtual void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) = 0;
+  virtual void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) = 0;
 
   virtual float TwipsPerPixelX() = 0;
   virtual float TextWidth(const std::string& text) = 0;  // in the window's font, twips

@@ -134,8 +134,8 @@ void rgbGetVolume(const std::string& Drive, std::string& label, std::string& ser
   std::string told, fileSystem;
   std::uint32_t number = 0;
   const bool known = on(false, [&] {
-    return Sys.facts->GetVolumeInformationA(Drive + "\\", told, kLabelSize, number, fileSystem,
-                                            kFileSystemSize);
+    return Sys.facts->GetVolumeInformation(Drive + "\\", told, kLabelSize, number, fileSystem,
+                                           kFileSystemSize);
   });
   label.clear();
   serial.clear();
@@ -147,6 +147,6 @@ void rgbGetVolume(const std::string& Drive, std::string& label, std::string& ser
 
 void SetHorizontalExtent(Control list, std::int16_t width) {
   const float pixels = static_cast<float>(width) / Sys.toolkit->TwipsPerPixelX() + 6;
-  Sys.toolkit->SendMessageA(list, kLbSetHorizontalExtent,
-                            static_cast<std::intptr_t>(std::nearbyint(pixels)));
+  Sys.toolkit->SendMessage(list, kLbSetHorizontalExtent,
+                           static_cast<std::intptr_t>(std::nearbyint(pixels)));
 }

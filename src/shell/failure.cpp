@@ -29,8 +29,8 @@ std::string APIErrorDescription(std::uint32_t code) {
   WriteLog("------- APIErrorDescription Started ----------------");
   std::string buffer(255, ' ');
   on([&] {
-    Sys.facts->FormatMessageA(kFormatMessageFromSystem, code, 0, buffer.data(),
-                              static_cast<std::uint32_t>(buffer.size()));
+    Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, buffer.data(),
+                             static_cast<std::uint32_t>(buffer.size()));
   });
   return StripNull(buffer);
 }

@@ -71,7 +71,7 @@ bool CountLine() {
 }
 
 bool LogFileExists() {
-  return Sys.files->GetFileAttributesA(LogPath()) != kInvalidAttributes;
+  return Sys.files->GetFileAttributes(LogPath()) != kInvalidAttributes;
 }
 
 }  // namespace

@@ -173,7 +173,7 @@ void cmdExit_Click() {
 
 void Label2_Click() {
   ErrorMode on;
-  on([] { Sys.processes->ShellExecuteA("open", PRODUCT_HOME_URL, "0", "0", 1); });
+  on([] { Sys.processes->ShellExecute("open", PRODUCT_HOME_URL, "0", "0", 1); });
 }
 
 void ForgetActions() {

@@ -50,12 +50,12 @@ void TellThatItDoesNotAnswer() {
 }
 
 bool BecomesOnlyInstance() {
-  const Handle mutex = Sys.processes->CreateMutexA(kMutexName);  // kept until the process ends
+  const Handle mutex = Sys.processes->CreateMutex(kMutexName);  // kept until the process ends
   for (int look = 0; OtherRuns(mutex); ++look) {
     Sys.desktop->AllowSetForegroundWindow();
-    const WindowHandle frame = Sys.desktop->FindWindowA(kFormDesign.className);
+    const WindowHandle frame = Sys.desktop->FindWindow(kFormDesign.className);
     const WindowHandle front = frame != 0 ? FrontWindow(frame) : 0;
-    if (front != 0 && Sys.desktop->SendMessageTimeoutA(front, kWmNull, kAnswersWithin)) {
+    if (front != 0 && Sys.desktop->SendMessageTimeout(front, kWmNull, kAnswersWithin)) {
       BringToFront(frame, front);
       return false;
     }

@@ -33,7 +33,7 @@ bool ToolIsAt(const std::string& path) {
 
 void FindVersion() {
   VersionInfo version;
-  OSVersionCode = Sys.facts->GetVersionExA(version)
+  OSVersionCode = Sys.facts->GetVersionEx(version)
                       ? VersionCode(version.platformId, version.major, version.minor)
                       : 0;
 }
@@ -63,9 +63,9 @@ std::string Taken(const std::string& buffer, std::uint32_t length) {
 
 std::string LongTempFolder() {
   std::string buffer(kPathBuffer, '\0');
-  const std::uint32_t length = Sys.facts->GetTempPathA(kPathBuffer, buffer.data());
+  const std::uint32_t length = Sys.facts->GetTempPath(kPathBuffer, buffer.data());
   const std::string path = Taken(buffer, length);
-  const std::uint32_t longLength = Sys.facts->GetLongPathNameA(path, buffer.data(), kPathBuffer);
+  const std::uint32_t longLength = Sys.facts->GetLongPathName(path, buffer.data(), kPathBuffer);
   return Taken(buffer, longLength);
 }
 
@@ -174,10 +174,9 @@ void cmd_rebootPE_Click() {
   on([] { StartCommandLine("wpeutil reboot", kWindowNormal); });
   const std::string wpeutil = on(std::string(), [] { return SystemProgram("wpeutil.exe"); });
   on([&] {
-    Sys.processes->ShellExecuteA("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "",
-                                 1);
+    Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "", 1);
   });
-  on([] { Sys.processes->ShellExecuteA("open", "wpeutil reboot", "reboot", "0", 1); });
+  on([] { Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1); });
   RunCmd("cmd /c wpeutil reboot", kWindowNormal);
   on([] { StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised); });
 }

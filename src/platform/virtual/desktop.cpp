@@ -38,14 +38,14 @@ WindowHandle VirtualDesktop::GetWindow(WindowHandle window, std::uint32_t relati
   return relation == kGwOwner && found != nullptr && found->owned ? kSomeOwner : 0;
 }
 
-int VirtualDesktop::GetWindowTextLengthA(WindowHandle window) {
+int VirtualDesktop::GetWindowTextLength(WindowHandle window) {
   const Step step = machine_.Begin(Op::Desktop, "title-length");
   const VirtualWindow* found = At(window);
   const bool ok = machine_.End(step, !step.Refused() && found != nullptr, 1400);
   return ok ? static_cast<int>(found->title.size()) : 0;
 }
 
-int VirtualDesktop::GetWindowTextA(WindowHandle window, char* buffer, int size) {
+int VirtualDesktop::GetWindowText(WindowHandle window, char* buffer, int size) {
   const Step step = machine_.Begin(Op::Desktop, "title");
   const VirtualWindow* found = At(window);
   if (!machine_.End(step, !step.Refused() && found != nullptr && size > 0, 1400)) return 0;
@@ -62,7 +62,7 @@ bool VirtualDesktop::IsWindowVisible(WindowHandle window) {
          found->visible && found->visibleFrom <= machine_.clock.Elapsed();
 }
 
-bool VirtualDesktop::PostMessageA(WindowHandle window, std::uint32_t message) {
+bool VirtualDesktop::PostMessage(WindowHandle window, std::uint32_t message) {
   VirtualWindow* found = At(window);
   const Step step = machine_.Begin(Op::Post, found != nullptr ? found->title : "no window",
                                    std::to_string(message));
@@ -73,7 +73,7 @@ bool VirtualDesktop::PostMessageA(WindowHandle window, std::uint32_t message) {
   return true;
 }
 
-WindowHandle VirtualDesktop::FindWindowA(const std::string& className) {
+WindowHandle VirtualDesktop::FindWindow(const std::string& className) {
   const Step step = machine_.Begin(Op::Desktop, "find-window", className);
   const auto found = std::find_if(windows.begin(), windows.end(), [&](const VirtualWindow& window) {
     return !window.closed && window.className == className;
@@ -96,8 +96,8 @@ WindowHandle VirtualDesktop::GetLastActivePopup(WindowHandle owner) {
   return has ? kFirst + static_cast<WindowHandle>(found->popup) : owner;
 }
 
-bool VirtualDesktop::SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
-                                         std::uint32_t milliseconds) {
+bool VirtualDesktop::SendMessageTimeout(WindowHandle window, std::uint32_t message,
+                                        std::uint32_t milliseconds) {
   const Step step = machine_.Begin(Op::Desktop, "send", std::to_string(message));
   const VirtualWindow* found = At(window);
   if (found != nullptr && found->hangs) machine_.clock.Advance(milliseconds);

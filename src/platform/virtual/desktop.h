@@ -30,15 +30,15 @@ class VirtualDesktop : public Desktop {
 
   WindowHandle GetDesktopWindow() override;
   WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) override;
-  int GetWindowTextLengthA(WindowHandle window) override;
-  int GetWindowTextA(WindowHandle window, char* buffer, int size) override;
+  int GetWindowTextLength(WindowHandle window) override;
+  int GetWindowText(WindowHandle window, char* buffer, int size) override;
   bool IsWindowVisible(WindowHandle window) override;
-  bool PostMessageA(WindowHandle window, std::uint32_t message) override;
-  WindowHandle FindWindowA(const std::string& className) override;
+  bool PostMessage(WindowHandle window, std::uint32_t message) override;
+  WindowHandle FindWindow(const std::string& className) override;
   std::uint32_t GetWindowThreadProcessId(WindowHandle window) override;
   WindowHandle GetLastActivePopup(WindowHandle owner) override;
-  bool SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
-                           std::uint32_t milliseconds) override;
+  bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
+                          std::uint32_t milliseconds) override;
   bool IsIconic(WindowHandle window) override;
   void ShowWindow(WindowHandle window, int command) override;
   bool SetForegroundWindow(WindowHandle window) override;

@@ -130,9 +130,9 @@ bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
   });
 }
 
-Handle VirtualDevices::CreateFileA(const std::string& path, std::uint32_t access,
-                                   std::uint32_t share, std::uint32_t disposition,
-                                   std::uint32_t flags) {
+Handle VirtualDevices::CreateFile(const std::string& path, std::uint32_t access,
+                                  std::uint32_t share, std::uint32_t disposition,
+                                  std::uint32_t flags) {
   const bool device = path.starts_with("\\\\.\\");
   const std::string name = device ? path.substr(4) : path;
   const Step step = machine_.Begin(Op::Open, name, OpenMode(access, share, flags));

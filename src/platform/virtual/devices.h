@@ -14,8 +14,8 @@ class VirtualDevices : public Devices {
  public:
   explicit VirtualDevices(Machine& machine) : machine_(machine) {}
 
-  Handle CreateFileA(const std::string& path, std::uint32_t access, std::uint32_t share,
-                     std::uint32_t disposition, std::uint32_t flags) override;
+  Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
+                    std::uint32_t disposition, std::uint32_t flags) override;
   bool SetFilePointerEx(Handle handle, std::uint64_t offset) override;
   bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
                 std::uint32_t& transferred) override;

@@ -13,27 +13,27 @@ std::uint32_t VirtualFacts::Give(const Step& step, const std::string& text, char
   return static_cast<std::uint32_t>(text.size());
 }
 
-std::uint32_t VirtualFacts::GetTempPathA(std::uint32_t size, char* buffer) {
+std::uint32_t VirtualFacts::GetTempPath(std::uint32_t size, char* buffer) {
   return Give(machine_.Begin(Op::Fact, "temp-path"), tempPath, buffer, size);
 }
 
-std::uint32_t VirtualFacts::GetLongPathNameA(const std::string& shortPath, char* buffer,
-                                             std::uint32_t size) {
+std::uint32_t VirtualFacts::GetLongPathName(const std::string& shortPath, char* buffer,
+                                            std::uint32_t size) {
   const auto found = longPaths.find(shortPath);
   return Give(machine_.Begin(Op::Fact, "long-path"),
               found == longPaths.end() ? shortPath : found->second, buffer, size);
 }
 
-bool VirtualFacts::GetVersionExA(VersionInfo& info) {
+bool VirtualFacts::GetVersionEx(VersionInfo& info) {
   const Step step = machine_.Begin(Op::Fact, "version");
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   info = version;
   return machine_.End(step, true);
 }
 
-bool VirtualFacts::GetVolumeInformationA(const std::string& root, std::string& label,
-                                         std::uint32_t labelSize, std::uint32_t& serial,
-                                         std::string& fileSystem, std::uint32_t fileSystemSize) {
+bool VirtualFacts::GetVolumeInformation(const std::string& root, std::string& label,
+                                        std::uint32_t labelSize, std::uint32_t& serial,
+                                        std::string& fileSystem, std::uint32_t fileSystemSize) {
   const Step step = machine_.Begin(Op::Fact, "volume-information", root);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   VirtualVolume* volume =
@@ -50,8 +50,8 @@ bool VirtualFacts::GetVolumeInformationA(const std::string& root, std::string& l
   return machine_.End(step, true);
 }
 
-std::uint32_t VirtualFacts::FormatMessageA(std::uint32_t, std::uint32_t code, std::uint32_t,
-                                           char* buffer, std::uint32_t size) {
+std::uint32_t VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std::uint32_t,
+                                          char* buffer, std::uint32_t size) {
   const Step step = machine_.Begin(Op::Fact, "message", std::to_string(code));
   std::string text;
   switch (code) {

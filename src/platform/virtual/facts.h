@@ -13,15 +13,15 @@ class VirtualFacts : public SystemFacts {
  public:
   explicit VirtualFacts(Machine& machine) : machine_(machine) {}
 
-  std::uint32_t GetTempPathA(std::uint32_t size, char* buffer) override;
-  std::uint32_t GetLongPathNameA(const std::string& shortPath, char* buffer,
-                                 std::uint32_t size) override;
-  bool GetVersionExA(VersionInfo& version) override;
-  bool GetVolumeInformationA(const std::string& root, std::string& label, std::uint32_t labelSize,
-                             std::uint32_t& serial, std::string& fileSystem,
-                             std::uint32_t fileSystemSize) override;
-  std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                               char* buffer, std::uint32_t size) override;
+  std::uint32_t GetTempPath(std::uint32_t size, char* buffer) override;
+  std::uint32_t GetLongPathName(const std::string& shortPath, char* buffer,
+                                std::uint32_t size) override;
+  bool GetVersionEx(VersionInfo& version) override;
+  bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
+                            std::uint32_t& serial, std::string& fileSystem,
+                            std::uint32_t fileSystemSize) override;
+  std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                              char* buffer, std::uint32_t size) override;
   std::string Environment(const std::string& name) override;
   std::string SystemFolder() override { return systemFolder; }
   std::string ProgramFolder() override { return programFolder; }

@@ -79,7 +79,7 @@ void VirtualFiles::Fill(FindData& found, VirtualVolume& volume, const std::strin
   found.lastWriteTime = file->lastWriteTime;
 }
 
-Handle VirtualFiles::FindFirstFileA(const std::string& pattern, FindData& found) {
+Handle VirtualFiles::FindFirstFile(const std::string& pattern, FindData& found) {
   found = {};
   const Step step = machine_.Begin(Op::Find, pattern);
   const Place place = Look(pattern);
@@ -116,7 +116,7 @@ Handle VirtualFiles::FindFirstFileA(const std::string& pattern, FindData& found)
   return machine_.Add(std::move(search));
 }
 
-bool VirtualFiles::FindNextFileA(Handle handle, FindData& found) {
+bool VirtualFiles::FindNextFile(Handle handle, FindData& found) {
   OpenHandle* search = machine_.At(handle);
   const Step step = machine_.Begin(Op::FindNext, search != nullptr ? search->name : "?");
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -139,7 +139,7 @@ bool VirtualFiles::FindClose(Handle handle) {
   return machine_.End(step, isSearch, kErrorInvalidHandle);
 }
 
-std::uint32_t VirtualFiles::GetFileAttributesA(const std::string& path) {
+std::uint32_t VirtualFiles::GetFileAttributes(const std::string& path) {
   const Step step = machine_.Begin(Op::Attributes, path);
   const Place place = Look(path);
   const bool isRoot = place.volume != nullptr && place.path.empty();

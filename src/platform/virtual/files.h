@@ -12,10 +12,10 @@ class VirtualFiles : public Files {
  public:
   explicit VirtualFiles(Machine& machine) : machine_(machine) {}
 
-  Handle FindFirstFileA(const std::string& pattern, FindData& found) override;
-  bool FindNextFileA(Handle search, FindData& found) override;
+  Handle FindFirstFile(const std::string& pattern, FindData& found) override;
+  bool FindNextFile(Handle search, FindData& found) override;
   bool FindClose(Handle search) override;
-  std::uint32_t GetFileAttributesA(const std::string& path) override;
+  std::uint32_t GetFileAttributes(const std::string& path) override;
   void FileCopy(const std::string& from, const std::string& to) override;
   void FileDelete(const std::string& path) override;
   void FileRename(const std::string& from, const std::string& to) override;

@@ -155,7 +155,7 @@ Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t process
   return machine_.Add(std::move(open));
 }
 
-Handle VirtualProcesses::CreateMutexA(const std::string& name) {
+Handle VirtualProcesses::CreateMutex(const std::string& name) {
   const Step step = machine_.Begin(Op::CreateMutex, name);
   if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return kNoHandle;
   OpenHandle open;
@@ -228,9 +228,9 @@ void VirtualProcesses::EndChild(std::uint32_t processId) {
   machine_.End(step, true);
 }
 
-std::intptr_t VirtualProcesses::ShellExecuteA(const std::string& verb, const std::string& file,
-                                              const std::string& parameters,
-                                              const std::string& folder, int showCommand) {
+std::intptr_t VirtualProcesses::ShellExecute(const std::string& verb, const std::string& file,
+                                             const std::string& parameters,
+                                             const std::string& folder, int showCommand) {
   const Step step = machine_.Begin(
       Op::ShellExecute, file,
       verb + " [" + parameters + "] [" + folder + "] " + std::to_string(showCommand));

@@ -42,12 +42,12 @@ class VirtualProcesses : public Processes {
                       int windowStyle) override;
   Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override;
   std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
-  Handle CreateMutexA(const std::string& name) override;
+  Handle CreateMutex(const std::string& name) override;
   bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override;
   void EndChild(std::uint32_t processId) override;
-  std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
-                              const std::string& parameters, const std::string& folder,
-                              int showCommand) override;
+  std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
+                             const std::string& parameters, const std::string& folder,
+                             int showCommand) override;
   [[noreturn]] void EndProcess() override;
 
   std::vector<ChildScript> scripts;

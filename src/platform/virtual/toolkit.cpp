@@ -75,7 +75,7 @@ void VirtualToolkit::SetListIndex(Control list, int row) {
   if (row >= -1 && row < ItemCount(list)) At(list).selected = row;
 }
 
-void VirtualToolkit::SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) {
+void VirtualToolkit::SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) {
   sent.push_back({control, message, wParam});
 }
 

@@ -70,7 +70,7 @@ class VirtualToolkit : public Toolkit {
   std::string ItemText(Control list, int row) override;
   int ListIndex(Control list) override { return At(list).selected; }
   void SetListIndex(Control list, int row) override;
-  void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) override;
+  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) override;
   float TwipsPerPixelX() override { return 15; }
   float TextWidth(const std::string& text) override {
     return 90.0F * static_cast<float>(text.size());

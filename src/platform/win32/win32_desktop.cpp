@@ -17,11 +17,11 @@ class RealDesktop final : public Desktop {
     return reinterpret_cast<WindowHandle>(::GetWindow(Native(window), relation));
   }
 
-  int GetWindowTextLengthA(WindowHandle window) override {
+  int GetWindowTextLength(WindowHandle window) override {
     return ::GetWindowTextLengthA(Native(window));
   }
 
-  int GetWindowTextA(WindowHandle window, char* buffer, int size) override {
+  int GetWindowText(WindowHandle window, char* buffer, int size) override {
     return ::GetWindowTextA(Native(window), buffer, size);
   }
 
@@ -29,11 +29,11 @@ class RealDesktop final : public Desktop {
     return ::IsWindowVisible(Native(window)) != FALSE;
   }
 
-  bool PostMessageA(WindowHandle window, std::uint32_t message) override {
+  bool PostMessage(WindowHandle window, std::uint32_t message) override {
     return ::PostMessageA(Native(window), message, 0, 0) != FALSE;
   }
 
-  WindowHandle FindWindowA(const std::string& className) override {
+  WindowHandle FindWindow(const std::string& className) override {
     return reinterpret_cast<WindowHandle>(::FindWindowA(className.c_str(), nullptr));
   }
 
@@ -47,8 +47,8 @@ class RealDesktop final : public Desktop {
     return reinterpret_cast<WindowHandle>(::GetLastActivePopup(Native(owner)));
   }
 
-  bool SendMessageTimeoutA(WindowHandle window, std::uint32_t message,
-                           std::uint32_t milliseconds) override {
+  bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
+                          std::uint32_t milliseconds) override {
     DWORD_PTR result = 0;
     return ::SendMessageTimeoutA(Native(window), message, 0, 0, SMTO_NORMAL, milliseconds,
                                  &result) != 0;

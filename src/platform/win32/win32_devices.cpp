@@ -10,8 +10,8 @@ HANDLE Native(Handle handle) {
 
 class RealDevices final : public Devices {
  public:
-  Handle CreateFileA(const std::string& path, std::uint32_t access, std::uint32_t share,
-                     std::uint32_t disposition, std::uint32_t flags) override {
+  Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
+                    std::uint32_t disposition, std::uint32_t flags) override {
     return reinterpret_cast<Handle>(
         ::CreateFileA(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
   }

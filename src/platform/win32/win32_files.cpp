@@ -47,14 +47,14 @@ void Convert(const WIN32_FIND_DATAA& from, FindData& to) {
 
 class RealFiles final : public Files {
  public:
-  Handle FindFirstFileA(const std::string& pattern, FindData& found) override {
+  Handle FindFirstFile(const std::string& pattern, FindData& found) override {
     WIN32_FIND_DATAA data;
     const HANDLE search = ::FindFirstFileA(pattern.c_str(), &data);
     if (search != INVALID_HANDLE_VALUE) Convert(data, found);
     return reinterpret_cast<Handle>(search);
   }
 
-  bool FindNextFileA(Handle search, FindData& found) override {
+  bool FindNextFile(Handle search, FindData& found) override {
     WIN32_FIND_DATAA data;
     if (!::FindNextFileA(reinterpret_cast<HANDLE>(search), &data)) return false;
     Convert(data, found);
@@ -65,7 +65,7 @@ class RealFiles final : public Files {
     return ::FindClose(reinterpret_cast<HANDLE>(search)) != FALSE;
   }
 
-  std::uint32_t GetFileAttributesA(const std::string& path) override {
+  std::uint32_t GetFileAttributes(const std::string& path) override {
     return ::GetFileAttributesA(path.c_str());
   }
 

@@ -12,6 +12,25 @@
 // Needs windows.h before it.
 #include <shellapi.h>
 
+// The seam's methods bear the names of the calls, which windows.h and shellapi.h define as macros.
+#undef CreateFile
+#undef CreateMutex
+#undef FindFirstFile
+#undef FindNextFile
+#undef FindWindow
+#undef FormatMessage
+#undef GetFileAttributes
+#undef GetLongPathName
+#undef GetTempPath
+#undef GetVersionEx
+#undef GetVolumeInformation
+#undef GetWindowText
+#undef GetWindowTextLength
+#undef PostMessage
+#undef SendMessage
+#undef SendMessageTimeout
+#undef ShellExecute
+
 #include <string>
 
 #include "platform/fault.h"

@@ -92,7 +92,7 @@ class RealProcesses final : public Processes {
     return ::WaitForSingleObject(reinterpret_cast<HANDLE>(process), milliseconds);
   }
 
-  Handle CreateMutexA(const std::string& name) override {
+  Handle CreateMutex(const std::string& name) override {
     return reinterpret_cast<Handle>(::CreateMutexA(nullptr, FALSE, name.c_str()));
   }
 
@@ -110,9 +110,9 @@ class RealProcesses final : public Processes {
     }
   }
 
-  std::intptr_t ShellExecuteA(const std::string& verb, const std::string& file,
-                              const std::string& parameters, const std::string& folder,
-                              int showCommand) override {
+  std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
+                             const std::string& parameters, const std::string& folder,
+                             int showCommand) override {
     return reinterpret_cast<std::intptr_t>(::ShellExecuteA(
         nullptr, verb.c_str(), file.c_str(), parameters.c_str(), folder.c_str(), showCommand));
   }

@@ -11,18 +11,18 @@ std::string ProgramPath() {
 
 class RealSystemFacts final : public SystemFacts {
  public:
-  std::uint32_t GetTempPathA(std::uint32_t size, char* buffer) override {
+  std::uint32_t GetTempPath(std::uint32_t size, char* buffer) override {
     const DWORD count = ::GetTempPathA(size, buffer);
     return count < size ? count : 0;  // a larger count is the size that would have been needed
   }
 
-  std::uint32_t GetLongPathNameA(const std::string& shortPath, char* buffer,
-                                 std::uint32_t size) override {
+  std::uint32_t GetLongPathName(const std::string& shortPath, char* buffer,
+                                std::uint32_t size) override {
     const DWORD count = ::GetLongPathNameA(shortPath.c_str(), buffer, size);
     return count < size ? count : 0;
   }
 
-  bool GetVersionExA(VersionInfo& version) override {
+  bool GetVersionEx(VersionInfo& version) override {
     OSVERSIONINFOA info{};
     info.dwOSVersionInfoSize = sizeof info;
     if (!::GetVersionExA(&info)) return false;
@@ -30,9 +30,9 @@ class RealSystemFacts final : public SystemFacts {
     return true;
   }
 
-  bool GetVolumeInformationA(const std::string& root, std::string& label, std::uint32_t labelSize,
-                             std::uint32_t& serial, std::string& fileSystem,
-                             std::uint32_t fileSystemSize) override {
+  bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
+                            std::uint32_t& serial, std::string& fileSystem,
+                            std::uint32_t fileSystemSize) override {
     // The wide call, since a label of few characters can be of many bytes.
     std::wstring wideLabel(labelSize, L'\0'), wideSystem(fileSystemSize, L'\0');
     DWORD number = 0, longestName = 0, flags = 0;
@@ -46,8 +46,8 @@ class RealSystemFacts final : public SystemFacts {
     return true;
   }
 
-  std::uint32_t FormatMessageA(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                               char* buffer, std::uint32_t size) override {
+  std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                              char* buffer, std::uint32_t size) override {
     return ::FormatMessageA(flags, nullptr, code, language, buffer, size, nullptr);
   }
 

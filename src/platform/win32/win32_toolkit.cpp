@@ -155,7 +155,7 @@ class RealToolkit final : public Toolkit {
     Send(list, MessagesOf(list).select, static_cast<WPARAM>(row), 0);
   }
 
-  void SendMessageA(Control control, std::uint32_t message, std::intptr_t wParam) override {
+  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) override {
     Send(control, message, static_cast<WPARAM>(wParam), 0);
   }
 
