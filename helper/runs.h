@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "imagefiles/extents_text.h"
+#include "text/extents_text.h"
 
 // What a volume's first sector says.
 struct VolumeLayout {

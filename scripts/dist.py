@@ -16,7 +16,7 @@ TEXTS = ["docs/guide.md", "docs/security.md", "LICENSE"]
 
 
 def version():
-    header = (TOP / "src/shell/product.h").read_text()
+    header = (TOP / "src/report/product.h").read_text()
     return re.search(r'PRODUCT_VERSION_TEXT "([^"]+)"', header).group(1)
 
 

@@ -1,7 +1,7 @@
 // Where a file lies: the tool's command line, its output, its failures; and the children below.
 #include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
-#include "shell/form1.h"
+#include "imagefiles/measured_file.h"
 #include "tests/support.h"
 #include "text/text.h"
 
@@ -29,12 +29,12 @@ struct Measuring : ProgramOnPc {
     Prepare();
     GFE_Path = "C:\\Temp\\getFileExtents.exe";
     world.c.AddText("\\Temp\\getFileExtents.exe", "MZ");
-    Form1.GFE_File = kOutput;
-    Form1.FStart = "old start";
-    Form1.FLength = "old length";
-    Form1.FStartSectors = 1;
-    Form1.FLengthSectors = 2;
-    Form1.MoreThanOneExtent = true;
+    Measured.GFE_File = kOutput;
+    Measured.FStart = "old start";
+    Measured.FLength = "old length";
+    Measured.FStartSectors = 1;
+    Measured.FLengthSectors = 2;
+    Measured.MoreThanOneExtent = true;
   }
   bool OutputIsThere() { return world.c.Find("\\Temp\\GFE_Output.txt") != nullptr; }
 };
@@ -71,17 +71,17 @@ TEST(Extents, OutputsOfTheTool) {
     if (row.outcome == kPieces) boxes = {kInPieces};
     if (row.outcome == kBox) boxes = {ToolFailed()};
     EXPECT_EQ(m.TakeBoxes(), boxes);
-    EXPECT_EQ(Form1.GFE_Command, kCommand);
+    EXPECT_EQ(Measured.GFE_Command, kCommand);
     EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), Texts{std::string("shell ") + kCommand + " style=0 ok"});
-    EXPECT_EQ(Form1.FStart, row.start);
-    EXPECT_EQ(Form1.FStartSectors.ToDecimal(), row.startSectors);
-    EXPECT_EQ(Form1.MoreThanOneExtent, row.outcome == kPieces);
-    EXPECT_EQ(Form1.GFE_Text, row.outcome == kBox ? "" : row.text);
+    EXPECT_EQ(Measured.FStart, row.start);
+    EXPECT_EQ(Measured.FStartSectors.ToDecimal(), row.startSectors);
+    EXPECT_EQ(Measured.MoreThanOneExtent, row.outcome == kPieces);
+    EXPECT_EQ(Measured.GFE_Text, row.outcome == kBox ? "" : row.text);
     // Of the file, whatever the tool counts.
-    EXPECT_EQ(Form1.FLength, row.outcome == kMeasured ? "20000" : "old length");
-    EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), row.outcome == kMeasured ? "131072"
-                                                : row.outcome == kBox    ? "0"
-                                                                         : "2");
+    EXPECT_EQ(Measured.FLength, row.outcome == kMeasured ? "20000" : "old length");
+    EXPECT_EQ(Measured.FLengthSectors.ToDecimal(), row.outcome == kMeasured ? "131072"
+                                                   : row.outcome == kBox    ? "0"
+                                                                            : "2");
     EXPECT_FALSE(m.OutputIsThere());
   }
 }
@@ -98,15 +98,15 @@ TEST(Extents, LengthIsWholeSectorsOfTheFile) {
     Measuring m;
     m.world.e.AddFile("\\with a blank", bytes, 4'000'000);
     GetFileStart("E:\\with a blank");
-    EXPECT_EQ(Form1.FStart, "3D0900");
-    EXPECT_EQ(Form1.FLength, hex) << bytes;
+    EXPECT_EQ(Measured.FStart, "3D0900");
+    EXPECT_EQ(Measured.FLength, hex) << bytes;
   }
   Measuring m;
   m.world.e.AddText("\\empty", "");
   m.pc.processes.toolTexts[""] = "File offset 0 LBA: 5 Sectors: 0\r\n";
   for (const char* file : {"E:\\empty", "E:\\gone meanwhile", "E:\\_ISO"}) {
     GetFileStart(file);
-    EXPECT_EQ(Form1.FLength, "0") << file;
+    EXPECT_EQ(Measured.FLength, "0") << file;
   }
 }
 
@@ -115,8 +115,8 @@ TEST(Extents, ToolItselfMayLieInPieces) {
   m.pc.processes.toolTexts[""] = "File offset 0 LBA: A Sectors: 1\r\nFile offset 200 LBA: C ";
   GetFileStart("C:\\Rotate\\GetfileExtents.EXE");
   EXPECT_EQ(m.TakeBoxes(), BoxRows());
-  EXPECT_EQ(Form1.FStart, "A");
-  EXPECT_FALSE(Form1.MoreThanOneExtent);
+  EXPECT_EQ(Measured.FStart, "A");
+  EXPECT_FALSE(Measured.MoreThanOneExtent);
 }
 
 TEST(Extents, ChildThatFailsGivesNoOldResult) {
@@ -138,8 +138,8 @@ TEST(Extents, ChildThatFailsGivesNoOldResult) {
     m.pc.processes.scripts = {row.script};
     EXPECT_EQ(m.Call([] { GetFileStart(kImage); }), RunEnd::Returned);
     EXPECT_EQ(m.TakeBoxes(), row.measured ? BoxRows() : BoxRows{ToolFailed()});
-    EXPECT_EQ(Form1.FStart, row.measured ? "30D40" : "old start");
-    EXPECT_EQ(Form1.FLengthSectors.ToDecimal(), row.measured ? "131072" : "0");
+    EXPECT_EQ(Measured.FStart, row.measured ? "30D40" : "old start");
+    EXPECT_EQ(Measured.FLengthSectors.ToDecimal(), row.measured ? "131072" : "0");
     EXPECT_LE(m.pc.machine.clock.Elapsed(), 60'000U);
     EXPECT_EQ(m.pc.processes.StillRunning(), Texts());
     EXPECT_FALSE(m.OutputIsThere());
@@ -157,16 +157,16 @@ TEST(Extents, NamesThatTheInterpreterWouldChangeAreNotMeasured) {
                     std::string(file));
     EXPECT_EQ(m.TakeBoxes(), BoxRows{box});
     EXPECT_EQ(m.Lines(MaskOf(Op::Shell)), Texts());
-    EXPECT_EQ(Form1.FStartSectors.ToDecimal() + Form1.FLengthSectors.ToDecimal(), "00");
+    EXPECT_EQ(Measured.FStartSectors.ToDecimal() + Measured.FLengthSectors.ToDecimal(), "00");
   }
 }
 
 TEST(Extents, OutputFileWithoutAFolder) {
   Measuring m;
-  Form1.GFE_File.clear();
+  Measured.GFE_File.clear();
   GetFileStart(kImage);
-  EXPECT_EQ(Form1.GFE_File, "GFE.txt");
-  EXPECT_EQ(Form1.FStart, "30D40");
+  EXPECT_EQ(Measured.GFE_File, "GFE.txt");
+  EXPECT_EQ(Measured.FStart, "30D40");
   EXPECT_EQ(m.Lines(MaskOf(Op::Delete)), Texts{"delete GFE.txt ok"});
 }
 

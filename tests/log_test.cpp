@@ -10,8 +10,8 @@
 #include "disk/volume_lock.h"
 #include "imagefiles/file_extents.h"
 #include "platform/platform.h"
+#include "report/error_mode.h"
 #include "shell/drive_inventory.h"
-#include "shell/failure.h"
 #include "shell/log_writer.h"
 #include "tests/support.h"
 

@@ -4,8 +4,8 @@
 
 #include "imagefiles/file_compare.h"
 #include "imagefiles/file_order.h"
+#include "imagefiles/measured_file.h"
 #include "platform/fault.h"
-#include "shell/form1.h"
 #include "tests/support.h"
 #include "text/text.h"
 
@@ -133,7 +133,7 @@ TEST(OrderRepair, CopiesUntilTheOrderIsRight) {
     EXPECT_EQ(program.Places(), row.places);
     // The fields describe the file that was moved; the place of the 33rd copy isn't looked at.
     const std::uint64_t place = program.world.e.Find(kLast)->extents[0].lba;
-    EXPECT_EQ(Form1.FStartSectors.ToDecimal(),
+    EXPECT_EQ(Measured.FStartSectors.ToDecimal(),
               std::to_string(row.copies.size() == 33 ? many[31] : place));
   }
 }

@@ -4,7 +4,6 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
-#include "shell/form1.h"
 #include "tests/support.h"
 
 namespace {
@@ -169,7 +168,7 @@ TEST_F(RawSectors, DriveZeroNeedsTheTickAndAnAnswer) {
     EXPECT_EQ(Count(Op::Write), answer == Answer::Ok ? 1U : 0U);
   }
   EXPECT_TRUE(WriteSector(0, 6)) << "OK is";
-  Form1.WRITES_OK = false;
+  WRITES_OK = false;
   p.world.systemDisk.bus = kBusUsb;
   EXPECT_TRUE(WriteSector(0, 7));
   ShowAllDrives = false;

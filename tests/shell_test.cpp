@@ -3,7 +3,7 @@
 
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
-#include "shell/box_guard.h"
+#include "report/box_guard.h"
 #include "shell/main_window.h"
 #include "tests/support.h"
 

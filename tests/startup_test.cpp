@@ -3,10 +3,13 @@
 
 #include <functional>
 
+#include "disk/raw_sector_io.h"
 #include "disk/window_sweep.h"
 #include "imagefiles/file_extents.h"
-#include "shell/form1.h"
+#include "imagefiles/measured_file.h"
+#include "restore/mbr_writer.h"
 #include "shell/log_writer.h"
+#include "shell/main_window.h"
 #include "tests/support.h"
 
 namespace {
@@ -78,17 +81,17 @@ TEST(Startup, Order) {
             Texts{"child-tool C:\\Rotate\\getFileExtents.exe ok"})
       << "the tool is run on itself, once, and nothing is logged";
 
-  EXPECT_EQ((Texts{TempFolder, GFE_Path, Form1.GFE_File}),
+  EXPECT_EQ((Texts{TempFolder, GFE_Path, Measured.GFE_File}),
             (Texts{"C:\\Temp\\", "C:\\Temp\\getFileExtents.exe", "C:\\Temp\\GFE_Output.txt"}));
-  EXPECT_EQ(Form1.SettleDelay, 2000);
-  EXPECT_FALSE(Form1.WRITES_OK);
+  EXPECT_EQ(SettleDelay, 2000);
+  EXPECT_FALSE(WRITES_OK);
   EXPECT_EQ(OSVersionCode, 11);
   const VirtualToolkit& window = p.pc.toolkit;
   EXPECT_TRUE(window.shown);
   EXPECT_TRUE(window.caption.starts_with("ROTATE_TSD  for NTFS TSD drives    v1.0.0  "));
   EXPECT_GT(window.caption.size(), 44U) << "a notice stands at the end";
-  EXPECT_EQ(Form1.FormHeight, window.height);
-  EXPECT_EQ(Form1.FormWidth, window.width);
+  EXPECT_EQ(FormHeight, window.height);
+  EXPECT_EQ(FormWidth, window.width);
   EXPECT_EQ(window.top * 2 + window.height, 15360);
   EXPECT_EQ(window.left * 2 + window.width, 20480);
   EXPECT_FALSE(p.pc.toolkit.At(Control::cmd_rebootPE).visible);
@@ -250,7 +253,7 @@ TEST(Startup, TempFolderThatCannotBeFound) {
   p.pc.facts.tempPath = "";
   p.pc.machine.currentFolder = "C:\\Temp";
   p.Start();
-  EXPECT_EQ((Texts{TempFolder, GFE_Path, Form1.GFE_File}),
+  EXPECT_EQ((Texts{TempFolder, GFE_Path, Measured.GFE_File}),
             (Texts{"", "getFileExtents.exe", "GFE_Output.txt"}));
   EXPECT_NE(p.world.c.Find("\\Temp\\getFileExtents.exe"), nullptr);
 }

@@ -1,6 +1,6 @@
 // What a switch refuses: files that no table entry can hold, boot records that it can't patch.
 #include "disk/sector_buffer.h"
-#include "shell/form1.h"
+#include "imagefiles/measured_file.h"
 #include "switch/hidden_sectors.h"
 #include "tests/support.h"
 #include "text/text.h"
@@ -180,7 +180,7 @@ TEST(HiddenSectors, AreWrittenForTheTypesThatHaveThem) {
       stick.SetSector(129024, expected);
       Physical_Drive_no = 1;
       SectorBuffer.resize(512);
-      Form1.FStart = "1F800";
+      Measured.FStart = "1F800";
       program.Call([&] { Adjust_Hidden("E:\\x.volPAK", type); });
       BoxRows boxes;
       if (!opens) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "disk/sector_buffer.h"
-#include "shell/form1.h"
+#include "imagefiles/measured_file.h"
 #include "switch/commit.h"
 #include "switch/partition_table.h"
 #include "tests/oracle.h"

@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include "imagefiles/child_process.h"
-#include "imagefiles/extents_text.h"
 #include "imagefiles/file_extents.h"
+#include "report/error_mode.h"
 #include "shell/drive_inventory.h"
-#include "shell/failure.h"
 #include "shell/startup.h"
 #include "text/exact_integer.h"
+#include "text/extents_text.h"
 
 namespace {
 

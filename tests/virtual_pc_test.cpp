@@ -6,7 +6,7 @@
 
 #include "platform/virtual/demo_world.h"
 #include "platform/virtual/wildcard.h"
-#include "shell/box_guard.h"
+#include "report/box_guard.h"
 #include "tests/support.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
-#include "shell/failure.h"
-#include "shell/log_writer.h"
+#include "report/error_mode.h"
+#include "report/log.h"
 #include "text/text.h"
 
 std::string ScsiProductText;

@@ -1,7 +1,7 @@
 #include "disk/file_probe.h"
 
 #include "platform/platform.h"
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 std::optional<FindData> FindFile(const std::string& path) {
   ErrorMode quietly;

@@ -4,7 +4,7 @@
 
 #include "disk/partition_entries.h"
 #include "disk/raw_sector_io.h"
-#include "shell/message_box.h"
+#include "report/message_box.h"
 #include "text/text.h"
 
 std::int32_t Picked_Drive_no = kNoDrive;

@@ -7,12 +7,13 @@
 #include "disk/file_probe.h"
 #include "disk/picked_drive.h"
 #include "platform/platform.h"
-#include "shell/events.h"
-#include "shell/failure.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "report/error_mode.h"
+#include "report/events.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "text/text.h"
+
+bool WRITES_OK = false;
 
 namespace {
 
@@ -69,7 +70,7 @@ bool UserAllowsDrive0(std::int64_t sector) {
   if (ReadSectorApart(0, 0) != before) {
     return RefuseChangedDrive("Sector 0 of Drive 0 is not the one that was read before.");
   }
-  Form1.WRITES_OK = true;
+  WRITES_OK = true;
   return true;
 }
 
@@ -152,7 +153,7 @@ bool WriteSector(std::int32_t drv, std::int64_t SECTOR) {
   if (!ShowAllDrives && drv == 0) return false;
   if (drv > kHighestDrive) return false;
   const bool onUsb = IsUsbDrive(drv);
-  if (drv == 0 && !onUsb && !Form1.WRITES_OK && !UserAllowsDrive0(SECTOR)) return false;
+  if (drv == 0 && !onUsb && !WRITES_OK && !UserAllowsDrive0(SECTOR)) return false;
   on([] { DoEvents(); });
   Open_Physical_Disk_hDrive(drv);  // a failed open shows as a failed write
   const bool written = DirectWriteDrive(SECTOR, 1);

@@ -13,6 +13,9 @@
 constexpr std::int32_t kHighestDrive = 80;
 constexpr std::int32_t kNoDrive = 99;
 
+// The user has agreed once to write to drive 0.
+extern bool WRITES_OK;
+
 // Opens the disk for reading and writing into hDrive, after closing what that held. True: open;
 // else hDrive is -1.
 bool Open_Physical_Disk_hDrive(std::int32_t driveNo);

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "shell/log_writer.h"
+#include "report/log.h"
 
 std::vector<std::uint8_t> SectorBuffer;
 SectorVerdicts SectorFlags;

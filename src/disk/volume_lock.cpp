@@ -7,9 +7,9 @@
 #include "disk/sector_buffer.h"
 #include "disk/window_sweep.h"
 #include "platform/platform.h"
-#include "shell/events.h"
-#include "shell/failure.h"
-#include "shell/log_writer.h"
+#include "report/error_mode.h"
+#include "report/events.h"
+#include "report/log.h"
 #include "text/text.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "disk/window_sweep.h"
 
 #include "platform/platform.h"
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 int OSVersionCode = 0;
 

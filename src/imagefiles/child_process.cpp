@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "platform/platform.h"
-#include "shell/failure.h"
-#include "shell/log_writer.h"
+#include "report/error_mode.h"
+#include "report/log.h"
 #include "text/text.h"
 
 ShellFailure LastShellFailure;

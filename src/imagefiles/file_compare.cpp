@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 namespace {
 

@@ -5,15 +5,17 @@
 #include "disk/file_probe.h"
 #include "disk/raw_sector_io.h"
 #include "imagefiles/child_process.h"
+#include "imagefiles/measured_file.h"
 #include "platform/platform.h"
-#include "shell/failure.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "report/error_mode.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "text/text.h"
 
 std::string GFE_Path;
 Handle ToolCopyHandle = kNoHandle;
+
+MeasuredFile Measured;
 
 namespace {
 
@@ -33,37 +35,38 @@ std::string ToolCommand(const std::string& file) {
       on(std::string(), [] { return Sys.facts->Environment("COMSPEC"); });
   return Quoted(interpreter) + " /c " + GFE_Path.substr(0, 2) +
          Quoted(GFE_Path.size() > 2 ? GFE_Path.substr(2) : "") + " " + Quoted(file) + " > " +
-         Quoted(Form1.GFE_File);
+         Quoted(Measured.GFE_File);
 }
 
 // An output that an earlier run left would be taken for this one's if the tool didn't start.
 bool OldOutputIsGone(ErrorMode& on) {
-  if (!FileIsThere(Form1.GFE_File)) return true;
-  on([] { Sys.files->FileDelete(Form1.GFE_File); });
-  return !FileIsThere(Form1.GFE_File);
+  if (!FileIsThere(Measured.GFE_File)) return true;
+  on([] { Sys.files->FileDelete(Measured.GFE_File); });
+  return !FileIsThere(Measured.GFE_File);
 }
 
 // Runs the tool; everything that it printed goes into GFE_Text.
 void RunTool(ErrorMode& on) {
   if (!OldOutputIsGone(on)) return;
-  SyncShell(Form1.GFE_Command, kWindowHidden);
+  SyncShell(Measured.GFE_Command, kWindowHidden);
   if (LastShellFailure.number != kShellNeverEnded) {
-    on([] { Form1.GFE_Text = Sys.files->ReadTextFile(Form1.GFE_File); });
+    on([] { Measured.GFE_Text = Sys.files->ReadTextFile(Measured.GFE_File); });
   }
-  if (!LoggingEnabled && FileIsThere(Form1.GFE_File)) {
-    on([] { Sys.files->FileDelete(Form1.GFE_File); });
+  if (!LoggingEnabled && FileIsThere(Measured.GFE_File)) {
+    on([] { Sys.files->FileDelete(Measured.GFE_File); });
   }
 }
 
 void ShowToolFailure() {
   MsgBox({.title = "getFileExtents failed",
-          .text = "ERROR GETTING START SECTOR FROM " + Form1.GFE_File + "\r\n\r\n" +
-                  Form1.GFE_Command + kLineEnd,
+          .text = "ERROR GETTING START SECTOR FROM " + Measured.GFE_File + "\r\n\r\n" +
+                  Measured.GFE_Command + kLineEnd,
           .icon = Icon::Exclamation});
 }
 
 bool LiesInPieces(const std::string& file) {
-  return Contains(Form1.GFE_Text, "\r\nFile") && !Contains(UpperCase(file), "\\GETFILEEXTENTS.EXE");
+  return Contains(Measured.GFE_Text, "\r\nFile") &&
+         !Contains(UpperCase(file), "\\GETFILEEXTENTS.EXE");
 }
 
 void ShowInPieces(const std::string& file) {
@@ -81,26 +84,26 @@ bool IsHex(std::string_view text) {
 
 // The first LBA out of GFE_Text. False: there is none that a table entry could hold.
 bool TakeStart() {
-  const std::string& text = Form1.GFE_Text;
+  const std::string& text = Measured.GFE_Text;
   const std::size_t blank = text.find(' ', kResultBegins.size());
   if (blank == std::string::npos) return false;
   const std::string start = text.substr(kResultBegins.size(), blank - kResultBegins.size());
   if (!IsHex(start)) return false;
-  Form1.FStart = start;
-  Form1.FStartSectors = HexToDec(start);
+  Measured.FStart = start;
+  Measured.FStartSectors = HexToDec(start);
   return true;
 }
 
 // The tool's own count. It goes into the log and is then replaced.
 void TakeToolCount() {
-  const std::string& text = Form1.GFE_Text;
+  const std::string& text = Measured.GFE_Text;
   const std::size_t sectors = text.find(kSectors, kResultBegins.size());
   if (sectors == std::string::npos) return;
   const std::size_t digits = sectors + kSectors.size();
   const std::size_t end = text.find("\r\n", digits);
   if (end == std::string::npos) return;
-  Form1.FLength = text.substr(digits, end - digits);
-  Form1.FLengthSectors = HexToDec(Form1.FLength);
+  Measured.FLength = text.substr(digits, end - digits);
+  Measured.FLengthSectors = HexToDec(Measured.FLength);
 }
 
 // A partition's length follows from the file's length in bytes, not from its clusters.
@@ -109,10 +112,10 @@ void TakeLength(const std::string& file) {
   const std::uint64_t sectors = bytes / 512 + (bytes % 512 != 0 ? 1 : 0);
   const auto count = static_cast<std::int64_t>(sectors);
   const std::string hex = HexDigits(static_cast<double>(sectors));
-  WriteLog("GFE FileLength=" + Form1.FLengthSectors.ToDecimal() + " " + Form1.FLength +
+  WriteLog("GFE FileLength=" + Measured.FLengthSectors.ToDecimal() + " " + Measured.FLength +
            "    NEW=" + Decimal(count) + " " + hex);
-  Form1.FLengthSectors = count;
-  Form1.FLength = hex;
+  Measured.FLengthSectors = count;
+  Measured.FLength = hex;
 }
 
 void TakeResult(const std::string& file) {
@@ -122,9 +125,9 @@ void TakeResult(const std::string& file) {
   WriteLog("GetFileStart 210");
   TakeLength(file);
   WriteLog("GetFileStart 215");
-  WriteLog(file + " Start (sectors)=" + Form1.FStartSectors.ToDecimal() + " (" + Form1.FStart +
-           " hex)  Length (sectors)=" + Form1.FLengthSectors.ToDecimal() + " (" + Form1.FLength +
-           " hex)");
+  WriteLog(file + " Start (sectors)=" + Measured.FStartSectors.ToDecimal() + " (" +
+           Measured.FStart + " hex)  Length (sectors)=" + Measured.FLengthSectors.ToDecimal() +
+           " (" + Measured.FLength + " hex)");
 }
 
 }  // namespace
@@ -148,14 +151,14 @@ void DeleteToolCopy() {
 void GetFileStart(const std::string& fFILE) {
   ErrorMode on;
   WriteLog("GetFileStart started: fFILE=" + fFILE);
-  Form1.GFE_Text.clear();
-  Form1.MoreThanOneExtent = false;
-  Form1.FStartSectors = 0;
-  if (Form1.GFE_File.empty()) Form1.GFE_File = "GFE.txt";
-  Form1.GFE_Command = ToolCommand(fFILE);
+  Measured.GFE_Text.clear();
+  Measured.MoreThanOneExtent = false;
+  Measured.FStartSectors = 0;
+  if (Measured.GFE_File.empty()) Measured.GFE_File = "GFE.txt";
+  Measured.GFE_Command = ToolCommand(fFILE);
   if (InterpreterChangesQuoted(fFILE)) {
     // Another file than this one would be measured.
-    Form1.FLengthSectors = 0;
+    Measured.FLengthSectors = 0;
     MsgBox({.title = "getFileExtents failed",
             .text = "ERROR: The command interpreter would change this file name. Rename the "
                     "file:\r\n\r\n" +
@@ -164,17 +167,17 @@ void GetFileStart(const std::string& fFILE) {
     return;
   }
   RunTool(on);
-  if (!ContainsIgnoringCase(Form1.GFE_Text, "offset")) Form1.GFE_Text.clear();
+  if (!ContainsIgnoringCase(Measured.GFE_Text, "offset")) Measured.GFE_Text.clear();
   WriteLog("GetFileStart 100");
-  if (Form1.GFE_Text.empty()) {
+  if (Measured.GFE_Text.empty()) {
     ShowToolFailure();
-    Form1.FLengthSectors = 0;
+    Measured.FLengthSectors = 0;
     WriteLog("GetFileStart 105");
   } else {
     WriteLog("GetFileStart 200");
-    if (Form1.GFE_Text.starts_with(kResultBegins)) {
+    if (Measured.GFE_Text.starts_with(kResultBegins)) {
       if (LiesInPieces(fFILE)) {
-        Form1.MoreThanOneExtent = true;
+        Measured.MoreThanOneExtent = true;
         ShowInPieces(fFILE);
         return;
       }

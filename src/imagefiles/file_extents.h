@@ -21,7 +21,7 @@ bool HoldToolCopy(const std::string& original);
 // Lets the copy go and deletes it if it is there.
 void DeleteToolCopy();
 
-// Measures the file. The results are the fields FStart to GFE_File of Form1; FStartSectors is 0
+// Measures the file. The results are the fields FStart to GFE_File of Measured; FStartSectors is 0
 // when there is no usable one, MoreThanOneExtent tells of a file in pieces. Shows its own boxes.
 void GetFileStart(const std::string& fFILE);
 

@@ -4,13 +4,15 @@
 
 #include "disk/file_probe.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/measured_file.h"
 #include "imagefiles/moving_file.h"
 #include "platform/platform.h"
-#include "shell/events.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "report/events.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "text/text.h"
+
+ExactInteger LastStart;
 
 namespace {
 
@@ -42,8 +44,8 @@ bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
   for (int n = 1; n <= plan.rounds; ++n) {
     StepNo = plan.atStart;
     const bool inOrder = ComparePos(first, last.Path());
-    if (inOrder || Form1.MoreThanOneExtent) return !Form1.MoreThanOneExtent;
-    Positions[static_cast<std::size_t>(n)] = Form1.LastStart;
+    if (inOrder || Measured.MoreThanOneExtent) return !Measured.MoreThanOneExtent;
+    Positions[static_cast<std::size_t>(n)] = LastStart;
     if (RepeatPos(Positions)) return false;
     StepNo = plan.beforeCopy;
     last.Copy();
@@ -101,7 +103,7 @@ void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
                const std::string& ImageFile) {
   WriteLog("MoveFiles started");
   StepNo = 0;
-  Form1.MoreThanOneExtent = false;
+  Measured.MoreThanOneExtent = false;
   ErrorMode on(ReportMoveFault);
   MovingFile last(LastFile, "xxx", on);
   MovingFile first(FirstFile, "zzz", on);
@@ -112,7 +114,7 @@ void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
   last.ClearUp();
   first.ClearUp();
   bool inOrder = RunLoop(kFirstLoop, FirstFile, last);
-  if (!inOrder && !Form1.MoreThanOneExtent && !last.IsNameless()) {
+  if (!inOrder && !Measured.MoreThanOneExtent && !last.IsNameless()) {
     MoveFirstOnce(first);
     if (!first.IsNameless()) inOrder = RunLoop(kSecondLoop, FirstFile, last);
   }
@@ -120,18 +122,18 @@ void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
   if (first.Finish() || lastWasNameless) {
     inOrder = ComparePos(FirstFile, LastFile) && !first.IsNameless() && !last.IsNameless();
   }
-  if (!Form1.MoreThanOneExtent) ShowOutcome(inOrder, LastFile);
+  if (!Measured.MoreThanOneExtent) ShowOutcome(inOrder, LastFile);
 }
 
 bool ComparePos(const std::string& File1, const std::string& File2) {
   WriteLog("ComparePos");
   GetFileStart(File1);
-  if (Form1.MoreThanOneExtent) return false;
-  const ExactInteger start1 = HexToDec(Form1.FStart);
+  if (Measured.MoreThanOneExtent) return false;
+  const ExactInteger start1 = HexToDec(Measured.FStart);
   GetFileStart(File2);
-  if (Form1.MoreThanOneExtent) return false;
-  Form1.LastStart = HexToDec(Form1.FStart);
-  return Form1.LastStart > start1;
+  if (Measured.MoreThanOneExtent) return false;
+  LastStart = HexToDec(Measured.FStart);
+  return LastStart > start1;
 }
 
 bool RepeatPos(const RoundPositions& Positions) {

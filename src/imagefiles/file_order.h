@@ -10,6 +10,9 @@
 // Start sector of the file that is moved, by round from 1; 0 where unused.
 using RoundPositions = std::array<ExactInteger, 501>;
 
+// The start sector of File2 at the last ComparePos.
+extern ExactInteger LastStart;
+
 // Copies LastFile, then FirstFile once, then LastFile again until LastFile starts after FirstFile,
 // the places go round in a circle or the rounds run out; tells the outcome in its own boxes. On
 // return the fields of GetFileStart describe the file measured last. Nothing is moved where a

@@ -8,7 +8,7 @@
 #include "imagefiles/file_compare.h"
 #include "imagefiles/file_order.h"
 #include "platform/platform.h"
-#include "shell/message_box.h"
+#include "report/message_box.h"
 #include "text/text.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 class MovingFile {
  public:

@@ -4,10 +4,10 @@
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
 #include "platform/platform.h"
-#include "shell/drive_panel.h"
-#include "shell/events.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
+#include "report/events.h"
+#include "report/log.h"
+
+std::int16_t SettleDelay = 0;
 
 namespace {
 
@@ -27,7 +27,7 @@ void SelectVolumeAgain(const std::string& volume) {
 }  // namespace
 
 void Settle() {
-  Sys.clock->Sleep(static_cast<std::uint32_t>(Form1.SettleDelay / 2));
+  Sys.clock->Sleep(static_cast<std::uint32_t>(SettleDelay / 2));
   DoEvents();
 }
 

@@ -1,6 +1,11 @@
 // SWITCH: the one routine through which every new MBR reaches the disk.
 #pragma once
 
+#include <cstdint>
+
+// The waits around a write take half of it, in milliseconds. Set by start-up.
+extern std::int16_t SettleDelay;
+
 // Writes SectorBuffer to LBA 0 of Physical_Drive_no with the drive's volumes dismounted, has the
 // table read again and refreshes the drive list, keeping the selected drive. False: the write
 // failed, which a box has told; nothing behind it was done. Sets no error mode: a failed step

@@ -9,10 +9,10 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
+#include "report/error_mode.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "restore/mbr_writer.h"
-#include "shell/failure.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
 #include "text/text.h"
 
 namespace {

@@ -6,9 +6,9 @@
 #include "disk/partition_entries.h"
 #include "disk/picked_drive.h"
 #include "disk/sector_buffer.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "restore/mbr_writer.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
 #include "text/text.h"
 
 namespace {

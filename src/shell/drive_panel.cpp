@@ -10,10 +10,10 @@
 #include "disk/sector_buffer.h"
 #include "imagefiles/image_search.h"
 #include "platform/platform.h"
+#include "report/error_mode.h"
+#include "report/message_box.h"
 #include "shell/drive_inventory.h"
-#include "shell/failure.h"
 #include "shell/log_writer.h"
-#include "shell/message_box.h"
 #include "shell/window_design.h"
 #include "text/text.h"
 

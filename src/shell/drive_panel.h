@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/toolkit.h"
+#include "report/events.h"  // cmdRefreshDrive_Click, SelectDriveRow
 
 extern std::string VolumeLabel;   // of the volume last asked about
 extern std::string VolumeSerial;  // its serial number, "HHHH-LLLL"
@@ -15,12 +16,8 @@ void Drive1_Change();
 // Makes the selected row's drive the one under work; fills List1 and sets the two buttons.
 void Combo1_Click();
 
-// Selects a row of Combo1, which runs Combo1_Click.
-void SelectDriveRow(int row);
-
 void Chk_ISO_Click();
 void chkShowAll_Click();
-void cmdRefreshDrive_Click();
 
 // Label and serial number of a volume (a letter and a colon); both empty when there is none.
 void rgbGetVolume(const std::string& Drive, std::string& label, std::string& serial);

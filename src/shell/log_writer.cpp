@@ -3,9 +3,9 @@
 #include <cstdio>
 
 #include "platform/platform.h"
-#include "shell/failure.h"
-#include "shell/message_box.h"
-#include "shell/product.h"
+#include "report/error_mode.h"
+#include "report/message_box.h"
+#include "report/product.h"
 #include "text/text.h"
 
 bool LoggingEnabled = false;

@@ -7,19 +7,19 @@
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
 #include "platform/platform.h"
+#include "report/error_mode.h"
+#include "report/events.h"
+#include "report/message_box.h"
+#include "report/product.h"
 #include "restore/partition_restore.h"
 #include "restore/partition_swap.h"
 #include "shell/drive_panel.h"
-#include "shell/events.h"
-#include "shell/failure.h"
-#include "shell/form1.h"
 #include "shell/log_writer.h"
-#include "shell/message_box.h"
-#include "shell/product.h"
 #include "shell/startup.h"
 #include "switch/switch_run.h"
 
-MainForm Form1;
+float FormHeight = 0;
+float FormWidth = 0;
 
 namespace {
 
@@ -149,9 +149,9 @@ void Form_QueryUnload() {
 }
 
 void Form_Resize() {
-  if (Form1.FormHeight <= 0 || Sys.toolkit->IsMinimised()) return;
-  Sys.toolkit->SetFormHeight(Form1.FormHeight);
-  Sys.toolkit->SetFormWidth(Form1.FormWidth);
+  if (FormHeight <= 0 || Sys.toolkit->IsMinimised()) return;
+  Sys.toolkit->SetFormHeight(FormHeight);
+  Sys.toolkit->SetFormWidth(FormWidth);
 }
 
 void cmdHelp_Click() {

@@ -3,6 +3,10 @@
 
 #include "platform/toolkit.h"
 
+// The window's outer size at load, in twips, to which Form_Resize goes back. Set by start-up.
+extern float FormHeight;
+extern float FormWidth;
+
 // Hands a user event to its event routine. While an action runs every further event is dropped,
 // but for a close or Exit, which is carried out when the action has ended. Nothing escapes.
 void OnUserEvent(UserEvent event);

@@ -1,8 +1,8 @@
 #include "shell/one_instance.h"
 
 #include "platform/platform.h"
-#include "shell/failure.h"
-#include "shell/message_box.h"
+#include "report/error_mode.h"
+#include "report/message_box.h"
 #include "shell/window_design.h"
 
 namespace {

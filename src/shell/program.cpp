@@ -8,9 +8,11 @@
 #include "disk/window_sweep.h"
 #include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/file_order.h"
+#include "imagefiles/measured_file.h"
+#include "restore/mbr_writer.h"
 #include "shell/drive_inventory.h"
 #include "shell/drive_panel.h"
-#include "shell/form1.h"
 #include "shell/log_writer.h"
 #include "shell/main_window.h"
 #include "shell/one_instance.h"
@@ -41,7 +43,12 @@ void ResetProgram() {
   ShowAllDrives = false;
   DriveBytes = 0;
   OSVersionCode = 0;
-  Form1 = {};
+  Measured = {};
+  LastStart = 0;
+  SettleDelay = 0;
+  WRITES_OK = false;
+  FormHeight = 0;
+  FormWidth = 0;
   LoggingEnabled = false;
   LogLineCount = 0;
   LastShellFailure = {};

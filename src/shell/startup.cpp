@@ -8,13 +8,15 @@
 #include "disk/window_sweep.h"
 #include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/measured_file.h"
 #include "platform/platform.h"
+#include "report/error_mode.h"
+#include "report/message_box.h"
+#include "report/product.h"
+#include "restore/mbr_writer.h"
 #include "shell/drive_panel.h"
-#include "shell/failure.h"
-#include "shell/form1.h"
 #include "shell/log_writer.h"
-#include "shell/message_box.h"
-#include "shell/product.h"
+#include "shell/main_window.h"
 #include "text/text.h"
 
 namespace {
@@ -41,10 +43,9 @@ void FindVersion() {
 // The size at load is the one that Form_Resize goes back to.
 void KeepSizeAndCentre() {
   Toolkit& window = *Sys.toolkit;
-  Form1.FormHeight = window.FormHeight();
-  Form1.FormWidth = window.FormWidth();
-  window.MoveForm((window.ScreenWidth() - Form1.FormWidth) / 2,
-                  (window.ScreenHeight() - Form1.FormHeight) / 2);
+  FormHeight = window.FormHeight();
+  FormWidth = window.FormWidth();
+  window.MoveForm((window.ScreenWidth() - FormWidth) / 2, (window.ScreenHeight() - FormHeight) / 2);
 }
 
 void RequireTool() {
@@ -95,9 +96,9 @@ bool TempIsOnPeDrive() {
 
 void ShowNoRights() {
   const std::string tail =
-      Form1.GFE_Command + "\r\nfailed to return any values.\r\n\r\n" + Form1.GFE_Text;
-  if (ContainsIgnoringCase(Form1.GFE_Text, "getNextTranslation: Incorrect function")) return;
-  if (Contains(Form1.GFE_Text, "Access is denied")) {
+      Measured.GFE_Command + "\r\nfailed to return any values.\r\n\r\n" + Measured.GFE_Text;
+  if (ContainsIgnoringCase(Measured.GFE_Text, "getNextTranslation: Incorrect function")) return;
+  if (Contains(Measured.GFE_Text, "Access is denied")) {
     MsgBox({.title = "Run as Admin test (Access denied)",
             .text = "ERROR: Please use 'Run as Administrator'.\r\n\r\n\r\n" + tail,
             .icon = Icon::Stop});
@@ -115,10 +116,10 @@ void ShowNoRights() {
 // The tool, run on itself, has to say where its own file lies.
 void TestRights() {
   if (TempIsOnPeDrive()) return;
-  Form1.FStartSectors = 0;
+  Measured.FStartSectors = 0;
   GetFileStart(ToolInProgramFolder());
-  if (Form1.FStartSectors == 0) GetFileStart(GFE_Path);
-  if (Form1.FStartSectors == 0) ShowNoRights();
+  if (Measured.FStartSectors == 0) GetFileStart(GFE_Path);
+  if (Measured.FStartSectors == 0) ShowNoRights();
 }
 
 }  // namespace
@@ -142,8 +143,8 @@ int VersionCode(unsigned platformId, unsigned major, unsigned minor) {
 void Form_Load() {
   ErrorMode on(ReportLayout::MainWindow, "Form_Load");
   WriteLog("---------------- Form_Load Started ----------------");
-  Form1.SettleDelay = 2000;
-  Form1.WRITES_OK = false;
+  SettleDelay = 2000;
+  WRITES_OK = false;
   on([] { FindVersion(); });
   KeepSizeAndCentre();
   on.Ignore();
@@ -156,7 +157,7 @@ void Form_Load() {
                                         "  " PRODUCT_NOTICE);
   TempFolder = on(std::string(), [] { return LongTempFolder(); });
   GFE_Path = TempFolder + kToolName;
-  Form1.GFE_File = TempFolder + "GFE_Output.txt";
+  Measured.GFE_File = TempFolder + "GFE_Output.txt";
   on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
   on.Ignore();
   RequireToolCopy(on);

@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "shell/product.h"
+#include "report/product.h"
 
 namespace {
 

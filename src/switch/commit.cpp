@@ -5,10 +5,10 @@
 #include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/measured_file.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "restore/mbr_writer.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
 #include "switch/file_limits.h"
 #include "switch/hidden_sectors.h"
 #include "switch/partition_table.h"
@@ -52,7 +52,7 @@ bool BootRecordIsStill(const SwitchRun& run) {
 void PatchBootRecord(SwitchRun& run) {
   Sector SavedSector;
   std::copy_n(SectorBuffer.begin(), kSectorSize, SavedSector.begin());
-  Form1.FStart = run.Start1;
+  Measured.FStart = run.Start1;
   Adjust_Hidden(run.ImageFile, run.PTYPE1);
   std::copy(SavedSector.begin(), SavedSector.end(), SectorBuffer.begin());
 }

@@ -1,22 +1,22 @@
 #include "switch/file_limits.h"
 
-#include "shell/form1.h"
-#include "shell/message_box.h"
+#include "imagefiles/measured_file.h"
+#include "report/message_box.h"
 
 bool StartIsAtLeast(std::int64_t smallest) {
-  if (!(Form1.FStartSectors < smallest)) return true;
+  if (!(Measured.FStartSectors < smallest)) return true;
   MsgBox({.title = "Bad FStart", .text = "ERROR: Bad Start sector!", .icon = Icon::Stop});
   return false;
 }
 
 bool LengthIsAtLeast(std::int64_t smallest) {
-  if (!(Form1.FLengthSectors < smallest)) return true;
+  if (!(Measured.FLengthSectors < smallest)) return true;
   MsgBox({.title = "Bad FLength", .text = "ERROR: Bad File length!", .icon = Icon::Stop});
   return false;
 }
 
 bool IsShorterThan2TB(const std::string& file) {
-  if (Form1.FLength.size() <= kHexDigitsOf32Bits) return true;
+  if (Measured.FLength.size() <= kHexDigitsOf32Bits) return true;
   MsgBox({.title = "File too large",
           .text = "ERROR: File " + file + " is larger than 2TB!",
           .icon = Icon::Exclamation});

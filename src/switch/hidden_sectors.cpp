@@ -3,12 +3,12 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
+#include "imagefiles/measured_file.h"
 #include "platform/platform.h"
+#include "report/events.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "restore/mbr_writer.h"
-#include "shell/events.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
 #include "switch/partition_table.h"
 #include "text/text.h"
 
@@ -38,8 +38,8 @@ bool WriteBootRecord(std::int64_t sector) {
 
 void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE) {
   const std::string type = std::to_string(PTYPE);
-  WriteLog("Adjust_Hidden: FTSTART=" + Form1.FStart + " " + MyFile + " PTYPE=" + type);
-  const auto SecNo = static_cast<std::int64_t>(HexPrefixValue(Form1.FStart));
+  WriteLog("Adjust_Hidden: FTSTART=" + Measured.FStart + " " + MyFile + " PTYPE=" + type);
+  const auto SecNo = static_cast<std::int64_t>(HexPrefixValue(Measured.FStart));
   Get_start_length_bytes();
   if (!Open_Physical_Disk_hDrive(Physical_Drive_no)) {
     ShowFailure("DISK " + Decimal(Physical_Drive_no) + " OPEN ERROR");
@@ -55,7 +55,7 @@ void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE) {
   }
   for (std::size_t i = 0; i < 4; ++i) {
     SectorBuffer[kHiddenSectors + i] =
-        static_cast<std::uint8_t>(HexPrefixValue(Form1.StartBytes[i]));
+        static_cast<std::uint8_t>(HexPrefixValue(Measured.StartBytes[i]));
   }
   if (!WriteBootRecord(SecNo)) {
     MsgBox({.title = "Error Adjusting Hidden Sectors in PBR",

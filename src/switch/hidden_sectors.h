@@ -9,6 +9,6 @@
 constexpr std::size_t kHiddenSectors = 28;  // offset in a boot record
 constexpr std::size_t kHiddenSectorsSize = 4;
 
-// Writes Form1.FStart into that field of the sector at Form1.FStart, for the types 7, 11 and 12.
-// Reports its own failures, and stops nothing. Leaves the boot record in SectorBuffer.
+// Writes Measured.FStart into that field of the sector at Measured.FStart, for the types 7, 11
+// and 12. Reports its own failures, and stops nothing. Leaves the boot record in SectorBuffer.
 void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE);

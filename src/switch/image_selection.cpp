@@ -7,9 +7,9 @@
 #include "imagefiles/file_extents.h"
 #include "imagefiles/file_order.h"
 #include "imagefiles/image_search.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "imagefiles/measured_file.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "switch/file_limits.h"
 #include "text/text.h"
 
@@ -61,22 +61,22 @@ Order CheckOrder(const SwitchRun& run, const std::string& later, const std::stri
                                 .buttons = Buttons::YesNoCancel});
   if (answer == Answer::Cancel) return Order::Stopped;
   if (answer == Answer::Yes) MoveFiles(earlier, later, run.ImageFile);
-  if (Form1.FStartSectors == 0) {
+  if (Measured.FStartSectors == 0) {
     Refuse("File invalid", "ERROR: File " + later + " file is before " + earlier + " on the disk!");
     return Order::Stopped;
   }
-  return Form1.MoreThanOneExtent ? Order::Stopped : Order::Asked;
+  return Measured.MoreThanOneExtent ? Order::Stopped : Order::Asked;
 }
 
 bool MeasureImage(SwitchRun& run) {
   if (!IsOnPickedDrive(run.ImageFile)) return false;
   GetFileStart(run.ImageFile);
-  run.FStart1 = Form1.FStart;
-  if (Form1.FStartSectors == 0) return StopInvalid(run.ImageFile);
-  if (Form1.FStart.size() > kHexDigitsOf32Bits) {
+  run.FStart1 = Measured.FStart;
+  if (Measured.FStartSectors == 0) return StopInvalid(run.ImageFile);
+  if (Measured.FStart.size() > kHexDigitsOf32Bits) {
     return Refuse("File beyond 2TB", "ERROR: File is beyond 2TB on disk!");
   }
-  if (Form1.FLength.size() > kHexDigitsOf32Bits) {
+  if (Measured.FLength.size() > kHexDigitsOf32Bits) {
     return Refuse("File too large", "ERROR: File is larger than 2TB!");
   }
   return true;
@@ -87,28 +87,29 @@ bool MeasureFurther(const std::string& file) {
   if (!IsOnPickedDrive(file)) return false;
   GetFileStart(file);
   if (!IsShorterThan2TB(file)) return false;
-  return Form1.FStartSectors == 0 ? StopInvalid(file) : true;
+  return Measured.FStartSectors == 0 ? StopInvalid(file) : true;
 }
 
 bool TakeCompanion(SwitchRun& run) {
   if (!MeasureFurther(run.CompanionFile)) return false;
-  run.FStart2 = Form1.FStart;
+  run.FStart2 = Measured.FStart;
   const Order order = CheckOrder(run, run.CompanionFile, run.FStart2, run.ImageFile, run.FStart1);
   if (order == Order::Stopped) return false;
-  if (order == Order::Asked) run.FStart2 = Form1.FStart;
+  if (order == Order::Asked) run.FStart2 = Measured.FStart;
   return LiesWithin2TB(run.CompanionFile, run.FStart2);
 }
 
 bool TakeFourth(SwitchRun& run) {
   if (!MeasureFurther(run.FourthFile)) return false;
-  if (CheckOrder(run, run.FourthFile, Form1.FStart, run.ImageFile, run.FStart1) == Order::Stopped) {
+  if (CheckOrder(run, run.FourthFile, Measured.FStart, run.ImageFile, run.FStart1) ==
+      Order::Stopped) {
     return false;
   }
-  if (!run.FStart2.empty() && CheckOrder(run, run.FourthFile, Form1.FStart, run.CompanionFile,
+  if (!run.FStart2.empty() && CheckOrder(run, run.FourthFile, Measured.FStart, run.CompanionFile,
                                          run.FStart2) == Order::Stopped) {
     return false;
   }
-  return LiesWithin2TB(run.FourthFile, Form1.FStart);
+  return LiesWithin2TB(run.FourthFile, Measured.FStart);
 }
 
 // The parts of ImageFile, but for FourthName and the X4 mark.

@@ -8,10 +8,10 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/measured_file.h"
 #include "platform/platform.h"
-#include "shell/form1.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "switch/file_limits.h"
 #include "text/text.h"
 
@@ -57,15 +57,15 @@ std::optional<NewEntry> BuildEntry(std::size_t entry, const std::string& file,
   if (!IsOnPickedDrive(file)) return std::nullopt;
   GetFileStart(file);
   if (!StartIsAtLeast(kSmallest) || !LengthIsAtLeast(1)) return std::nullopt;
-  if (!LiesWithin2TB(file, Form1.FStart) || !IsShorterThan2TB(file)) return std::nullopt;
+  if (!LiesWithin2TB(file, Measured.FStart) || !IsShorterThan2TB(file)) return std::nullopt;
   Get_start_length_bytes();
   FirstBytes first;
   std::uint64_t type = Get_Format_Type(file, first);
   const std::optional<Sector> sector = ProvePlace(file, first);
   if (!sector) return std::nullopt;
   if (type == 0) type = Ask_User_What_Type(type, position);
-  Patch_PTN_Table(entry, Form1.StartBytes, Form1.LengthBytes, type);
-  return NewEntry{Form1.FStart, type, *sector};
+  Patch_PTN_Table(entry, Measured.StartBytes, Measured.LengthBytes, type);
+  return NewEntry{Measured.FStart, type, *sector};
 }
 
 // A text of hexadecimal digits as bytes, lowest first, two digits each.
@@ -153,8 +153,8 @@ std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos) {
 
 void Get_start_length_bytes() {
   WriteLog("Get_start_length_bytes started");
-  SplitIntoBytes(Form1.FStart, Form1.StartBytes);
-  SplitIntoBytes(Form1.FLength, Form1.LengthBytes);
+  SplitIntoBytes(Measured.FStart, Measured.StartBytes);
+  SplitIntoBytes(Measured.FLength, Measured.LengthBytes);
 }
 
 void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& StartBytes,

@@ -25,7 +25,7 @@ std::uint8_t Get_Format_Type(const std::string& fname);
 // Cancel and for anything that isn't a number. May be above 0xFF.
 std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos);
 
-// Fills StartBytes and LengthBytes of Form1 from FStart and FLength.
+// Fills StartBytes and LengthBytes of Measured from FStart and FLength.
 void Get_start_length_bytes();
 
 // Writes one built entry into SectorBuffer at EntryOffset. The four texts are hexadecimal bytes,

@@ -4,8 +4,8 @@
 
 #include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
-#include "shell/form1.h"
-#include "shell/message_box.h"
+#include "imagefiles/measured_file.h"
+#include "report/message_box.h"
 #include "switch/hidden_sectors.h"
 #include "text/text.h"
 
@@ -35,8 +35,8 @@ bool BeginsWith(Sector sector, const FirstBytes& first) {
 }  // namespace
 
 std::optional<Sector> ProvePlace(const std::string& file, const FirstBytes& first) {
-  const std::uint64_t start = HexPrefixValue(Form1.FStart);
-  const std::uint64_t end = start + HexPrefixValue(Form1.FLength);
+  const std::uint64_t start = HexPrefixValue(Measured.FStart);
+  const std::uint64_t end = start + HexPrefixValue(Measured.FLength);
   const auto number = static_cast<std::int64_t>(start);
   if (number < kFirstFreeSector) {
     return Refuse("File " + file + " starts at sector " + Decimal(number) +

@@ -13,7 +13,7 @@ struct FirstBytes {
   std::size_t count = 0;  // 0: the file is empty or can't be read
 };
 
-// Checks the place of the file measured last (FStart and FLengthSectors of Form1): it covers no
+// Checks the place of the file measured last (FStart and FLengthSectors of Measured): it covers no
 // sector below 61, ends on the disk where the disk's length is known, and begins with first, but
 // for the hidden-sectors field, which an earlier switch may have changed under a cached file. A
 // file that begins with zeros proves nothing: a container that was never written looks so, whatever

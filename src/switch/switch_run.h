@@ -9,7 +9,7 @@
 #include <string>
 
 #include "disk/sector_buffer.h"
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 // Working state of one run. Positions in ImageFile count from 1; 0 means not there.
 struct SwitchRun {

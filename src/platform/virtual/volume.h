@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "imagefiles/extents_text.h"
 #include "platform/devices.h"
 #include "platform/virtual/disk.h"
+#include "text/extents_text.h"
 
 constexpr std::uint32_t kDeviceTypeCd = 2;
 constexpr std::uint32_t kDeviceTypeDisk = 7;

@@ -1,8 +1,8 @@
-#include "shell/failure.h"
+#include "report/error_mode.h"
 
 #include "platform/platform.h"
-#include "shell/log_writer.h"
-#include "shell/message_box.h"
+#include "report/log.h"
+#include "report/message_box.h"
 #include "text/text.h"
 
 void ErrorMode::ReportFault(const Fault& fault) const {

@@ -1,8 +1,8 @@
-#include "shell/message_box.h"
+#include "report/message_box.h"
 
 #include "platform/platform.h"
-#include "shell/box_guard.h"
-#include "shell/product.h"
+#include "report/box_guard.h"
+#include "report/product.h"
 
 bool BoxGuard::Takes(const Press& press) {
   if (press.kind == Press::Kind::First) taken_[press.key] = press.shownFor >= kDeafMilliseconds;

@@ -1,4 +1,4 @@
-#include "imagefiles/extents_text.h"
+#include "text/extents_text.h"
 
 namespace {
 
