@@ -10,7 +10,8 @@
 #include "disk/volume_lock.h"
 #include "imagefiles/file_extents.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "shell/drive_inventory.h"
 #include "shell/log_writer.h"
 #include "tests/support.h"
@@ -157,78 +158,25 @@ TEST(Reports, Layouts) {
     const BoxRows shown(layout == ReportLayout::ModuleSilent ? 0 : 1, {kTitle, text});
     Logging l;
     l.TurnLoggingOn();
-    ErrorMode on(layout, "Label");
-    on.Erl = 30;
-    const auto fail = [] { throw MakeFault(53); };
-    on(fail);
+    Routine me(layout, "Label");
+    me.Erl = 30;
+    const auto fail = [] { return FileDelete("C:\\none"); };
+    EXPECT_FALSE(fail());
     EXPECT_EQ(l.TakeBoxes(), shown);
     EXPECT_EQ(l.TakeLog(), Texts{text});
-    on.Ignore();
-    on(fail);
-    ErrorMode()(fail);
-    EXPECT_EQ(on(7, []() -> int { throw MakeFault(53); }), 7);
+    {
+      const Routine called;
+      fail();
+    }
+    me.Ignore();
+    fail();
     EXPECT_EQ(l.TakeBoxes(), BoxRows());
-    on.Report();
-    on(fail);
+    me.Report();
+    fail();
     EXPECT_EQ(l.TakeBoxes(), shown);
   }
   Logging l;
   EXPECT_EQ(APIErrorDescription(5), "Access is denied.\r\n");
-}
-
-// Each routine goes on behind a step that faults, and tells under its own label.
-TEST(Reports, RoutinesUnderTheirLabels) {
-  const char* kRead = "DirectReadDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)";
-  const char* kWrite = "DirectWriteDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)";
-  const auto read = [] { ReadandParseSector("E:", 60); };
-  const auto write = [] { WriteSector(1, 60); };
-  const auto dismount = [] { DisMount_All_VolumesX(1); };
-  const auto lock = [] {
-    Lock_Unlock_All_Volumes(1, "LOCK");
-    Lock_Unlock_All_Volumes(1, "UNLOCK");
-  };
-  const auto renew = [] { ReMount_Drive(1); };
-  const auto capacity = [] { GetSCSICapacity(1); };
-  const struct {
-    std::function<void()> routine;
-    const char* label;  // null: nothing is shown
-    std::vector<std::pair<Op, std::size_t>> steps;
-  } rows[] = {
-      {read, nullptr, {{Op::Open, 1}, {Op::Query, 1}}},  // GetPhysDriveNo
-      {read, "Open_Physical_Disk_hDrive", {{Op::Open, 2}}},
-      {read, kRead, {{Op::Seek, 1}, {Op::Read, 1}}},
-      {write, nullptr, {{Op::Query, 1}}},  // IsUsbDrive
-      {write,
-       kWrite,
-       {{Op::Seek, 1}, {Op::LockRange, 1}, {Op::Write, 1}, {Op::Flush, 1}, {Op::UnlockRange, 1}}},
-      {dismount, "Open_Volume_get_lngHandle", {{Op::Open, 25}}},
-      {dismount, "MyLock_Volume", {{Op::Lock, 1}}},
-      {dismount, "MyDismount_Volume", {{Op::Dismount, 1}}},
-      {dismount, nullptr, {{Op::Desktop, 1}}},
-      {lock, "Lock_Unlock_All_Volumes", {{Op::Open, 25}, {Op::Lock, 1}}},
-      {lock, "MyUnlock_Volume", {{Op::Unlock, 1}}},
-      {renew, "ReMount_Drive(diskno)", {{Op::Open, 1}, {Op::RenewTable, 1}}},
-      {[] { APIErrorDescription(5); }, "APIErrorDescription", {{Op::Fact, 1}}},
-      {capacity, "GetSCSICapacity", {{Op::Open, 1}, {Op::Query, 1}, {Op::Query, 3}}},
-      {capacity, nullptr, {{Op::Query, 2}}},  // GetDiskLength
-      {[] { FileLenA("C:\\Rotate\\Rotate_TSD.exe"); }, nullptr, {{Op::FileSize, 1}}},
-      {[] { GetDriveLetter(1); }, nullptr, {{Op::Find, 1}}},
-  };
-  for (const auto& row : rows) {
-    BoxRows boxes;
-    if (row.label != nullptr) {
-      boxes.push_back({kTitle, std::string("Err.Number=57 Err.Description=Device I/O error ") +
-                                   row.label + " Erl=0"});
-    }
-    for (const auto& [op, nth] : row.steps) {
-      PreparedPc p;
-      SectorBuffer.assign(512, 1);
-      p.Plan(FaultKind::FaultThrown, MaskOf(op), nth);
-      row.routine();
-      EXPECT_EQ(p.pc.machine.plan.hits, 1U);
-      EXPECT_EQ(p.TakeBoxes(), boxes) << static_cast<int>(op) << " " << nth;
-    }
-  }
 }
 
 }  // namespace

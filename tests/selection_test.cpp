@@ -133,19 +133,17 @@ TEST(Selection, FindsCompanionAndFourthFileInTheirOrder) {
 }
 
 TEST(Selection, AProbeThatFailsIsAFileNotFound) {
-  for (const FaultKind kind : {FaultKind::Refusal, FaultKind::FaultThrown}) {
-    FourVolumes program;
-    const auto paths = Paths("E:~A.volPAK E:~A F:~A");
-    program.AddFiles(paths);
-    program.Boxes(Open(paths[0]), {Answer::Cancel});
-    const auto searches = program.pc.machine.journal.Only(MaskOf(Op::Find));
-    std::size_t nth = 1;
-    while (searches[nth - 1].subject != paths[2]) ++nth;
-    program.Plan(kind, MaskOf(Op::Find), nth);
-    const BoxRows boxes = program.Boxes(Open(paths[0]), {Answer::Cancel});
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(FileOf(boxes[0].text, 3), paths[1]);
-  }
+  FourVolumes program;
+  const auto paths = Paths("E:~A.volPAK E:~A F:~A");
+  program.AddFiles(paths);
+  program.Boxes(Open(paths[0]), {Answer::Cancel});
+  const auto searches = program.pc.machine.journal.Only(MaskOf(Op::Find));
+  std::size_t nth = 1;
+  while (searches[nth - 1].subject != paths[2]) ++nth;
+  program.Plan(FaultKind::Refusal, MaskOf(Op::Find), nth);
+  const BoxRows boxes = program.Boxes(Open(paths[0]), {Answer::Cancel});
+  ASSERT_EQ(boxes.size(), 1U);
+  EXPECT_EQ(FileOf(boxes[0].text, 3), paths[1]);
 }
 
 BoxRow WrongOrder(const std::string& file) {

@@ -1,5 +1,6 @@
 // The window: its small events, how the program ends, and that one action runs at a time.
 #include <algorithm>
+#include <stdexcept>
 
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
@@ -71,11 +72,16 @@ TEST(Window, DoubleClickBesideTheRowsDoesNothing) {
 
 TEST(Window, FailureAtTheTopOfARoutineIsReported) {
   StartedPc p;
-  p.Plan(FaultKind::FaultThrown, MaskOf(Op::Fact));
-  EXPECT_EQ(p.Do(Click(Control::cmdRefreshDrive)), RunEnd::Returned);
-  EXPECT_EQ(p.TakeBoxes(), (BoxRows{{kTitle,
-                                     "Err.Number=57 Err.Description=Device I/O error "
-                                     "Me.Name=Form1.cmdRefreshDrive_Click Erl=0"}}));
+  p.pc.toolkit.onBox = [&p](const Box&) -> Answer {
+    p.pc.toolkit.onBox = nullptr;
+    throw std::runtime_error("no memory");
+  };
+  EXPECT_EQ(p.Do(Click(Control::cmdHelp)), RunEnd::Returned);
+  const BoxRows boxes = p.TakeBoxes();
+  ASSERT_EQ(boxes.size(), 2U);
+  EXPECT_EQ(boxes[1].text,
+            "Err.Number=51 Err.Description=Internal error: no memory "
+            "Me.Name=Form1.cmdHelp_Click Erl=0");
   p.Do(Click(Control::cmdRefreshDrive));
   EXPECT_EQ(p.Rows(Control::Combo1).size(), 2U) << "the program goes on";
 }

@@ -5,7 +5,7 @@
 
 #include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
-#include "report/error_mode.h"
+#include "report/routine.h"
 #include "shell/drive_inventory.h"
 #include "shell/startup.h"
 #include "text/exact_integer.h"

@@ -6,8 +6,8 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/log.h"
+#include "report/routine.h"
 #include "text/text.h"
 
 std::string ScsiProductText;
@@ -139,31 +139,26 @@ std::string GetDriveLetter(std::int32_t Dno) {
 }
 
 std::uint64_t GetDiskLength(Handle handle) {
-  ErrorMode on;
   if (handle == kInvalidHandle) return 0;
   std::array<std::uint8_t, 8> answer{};  // little-endian
   std::uint32_t returned = 0;
-  const bool answered = on(false, [&] {
-    return Sys.devices->DeviceIoControl(handle, kIoctlDiskGetLengthInfo, nullptr, 0, answer.data(),
-                                        answer.size(), returned);
-  });
+  const bool answered = Sys.devices->DeviceIoControl(handle, kIoctlDiskGetLengthInfo, nullptr, 0,
+                                                     answer.data(), answer.size(), returned);
   std::uint64_t length = 0;
   for (std::size_t i = answer.size(); i-- > 0;) length = length << 8 | answer[i];
   return answered ? length : 0;
 }
 
 std::uint64_t GetSCSICapacity(std::int32_t drv) {
-  ErrorMode on(ReportLayout::Module, "GetSCSICapacity");
+  const Routine me(ReportLayout::Module, "GetSCSICapacity");
   WriteLog("------- GetSCSICapacity Started ----------------");
-  Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv), kGenericReadWrite,
-                                   kShareReadWrite, kOpenExisting, 0);
-  });
+  Handle disk = Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv), kGenericReadWrite,
+                                        kShareReadWrite, kOpenExisting, 0);
   if (disk == kInvalidHandle) return 0;
-  std::uint64_t capacity = on(std::uint64_t{0}, [&] { return CapacityReply(disk); });
+  std::uint64_t capacity = CapacityReply(disk);
   const std::uint64_t length = GetDiskLength(disk);
   if (length > capacity) capacity = length;
-  on([&] { TakeInquiryReply(disk); });
+  TakeInquiryReply(disk);
   MyCloseHandle(disk);
   return capacity;
 }

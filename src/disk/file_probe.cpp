@@ -1,19 +1,14 @@
 #include "disk/file_probe.h"
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 
 std::optional<FindData> FindFile(const std::string& path) {
-  ErrorMode quietly;
-  std::optional<FindData> file;
-  quietly([&] {
-    FindData found;
-    const Handle search = Sys.files->FindFirstFile(path, found);
-    if (search == kInvalidHandle) return;
-    if ((found.attributes & kAttributeDirectory) == 0) file = found;
-    Sys.files->FindClose(search);
-  });
-  return file;
+  FindData found;
+  const Handle search = Sys.files->FindFirstFile(path, found);
+  if (search == kInvalidHandle) return std::nullopt;
+  Sys.files->FindClose(search);
+  if ((found.attributes & kAttributeDirectory) != 0) return std::nullopt;
+  return found;
 }
 
 std::string ProbeFile(const std::string& path) {

@@ -7,10 +7,10 @@
 #include "disk/file_probe.h"
 #include "disk/picked_drive.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/events.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/routine.h"
 #include "text/text.h"
 
 bool WRITES_OK = false;
@@ -35,21 +35,15 @@ std::uint32_t HighHalf(std::uint64_t value) {
 }
 
 Handle OpenDiskToRead(std::int32_t drive) {
-  ErrorMode on;
-  return on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drive), kGenericRead,
-                                   kShareReadWrite, kOpenExisting, 0);
-  });
+  return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drive), kGenericRead,
+                                 kShareReadWrite, kOpenExisting, 0);
 }
 
 bool ReadSectorFrom(Handle disk, std::int64_t number, Sector& sector) {
-  ErrorMode on;
   std::uint32_t transferred = 0;
-  return on(false, [&] {
-    return Sys.devices->SetFilePointerEx(disk, ByteOffset(number)) &&
-           Sys.devices->ReadFile(disk, sector.data(), kSectorSize, transferred) &&
-           transferred == kSectorSize;
-  });
+  return Sys.devices->SetFilePointerEx(disk, ByteOffset(number)) &&
+         Sys.devices->ReadFile(disk, sector.data(), kSectorSize, transferred) &&
+         transferred == kSectorSize;
 }
 
 // Worn sticks acknowledge what they drop.
@@ -77,76 +71,71 @@ bool UserAllowsDrive0(std::int64_t sector) {
 }  // namespace
 
 bool Open_Physical_Disk_hDrive(std::int32_t driveNo) {
-  ErrorMode on(ReportLayout::Module, "Open_Physical_Disk_hDrive");
+  const Routine me(ReportLayout::Module, "Open_Physical_Disk_hDrive");
   WriteLog("------- Open_Physical_Disk_hDrive Started ----------------");
   if (hDrive > kNoHandle) MyCloseHandle(hDrive);
-  hDrive = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(driveNo), kGenericReadWrite,
+  hDrive = Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(driveNo), kGenericReadWrite,
                                    kShareReadWrite, kOpenExisting, 0);
-  });
   return hDrive > kNoHandle;
 }
 
 bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors) {
-  ErrorMode on(ReportLayout::Module,
-               "DirectReadDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
+  const Routine me(ReportLayout::Module,
+                   "DirectReadDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
   WriteLog("------- DirectReadDrive(" + Decimal(iStartSec) + "," + Decimal(nSectors) +
            ") Started ----------------");
   const std::uint64_t offset = ByteOffset(iStartSec);
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
   if (SectorBuffer.size() < bytes) return false;
-  if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
+  if (!Sys.devices->SetFilePointerEx(hDrive, offset)) return false;
   // A sector of which only a part came would be judged, and could be written back, half pattern.
   std::uint32_t transferred = 0;
-  return on(false, [&] {
-    return Sys.devices->ReadFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
-           transferred == bytes;
-  });
+  return Sys.devices->ReadFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
+         transferred == bytes;
 }
 
 bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors) {
-  ErrorMode on(ReportLayout::Module,
-               "DirectWriteDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
+  const Routine me(ReportLayout::Module,
+                   "DirectWriteDrive(ByVal iStartSec As Variant, ByVal nSectors As Long)");
   WriteLog("------- DirectWriteDrive(" + Decimal(iStartSec) + "," + Decimal(nSectors) +
            ") Started ----------------");
   const std::uint64_t offset = ByteOffset(iStartSec);
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
   if (SectorBuffer.size() < bytes) return false;
-  if (!on(false, [&] { return Sys.devices->SetFilePointerEx(hDrive, offset); })) return false;
-  on([&] { Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0); });
+  if (!Sys.devices->SetFilePointerEx(hDrive, offset)) return false;
+  Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
   std::uint32_t transferred = 0;
-  const bool written = on(false, [&] {
-    return Sys.devices->WriteFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
-           transferred == bytes;
-  });
-  if (!written) return false;
-  on([&] { Sys.devices->FlushFileBuffers(hDrive); });
-  on([&] { Sys.devices->UnlockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0); });
+  if (!Sys.devices->WriteFile(hDrive, SectorBuffer.data(), bytes, transferred) ||
+      transferred != bytes) {
+    return false;
+  }
+  Sys.devices->FlushFileBuffers(hDrive);
+  Sys.devices->UnlockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
   return true;
 }
 
 bool ReadandParseSector(const std::string& volume, std::int64_t SecNo) {
-  ErrorMode on(ReportLayout::ModuleNoBlank, "ReadandParseSector(MYDRIVE, SecNo)");
+  const Routine me(ReportLayout::ModuleNoBlank, "ReadandParseSector(MYDRIVE, SecNo)");
   WriteLog("------- ReadandParseSector(" + volume + ", " + Decimal(SecNo) +
            ") Started ----------------");
   if (volume.size() < 2) return false;
   Physical_Drive_no = GetPhysDriveNo(volume);
   if (Physical_Drive_no > kHighestDrive) return false;
-  on([] { DoEvents(); });
+  DoEvents();
   SectorBuffer.resize(kSectorSize);
   for (std::size_t i = 0; i < kSectorSize; ++i) SectorBuffer[i] = static_cast<std::uint8_t>(i % 16);
   Open_Physical_Disk_hDrive(Physical_Drive_no);  // a failed open shows as a failed read
   bool read = DirectReadDrive(SecNo, 1);
   if (!read) read = DirectReadDrive(SecNo, 1);
-  on([] { Sys.clock->Sleep(kPauseMilliseconds); });
-  on([] { DoEvents(); });
+  Sys.clock->Sleep(kPauseMilliseconds);
+  DoEvents();
   MyCloseHandle(hDrive);
   ParseSectorBuffer();
   return read;
 }
 
 bool WriteSector(std::int32_t drv, std::int64_t SECTOR) {
-  ErrorMode on(ReportLayout::ModuleNoBlank, "WriteSector(drv, SECTOR)");
+  const Routine me(ReportLayout::ModuleNoBlank, "WriteSector(drv, SECTOR)");
   WriteLog("------- WriteSector(" + Decimal(drv) + ", " + Decimal(SECTOR) +
            ") Started ----------------");
   Physical_Drive_no = drv;
@@ -154,18 +143,17 @@ bool WriteSector(std::int32_t drv, std::int64_t SECTOR) {
   if (drv > kHighestDrive) return false;
   const bool onUsb = IsUsbDrive(drv);
   if (drv == 0 && !onUsb && !WRITES_OK && !UserAllowsDrive0(SECTOR)) return false;
-  on([] { DoEvents(); });
+  DoEvents();
   Open_Physical_Disk_hDrive(drv);  // a failed open shows as a failed write
   const bool written = DirectWriteDrive(SECTOR, 1);
   MyCloseHandle(hDrive);
   const bool arrived = written && HasArrived(drv, SECTOR);
-  on([] { Sys.clock->Sleep(kPauseMilliseconds); });
-  on([] { DoEvents(); });
+  Sys.clock->Sleep(kPauseMilliseconds);
+  DoEvents();
   return arrived;
 }
 
 std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
-  ErrorMode on;
   WriteLog("------- ReadSectorApart(" + Decimal(drive) + ", " + Decimal(sector) +
            ") Started ----------------");
   const Handle disk = OpenDiskToRead(drive);
@@ -173,79 +161,62 @@ std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
   alignas(16) Sector data;  // some disks read into aligned memory only
   bool read = ReadSectorFrom(disk, sector, data);
   if (!read) read = ReadSectorFrom(disk, sector, data);
-  on([&] { Sys.devices->CloseHandle(disk); });
+  Sys.devices->CloseHandle(disk);
   return read ? std::optional(data) : std::nullopt;
 }
 
 std::uint64_t SectorsOfDisk(std::int32_t drive) {
-  ErrorMode on;
   const Handle disk = OpenDiskToRead(drive);
   if (disk == kInvalidHandle) return 0;
   const std::uint64_t bytes = GetDiskLength(disk);
-  on([&] { Sys.devices->CloseHandle(disk); });
+  Sys.devices->CloseHandle(disk);
   return bytes / kSectorSize;
 }
 
 std::uint64_t FileLenA(const std::string& path) {
-  ErrorMode on;
   if (!FileIsThere(path)) return 0;
-  Handle file = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
-  });
+  const Handle file =
+      Sys.devices->CreateFile(path, kFileReadAttributes, kShareRead, kOpenExisting, 0);
   if (file == kInvalidHandle) return 0;
-  const std::uint64_t length = on(std::uint64_t{0}, [&] {
-    std::uint32_t high = 0;
-    const std::uint32_t low = Sys.devices->GetFileSize(file, high);
-    // As a length a failed call would become a partition of 4 GiB, mostly of other files' sectors.
-    if (low == kInvalidFileSize && Sys.devices->GetLastError() != 0) return std::uint64_t{0};
-    return static_cast<std::uint64_t>(high) << 32 | low;
-  });
-  on([&] { Sys.devices->CloseHandle(file); });
-  return length;
+  std::uint32_t high = 0;
+  const std::uint32_t low = Sys.devices->GetFileSize(file, high);
+  // As a length a failed call would become a partition of 4 GiB, mostly of other files' sectors.
+  const bool failed = low == kInvalidFileSize && Sys.devices->GetLastError() != 0;
+  Sys.devices->CloseHandle(file);
+  return failed ? 0 : static_cast<std::uint64_t>(high) << 32 | low;
 }
 
 void MyCloseHandle(Handle& handle) {
-  ErrorMode on(ReportLayout::Module, "MyCloseHandle");
+  const Routine me(ReportLayout::Module, "MyCloseHandle");
   WriteLog("------- MyCloseHandle Started ----------------");
-  if (handle > kNoHandle) on([&] { Sys.devices->CloseHandle(handle); });
+  if (handle > kNoHandle) Sys.devices->CloseHandle(handle);
   handle = kNoHandle;
 }
 
 std::int32_t GetPhysDriveNo(const std::string& Sdrive) {
-  ErrorMode on(ReportLayout::ModuleSilent, "GetPhysDriveNo(Sdrive)");
-  std::int32_t number = kNoDrive;
-  const Handle volume = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\" + Sdrive, 0, kShareReadWrite, kOpenExisting, 0);
-  });
-  if (volume == kInvalidHandle) return number;
-  on([&] {
-    std::array<std::uint8_t, 12> answer{};  // type, number, partition number
-    std::uint32_t returned = 0;
-    if (Sys.devices->DeviceIoControl(volume, kIoctlStorageGetDeviceNumber, nullptr, 0,
-                                     answer.data(), answer.size(), returned) &&
-        Number32(answer.data()) == kFileDeviceDisk) {
-      number = static_cast<std::int32_t>(Number32(answer.data() + 4));
-    }
-  });
-  on([&] { Sys.devices->CloseHandle(volume); });
-  return number;
+  const Routine me(ReportLayout::ModuleSilent, "GetPhysDriveNo(Sdrive)");
+  const Handle volume =
+      Sys.devices->CreateFile("\\\\.\\" + Sdrive, 0, kShareReadWrite, kOpenExisting, 0);
+  if (volume == kInvalidHandle) return kNoDrive;
+  std::array<std::uint8_t, 12> answer{};  // type, number, partition number
+  std::uint32_t returned = 0;
+  const bool answered = Sys.devices->DeviceIoControl(volume, kIoctlStorageGetDeviceNumber, nullptr,
+                                                     0, answer.data(), answer.size(), returned);
+  Sys.devices->CloseHandle(volume);
+  const bool isDisk = answered && Number32(answer.data()) == kFileDeviceDisk;
+  return isDisk ? static_cast<std::int32_t>(Number32(answer.data() + 4)) : kNoDrive;
 }
 
 bool IsUsbDrive(std::int32_t drv) {
-  ErrorMode on;
-  const Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv).substr(0, 2), 0,
-                                   kShareNone, kOpenExisting, 0);
-  });
+  const Handle disk = Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(drv).substr(0, 2), 0,
+                                              kShareNone, kOpenExisting, 0);
   if (disk == kInvalidHandle) return false;
   std::array<std::uint8_t, 512> descriptor{};
-  on([&] {
-    const std::array<std::uint8_t, 12> query{};  // StorageDeviceProperty, PropertyStandardQuery
-    std::uint32_t returned = 0;
-    Sys.devices->DeviceIoControl(disk, kIoctlStorageQueryProperty, query.data(), query.size(),
-                                 descriptor.data(), descriptor.size(), returned);
-  });
-  on([&] { Sys.devices->CloseHandle(disk); });
+  const std::array<std::uint8_t, 12> query{};  // StorageDeviceProperty, PropertyStandardQuery
+  std::uint32_t returned = 0;
+  Sys.devices->DeviceIoControl(disk, kIoctlStorageQueryProperty, query.data(), query.size(),
+                               descriptor.data(), descriptor.size(), returned);
+  Sys.devices->CloseHandle(disk);
   return descriptor[kBusTypeOffset] == kBusTypeUsb;
 }
 

@@ -7,9 +7,9 @@
 #include "disk/sector_buffer.h"
 #include "disk/window_sweep.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/events.h"
 #include "report/log.h"
+#include "report/routine.h"
 #include "text/text.h"
 
 namespace {
@@ -28,15 +28,15 @@ Handle OpenVolume(const std::string& volume, std::uint32_t flags) {
                                  kOpenExisting, flags);
 }
 
-void LockVolumes(std::int32_t drive, ErrorMode& on) {
+void LockVolumes(std::int32_t drive) {
   VolumeHandles.fill(kNoHandle);
   std::array<std::string, 4> volumes;
   Get_Drive_Volumes(drive, volumes[0], volumes[1], volumes[2], volumes[3]);
   for (std::size_t i = 0; i < volumes.size(); ++i) {
     if (volumes[i].empty()) continue;
-    VolumeHandles[i] = on(kInvalidHandle, [&] { return OpenVolume(volumes[i], 0); });
+    VolumeHandles[i] = OpenVolume(volumes[i], 0);
     if (VolumeHandles[i] == kInvalidHandle) continue;
-    on([&] { SendControl(VolumeHandles[i], kFsctlLockVolume); });
+    SendControl(VolumeHandles[i], kFsctlLockVolume);
     MyDismount_Volume(VolumeHandles[i]);  // also where the lock was refused
   }
 }
@@ -52,29 +52,29 @@ void UnlockVolumes() {
 }  // namespace
 
 bool MyLock_Volume(Handle handle) {
-  ErrorMode on(ReportLayout::Module, "MyLock_Volume");
+  const Routine me(ReportLayout::Module, "MyLock_Volume");
   WriteLog("------- MyLock_Volume Started ----------------");
-  return on(false, [&] { return SendControl(handle, kFsctlLockVolume); });
+  return SendControl(handle, kFsctlLockVolume);
 }
 
 bool MyUnlock_Volume(Handle handle) {
-  ErrorMode on(ReportLayout::Module, "MyUnlock_Volume");
+  const Routine me(ReportLayout::Module, "MyUnlock_Volume");
   if (handle < 1) return false;
-  return on(false, [&] { return SendControl(handle, kFsctlUnlockVolume); });
+  return SendControl(handle, kFsctlUnlockVolume);
 }
 
 bool MyDismount_Volume(Handle handle) {
-  ErrorMode on(ReportLayout::Module, "MyDismount_Volume");
+  const Routine me(ReportLayout::Module, "MyDismount_Volume");
   WriteLog("------- MyDismount_Volume Started ----------------");
   if (handle < 1) return false;
-  return on(false, [&] { return SendControl(handle, kFsctlDismountVolume); });
+  return SendControl(handle, kFsctlDismountVolume);
 }
 
 void Open_Volume_get_lngHandle(const std::string& vol) {
-  ErrorMode on(ReportLayout::Module, "Open_Volume_get_lngHandle");
+  const Routine me(ReportLayout::Module, "Open_Volume_get_lngHandle");
   WriteLog("------- Open_Volume_get_lngHandle Started ----------------");
-  on([] { DoEvents(); });
-  lngHandle = on(kInvalidHandle, [&] { return OpenVolume(vol, kFlagNoBuffering); });
+  DoEvents();
+  lngHandle = OpenVolume(vol, kFlagNoBuffering);
 }
 
 void Open_Lock_Dismount_Volume(const std::string& vol) {
@@ -85,37 +85,35 @@ void Open_Lock_Dismount_Volume(const std::string& vol) {
 }
 
 void DisMount_All_VolumesX(std::int32_t drive) {
-  ErrorMode on(ReportLayout::Module, "DisMount_All_VolumesX");
+  const Routine me(ReportLayout::Module, "DisMount_All_VolumesX");
   WriteLog("------- DisMount_All_VolumesX Started ----------------");
   std::array<std::string, 4> volumes;
   Get_Drive_Volumes(drive, volumes[0], volumes[1], volumes[2], volumes[3]);
   for (const std::string& volume : volumes) {
     if (volume.empty()) continue;
-    on([&] { Close_Volume_Windows(volume); });
+    Close_Volume_Windows(volume);
     Open_Lock_Dismount_Volume(volume);
     MyCloseHandle(lngHandle);
   }
 }
 
 void Lock_Unlock_All_Volumes(std::int32_t drive, const std::string& mode) {
-  ErrorMode on(ReportLayout::Module, "Lock_Unlock_All_Volumes");
+  const Routine me(ReportLayout::Module, "Lock_Unlock_All_Volumes");
   WriteLog("------- Lock_Unlock_All_Volumes " + mode + " Started ----------------");
   if (mode == "LOCK") {
-    LockVolumes(drive, on);
+    LockVolumes(drive);
   } else {
     UnlockVolumes();
   }
 }
 
 bool ReMount_Drive(std::int32_t diskno) {
-  ErrorMode on(ReportLayout::Module, "ReMount_Drive(diskno)");
+  const Routine me(ReportLayout::Module, "ReMount_Drive(diskno)");
   WriteLog("------- ReMount_Drive(" + Decimal(diskno) + ") Started ----------------");
-  Handle disk = on(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(diskno), kGenericReadWrite,
-                                   kShareReadWrite, kOpenExisting, 0);
-  });
+  Handle disk = Sys.devices->CreateFile("\\\\.\\PhysicalDrive" + Decimal(diskno), kGenericReadWrite,
+                                        kShareReadWrite, kOpenExisting, 0);
   if (disk == kInvalidHandle) return false;
-  const bool renewed = on(false, [&] { return SendControl(disk, kIoctlDiskUpdateProperties); });
+  const bool renewed = SendControl(disk, kIoctlDiskUpdateProperties);
   if (!renewed) APIErrorDescription(Sys.devices->GetLastError());
   MyCloseHandle(disk);
   return renewed;

@@ -1,7 +1,6 @@
 #include "disk/window_sweep.h"
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 
 int OSVersionCode = 0;
 
@@ -14,34 +13,25 @@ void Close_Volume_Windows(const std::string& vol) {
 }
 
 void Close_Windows_By_Title(const std::string& prefix) {
-  ErrorMode on;
   if (prefix.empty()) return;
-  WindowHandle window = on(WindowHandle{0}, [] {
-    return Sys.desktop->GetWindow(Sys.desktop->GetDesktopWindow(), kGwChild);
-  });
+  WindowHandle window = Sys.desktop->GetWindow(Sys.desktop->GetDesktopWindow(), kGwChild);
   while (window != 0) {
     if (GetWindowTitle(window).starts_with(prefix) && IsTaskWindow(window)) {
-      on([&] { Sys.desktop->PostMessage(window, kWmClose); });
+      Sys.desktop->PostMessage(window, kWmClose);
     }
-    window = on(WindowHandle{0}, [&] { return Sys.desktop->GetWindow(window, kGwHwndNext); });
+    window = Sys.desktop->GetWindow(window, kGwHwndNext);
   }
 }
 
 bool IsTaskWindow(WindowHandle hwnd) {
-  ErrorMode on;
-  return on(false, [&] {
-    return !GetWindowTitle(hwnd).empty() && Sys.desktop->IsWindowVisible(hwnd) &&
-           Sys.desktop->GetWindow(hwnd, kGwOwner) == 0;
-  });
+  return !GetWindowTitle(hwnd).empty() && Sys.desktop->IsWindowVisible(hwnd) &&
+         Sys.desktop->GetWindow(hwnd, kGwOwner) == 0;
 }
 
 std::string GetWindowTitle(WindowHandle hwnd) {
-  ErrorMode on;
-  return on(std::string(), [&] {
-    const int length = Sys.desktop->GetWindowTextLength(hwnd);
-    if (length <= 0) return std::string();
-    std::string buffer(static_cast<std::size_t>(length) + 1, '\0');
-    const int copied = Sys.desktop->GetWindowText(hwnd, buffer.data(), length + 1);
-    return buffer.substr(0, copied > 0 ? static_cast<std::size_t>(copied) : 0);
-  });
+  const int length = Sys.desktop->GetWindowTextLength(hwnd);
+  if (length <= 0) return "";
+  std::string buffer(static_cast<std::size_t>(length) + 1, '\0');
+  const int copied = Sys.desktop->GetWindowText(hwnd, buffer.data(), length + 1);
+  return buffer.substr(0, copied > 0 ? static_cast<std::size_t>(copied) : 0);
 }

@@ -3,8 +3,9 @@
 #include <algorithm>
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/log.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "text/text.h"
 
 ShellFailure LastShellFailure;
@@ -44,46 +45,43 @@ std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle) 
   std::string name = commandLine.substr(0, commandLine.find(' '));
   std::erase(name, '"');
   const std::string program = SystemProgram(name);
-  return Sys.processes->Shell(program, commandLine, windowStyle);
+  return Shell(program, commandLine, windowStyle);
 }
 
 std::int32_t SyncShell(const std::string& commandLine, int windowStyle) {
-  ErrorMode on;
+  const Routine quietly;
   WriteLog("SyncShell");
   LastShellFailure = {};
-  const std::uint32_t child = on(0U, [&] { return StartCommandLine(commandLine, windowStyle); });
+  const std::uint32_t child = StartCommandLine(commandLine, windowStyle);
   if (child == 0) return Fail(kShellNotStarted, "Failed to Shell child process");
-  const Handle process =
-      on(kNoHandle, [&] { return Sys.processes->OpenProcess(kProcessSynchronizeAndQuery, child); });
+  const Handle process = Sys.processes->OpenProcess(kProcessSynchronizeAndQuery, child);
   if (process == kNoHandle) return Fail(kShellNoHandle, "Failed to open child process");
-  const std::uint32_t waited =
-      on(kWaitTimeout, [&] { return Sys.processes->WaitForSingleObject(process, kLongestWait); });
+  const std::uint32_t waited = Sys.processes->WaitForSingleObject(process, kLongestWait);
   std::uint32_t exitCode = 0;
   bool known = false;
   if (waited == kWaitTimeout) {
-    on([&] { Sys.processes->EndChild(child); });
+    Sys.processes->EndChild(child);
     Fail(kShellNeverEnded, "Child process did not end");
   } else {
-    known = on(false, [&] { return Sys.processes->GetExitCodeProcess(process, exitCode); });
+    known = Sys.processes->GetExitCodeProcess(process, exitCode);
     if (!known) {
       Fail(kShellNoExitCode,
            "Failed to retrieve exit code, error " + Decimal(Sys.devices->GetLastError()));
     }
   }
-  on([&] { Sys.devices->CloseHandle(process); });
+  Sys.devices->CloseHandle(process);
   return known ? static_cast<std::int32_t>(exitCode) : 0;
 }
 
 void RunCmd(const std::string& CmdPath, int WindowStyle) {
-  ErrorMode on;
+  const Routine quietly;
   WriteLog("RunCmd " + CmdPath);
-  on([&] {
-    const std::uint32_t child = StartCommandLine(CmdPath, WindowStyle);
-    const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
-    if (process == kNoHandle) return;
-    on([&] { Sys.processes->WaitForSingleObject(process, kInfinite); });
-    Sys.devices->CloseHandle(process);
-  });
+  const std::uint32_t child = StartCommandLine(CmdPath, WindowStyle);
+  if (child == 0) return;
+  const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
+  if (process == kNoHandle) return;
+  Sys.processes->WaitForSingleObject(process, kInfinite);
+  Sys.devices->CloseHandle(process);
 }
 
 bool InterpreterChangesQuoted(const std::string& path) {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 
 namespace {
 
@@ -40,15 +39,11 @@ class AlignedMemory {
 };
 
 Handle OpenPastCache(const std::string& path) {
-  ErrorMode quietly;
-  return quietly(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile(path, kGenericRead, kShareRead, kOpenExisting, kFlagNoBuffering);
-  });
+  return Sys.devices->CreateFile(path, kGenericRead, kShareRead, kOpenExisting, kFlagNoBuffering);
 }
 
 void Close(Handle file) {
-  ErrorMode quietly;
-  if (file != kInvalidHandle) quietly([&] { Sys.devices->CloseHandle(file); });
+  if (file != kInvalidHandle) Sys.devices->CloseHandle(file);
 }
 
 std::optional<std::uint64_t> SizeOf(Handle file) {
@@ -84,9 +79,7 @@ bool HoldSame(Handle file1, Handle file2) {
 bool HoldSameBytes(const std::string& path1, const std::string& path2) {
   const Handle file1 = OpenPastCache(path1);
   const Handle file2 = file1 == kInvalidHandle ? kInvalidHandle : OpenPastCache(path2);
-  ErrorMode quietly;
-  const bool same =
-      file2 != kInvalidHandle && quietly(false, [&] { return HoldSame(file1, file2); });
+  const bool same = file2 != kInvalidHandle && HoldSame(file1, file2);
   Close(file2);
   Close(file1);
   return same;

@@ -7,9 +7,10 @@
 #include "imagefiles/child_process.h"
 #include "imagefiles/measured_file.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "text/text.h"
 
 std::string GFE_Path;
@@ -30,30 +31,27 @@ std::string Quoted(const std::string& text) {
 // The quote opens behind the drive's colon: a command text that begins with a quote would lose its
 // first and last one to the interpreter.
 std::string ToolCommand(const std::string& file) {
-  ErrorMode on;
-  const std::string interpreter =
-      on(std::string(), [] { return Sys.facts->Environment("COMSPEC"); });
-  return Quoted(interpreter) + " /c " + GFE_Path.substr(0, 2) +
+  return Quoted(Sys.facts->Environment("COMSPEC")) + " /c " + GFE_Path.substr(0, 2) +
          Quoted(GFE_Path.size() > 2 ? GFE_Path.substr(2) : "") + " " + Quoted(file) + " > " +
          Quoted(Measured.GFE_File);
 }
 
 // An output that an earlier run left would be taken for this one's if the tool didn't start.
-bool OldOutputIsGone(ErrorMode& on) {
+bool OldOutputIsGone() {
   if (!FileIsThere(Measured.GFE_File)) return true;
-  on([] { Sys.files->FileDelete(Measured.GFE_File); });
+  FileDelete(Measured.GFE_File);
   return !FileIsThere(Measured.GFE_File);
 }
 
 // Runs the tool; everything that it printed goes into GFE_Text.
-void RunTool(ErrorMode& on) {
-  if (!OldOutputIsGone(on)) return;
+void RunTool() {
+  if (!OldOutputIsGone()) return;
   SyncShell(Measured.GFE_Command, kWindowHidden);
   if (LastShellFailure.number != kShellNeverEnded) {
-    on([] { Measured.GFE_Text = Sys.files->ReadTextFile(Measured.GFE_File); });
+    ReadTextFile(Measured.GFE_File, Measured.GFE_Text);
   }
   if (!LoggingEnabled && FileIsThere(Measured.GFE_File)) {
-    on([] { Sys.files->FileDelete(Measured.GFE_File); });
+    FileDelete(Measured.GFE_File);
   }
 }
 
@@ -133,23 +131,21 @@ void TakeResult(const std::string& file) {
 }  // namespace
 
 bool HoldToolCopy(const std::string& original) {
-  ErrorMode on;
-  ToolCopyHandle = on(kInvalidHandle, [] {
-    return Sys.devices->CreateFile(GFE_Path, kGenericRead, kShareRead, kOpenExisting, 0);
-  });
-  return ToolCopyHandle > kNoHandle && on(false, [&] {
-           return Sys.files->ReadTextFile(GFE_Path) == Sys.files->ReadTextFile(original);
-         });
+  const Routine quietly;
+  ToolCopyHandle = Sys.devices->CreateFile(GFE_Path, kGenericRead, kShareRead, kOpenExisting, 0);
+  std::string copy, tool;
+  return ToolCopyHandle > kNoHandle && ReadTextFile(GFE_Path, copy) &&
+         ReadTextFile(original, tool) && copy == tool;
 }
 
 void DeleteToolCopy() {
-  ErrorMode on;
+  const Routine quietly;
   MyCloseHandle(ToolCopyHandle);
-  if (!GFE_Path.empty() && FileIsThere(GFE_Path)) on([] { Sys.files->FileDelete(GFE_Path); });
+  if (!GFE_Path.empty() && FileIsThere(GFE_Path)) FileDelete(GFE_Path);
 }
 
 void GetFileStart(const std::string& fFILE) {
-  ErrorMode on;
+  const Routine quietly;
   WriteLog("GetFileStart started: fFILE=" + fFILE);
   Measured.GFE_Text.clear();
   Measured.MoreThanOneExtent = false;
@@ -166,7 +162,7 @@ void GetFileStart(const std::string& fFILE) {
             .icon = Icon::Exclamation});
     return;
   }
-  RunTool(on);
+  RunTool();
   if (!ContainsIgnoringCase(Measured.GFE_Text, "offset")) Measured.GFE_Text.clear();
   WriteLog("GetFileStart 100");
   if (Measured.GFE_Text.empty()) {

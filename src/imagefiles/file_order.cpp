@@ -10,6 +10,7 @@
 #include "report/events.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/routine.h"
 #include "text/text.h"
 
 ExactInteger LastStart;
@@ -104,9 +105,9 @@ void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
   WriteLog("MoveFiles started");
   StepNo = 0;
   Measured.MoreThanOneExtent = false;
-  ErrorMode on(ReportMoveFault);
-  MovingFile last(LastFile, "xxx", on);
-  MovingFile first(FirstFile, "zzz", on);
+  const Routine me(ReportMoveFault);
+  MovingFile last(LastFile, "xxx");
+  MovingFile first(FirstFile, "zzz");
   if (last.WouldTakeANameOf(ImageFile) || first.WouldTakeANameOf(ImageFile)) {
     last.StayInPlace();
     first.StayInPlace();

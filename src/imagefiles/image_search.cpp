@@ -6,7 +6,6 @@
 #include "disk/file_probe.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/events.h"
 #include "report/log.h"
 #include "text/text.h"
@@ -18,21 +17,19 @@ constexpr std::string_view kFourthMark = " :&X4: ";
 
 // Calls visit with each entry of the search, "." and ".." left out.
 template <class Visit>
-void ForEachEntry(ErrorMode& on, const std::string& pattern, Visit visit) {
+void ForEachEntry(const std::string& pattern, Visit visit) {
   FindData found;
-  const Handle search =
-      on(kInvalidHandle, [&] { return Sys.files->FindFirstFile(pattern, found); });
+  const Handle search = Sys.files->FindFirstFile(pattern, found);
   if (search == kInvalidHandle) return;
   do {
     found.name = found.name.substr(0, found.name.find('\0'));
     if (found.name != "." && found.name != "..") visit(found);
-  } while (on(false, [&] { return Sys.files->FindNextFile(search, found); }));
-  on([&] { Sys.files->FindClose(search); });
+  } while (Sys.files->FindNextFile(search, found));
+  Sys.files->FindClose(search);
 }
 
-bool IsFolder(ErrorMode& on, const std::string& path, bool ifUnknown) {
-  const std::uint32_t attributes =
-      on(kInvalidAttributes, [&] { return Sys.files->GetFileAttributes(path); });
+bool IsFolder(const std::string& path, bool ifUnknown) {
+  const std::uint32_t attributes = Sys.files->GetFileAttributes(path);
   if (attributes == kInvalidAttributes) return ifUnknown;
   return (attributes & kAttributeDirectory) != 0;
 }
@@ -99,21 +96,20 @@ void ListFiles() {
 
 void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t& FileCount,
                   std::int32_t& DirCount) {
-  ErrorMode on;
   WriteLog("FindFilesAPI started: path=" + path + " SearchStr=" + SearchStr +
            " FileCount=" + Decimal(FileCount) + " DirCount=" + Decimal(DirCount));
   Sys.toolkit->MousePointer(Pointer::Hourglass);
   if (!path.ends_with('\\')) path += '\\';
   std::vector<std::string> folders;
-  ForEachEntry(on, path + "*", [&](const FindData& entry) {
+  ForEachEntry(path + "*", [&](const FindData& entry) {
     // A call an entry would cost more than the search itself; only what may be a folder is asked.
     if ((entry.attributes & kAttributeDirectory) == 0) return;
-    if (!IsFolder(on, path + entry.name, false)) return;
+    if (!IsFolder(path + entry.name, false)) return;
     folders.push_back(entry.name);
     ++DirCount;
   });
-  ForEachEntry(on, path + SearchStr, [&](const FindData& entry) {
-    if (IsFolder(on, path + entry.name, true) || !MayHoldImages(path)) return;
+  ForEachEntry(path + SearchStr, [&](const FindData& entry) {
+    if (IsFolder(path + entry.name, true) || !MayHoldImages(path)) return;
     ++FileCount;
     const std::string line = ImageLine(path, entry.name);
     if (!ContainsIgnoringCase(path, "$RECYCLE.BIN")) Sys.toolkit->AddItem(Control::List1, line);

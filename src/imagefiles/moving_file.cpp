@@ -9,6 +9,8 @@
 #include "imagefiles/file_order.h"
 #include "platform/platform.h"
 #include "report/message_box.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "text/text.h"
 
 namespace {
@@ -23,16 +25,13 @@ enum class Name { Free, Stands, Unknown };
 // A name is free only where the system says so. While a deleted file is held open somewhere its
 // name can neither be used nor looked at.
 Name Ask(const std::string& path) {
-  ErrorMode quietly;
-  return quietly(Name::Unknown, [&] {
-    const std::uint32_t attributes = Sys.files->GetFileAttributes(path);
-    if (attributes != kInvalidAttributes) {
-      return (attributes & kAttributeDirectory) == 0 ? Name::Stands : Name::Unknown;
-    }
-    const std::uint32_t error = Sys.devices->GetLastError();
-    const bool none = error == kErrorFileNotFound || error == kErrorPathNotFound;
-    return none ? Name::Free : Name::Unknown;
-  });
+  const std::uint32_t attributes = Sys.files->GetFileAttributes(path);
+  if (attributes != kInvalidAttributes) {
+    return (attributes & kAttributeDirectory) == 0 ? Name::Stands : Name::Unknown;
+  }
+  const std::uint32_t error = Sys.devices->GetLastError();
+  const bool none = error == kErrorFileNotFound || error == kErrorPathNotFound;
+  return none ? Name::Free : Name::Unknown;
 }
 
 bool IsLike(const std::optional<FindData>& file, const std::optional<FindData>& other) {
@@ -41,24 +40,22 @@ bool IsLike(const std::optional<FindData>& file, const std::optional<FindData>& 
 
 // What a file consists of must be on the device before another one goes in its favour.
 bool IsFlushed(const std::string& path) {
-  ErrorMode quietly;
-  const Handle file = quietly(kInvalidHandle, [&] {
-    return Sys.devices->CreateFile(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
-  });
+  const Handle file =
+      Sys.devices->CreateFile(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
   if (file == kInvalidHandle) return false;
-  const bool flushed = quietly(false, [&] { return Sys.devices->FlushFileBuffers(file); });
-  const bool closed = quietly(false, [&] { return Sys.devices->CloseHandle(file); });
+  const bool flushed = Sys.devices->FlushFileBuffers(file);
+  const bool closed = Sys.devices->CloseHandle(file);
   return flushed && closed;
 }
 
 void DeleteQuietly(const std::string& path) {
-  ErrorMode quietly;
-  quietly([&] { Sys.files->FileDelete(path); });
+  const Routine quietly;
+  FileDelete(path);
 }
 
 void RenameQuietly(const std::string& from, const std::string& to) {
-  ErrorMode quietly;
-  quietly([&] { Sys.files->FileRename(from, to); });
+  const Routine quietly;
+  FileRename(from, to);
 }
 
 std::string BareName(const std::string& path) {
@@ -98,23 +95,20 @@ bool MovingFile::WouldTakeANameOf(const std::string& imageFile) const {
 
 std::vector<std::string> MovingFile::AsidesThere() const {
   std::vector<std::string> names;
-  ErrorMode quietly;
-  quietly([&] {
-    FindData found;
-    const Handle search = Sys.files->FindFirstFile(AsideName(1) + "*", found);
-    if (search == kInvalidHandle) return;
-    do {
-      if (IsTemporary(found.name)) {
-        names.push_back(file_.substr(0, file_.rfind('\\') + 1) + found.name);
-      }
-    } while (Sys.files->FindNextFile(search, found));
-    Sys.files->FindClose(search);
-  });
+  FindData found;
+  const Handle search = Sys.files->FindFirstFile(AsideName(1) + "*", found);
+  if (search == kInvalidHandle) return names;
+  do {
+    if (IsTemporary(found.name)) {
+      names.push_back(file_.substr(0, file_.rfind('\\') + 1) + found.name);
+    }
+  } while (Sys.files->FindNextFile(search, found));
+  Sys.files->FindClose(search);
   return names;
 }
 
 void MovingFile::GiveBack(const std::string& from) {
-  on_([&] { Sys.files->FileRename(from, file_); });
+  FileRename(from, file_);
   if (Ask(file_) != Name::Stands) holder_ = from;
 }
 
@@ -127,9 +121,7 @@ void MovingFile::ClearUpAsides() {
   for (const std::string& aside : AsidesThere()) {
     const Name name = Ask(file_);
     if (name == Name::Free) GiveBack(aside);
-    if (name == Name::Stands && HoldSameBytes(file_, aside)) {
-      on_([&] { Sys.files->FileDelete(aside); });
-    }
+    if (name == Name::Stands && HoldSameBytes(file_, aside)) FileDelete(aside);
   }
 }
 
@@ -137,7 +129,7 @@ void MovingFile::ClearUpCopy() {
   if (!FileExists(copy_) || !mayMove_) return;
   const Name name = Ask(file_);
   if (name == Name::Free) GiveBack(copy_);
-  if (name == Name::Stands) on_([&] { Sys.files->FileDelete(copy_); });
+  if (name == Name::Stands) FileDelete(copy_);
   Sys.clock->Sleep(kPause);
   if (Ask(copy_) != Name::Free) StayInPlace();
 }
@@ -183,12 +175,8 @@ std::string MovingFile::FreeAsideName() const {
 void MovingFile::SetAside() {
   const std::string aside = FreeAsideName();
   aside_.clear();
-  on_([&] {
-    Sys.files->FileRename(file_, aside);
-    aside_ = aside;
-  });
-  if (aside_.empty()) return;
-  holder_ = aside;
+  if (!FileRename(file_, aside)) return;
+  aside_ = holder_ = aside;
   asides_.push_back(aside);
 }
 
@@ -200,14 +188,7 @@ void MovingFile::GiveName() {
     copyIsProven_ = false;
     original_ = aside;
   }
-  bool renamed = false;
-  if (copyIsProven_) {
-    on_([&] {
-      Sys.files->FileRename(copy_, file_);
-      renamed = true;
-    });
-  }
-  if (renamed) {
+  if (copyIsProven_ && FileRename(copy_, file_)) {
     holder_.clear();
     copyIsOurs_ = copyIsProven_ = false;
   } else {
@@ -225,7 +206,7 @@ bool MovingFile::IsSuccessorOf(const std::string& aside) const {
 void MovingFile::DeleteAside() {
   const std::string aside = std::exchange(aside_, "");
   if (aside.empty() || IsNameless() || !IsSuccessorOf(aside)) return;
-  on_([&] { Sys.files->FileDelete(aside); });
+  FileDelete(aside);
 }
 
 void MovingFile::TakeBack() {

@@ -7,15 +7,14 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "report/error_mode.h"
 
 class MovingFile {
  public:
   // The copy is called as the file with copyEnding behind it. The original is set aside under its
-  // name with "yyy" behind it, or "yyy2" to "yyy40" where that one is taken. What a user should
-  // hear of when it fails runs in on.
-  MovingFile(const std::string& file, const char* copyEnding, ErrorMode& on)
-      : file_(file), copy_(file + copyEnding), on_(on) {}
+  // name with "yyy" behind it, or "yyy2" to "yyy40" where that one is taken. A failure that the
+  // user should hear of is the calling routine's.
+  MovingFile(const std::string& file, const char* copyEnding)
+      : file_(file), copy_(file + copyEnding) {}
 
   [[nodiscard]] const std::string& Path() const { return file_; }
 
@@ -70,7 +69,6 @@ class MovingFile {
   void DropLeftOvers();
 
   std::string file_, copy_;
-  ErrorMode& on_;
   bool mayMove_ = true;
   bool copyIsOurs_ = false;           // what bears the copy's name, if anything, was made here
   bool copyIsFresh_ = false;          // by the last Copy

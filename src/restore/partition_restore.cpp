@@ -9,9 +9,10 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "restore/mbr_writer.h"
 #include "text/text.h"
 
@@ -57,23 +58,24 @@ bool SavedTableIsStill(std::int64_t sector) {
 }
 
 // SectorBuffer holds the sound sector, as it was read from that sector of the disk.
-void RestoreFromSector(ErrorMode& on, const TableBefore& before, std::int64_t sector) {
+void RestoreFromSector(const TableBefore& before, std::int64_t sector) {
   const Answer answer =
       MsgBox({.title = "Restore TSD partition table",
               .text = "Restore Tesseldyn partitions on Drive " + Decimal(Physical_Drive_no) + "?",
               .buttons = Buttons::OkCancel});
   if (answer != Answer::Ok || !TableIsStill(before)) return;
-  if (before || SavedTableIsStill(sector)) on([] { SWITCH(); });
+  if (before || SavedTableIsStill(sector)) SWITCH();
 }
 
 bool RestoreFromFile(const TableBefore& before) {
-  ErrorMode on;
+  const Routine quietly;
   WriteLog("---------------- Restore_from_MBR_bin_file Started ----------------");
   const std::string path = MYDRIVE + "\\tsd\\MBR.BIN";
   if (UpperCase(ProbeFile(path)) != "MBR.BIN") return false;
   // A file shorter than a sector must not be completed from the sector read before it.
   SectorBuffer.assign(kSectorSize, 0);
-  on([&] { Sys.files->ReadBinaryFile(path, SectorBuffer.data(), SectorBuffer.size()); });
+  std::size_t count = 0;
+  ReadBinaryFile(path, SectorBuffer.data(), SectorBuffer.size(), count);
   ParseSectorBuffer();
   if (!IsSoundSavedTable()) return false;
   const Answer answer =
@@ -81,7 +83,7 @@ bool RestoreFromFile(const TableBefore& before) {
               .text = "OK to use " + path + " to restore original TSD partitions?",
               .buttons = Buttons::OkCancel});
   if (answer != Answer::Ok || !TableIsStill(before)) return false;
-  return on(false, [] { return SWITCH(); });
+  return SWITCH();
 }
 
 void ReportOnSector1() {
@@ -101,7 +103,7 @@ void ReportOnSector1() {
 }  // namespace
 
 void cmdRestoreTSD_Click() {
-  ErrorMode on(ReportLayout::MainWindow, "cmdRestoreTSD_Click");
+  const Routine me(ReportLayout::MainWindow, "cmdRestoreTSD_Click");
   WriteLog("---------------- cmdRestoreTSD_Click Started ----------------");
   if (Sys.toolkit->ItemCount(Control::List1) > 0) return;
   if (MYDRIVE.size() < 2) return;
@@ -117,7 +119,7 @@ void cmdRestoreTSD_Click() {
     const std::optional<bool> sound = ReadBackup(sector);
     if (!sound) return;
     if (!*sound) continue;
-    RestoreFromSector(on, before, sector);
+    RestoreFromSector(before, sector);
     return;
   }
   MsgBox({.title = "Invalid backup sectors at LBA30 and LBA60",

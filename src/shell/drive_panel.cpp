@@ -10,7 +10,6 @@
 #include "disk/sector_buffer.h"
 #include "imagefiles/image_search.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/message_box.h"
 #include "shell/drive_inventory.h"
 #include "shell/log_writer.h"
@@ -129,14 +128,11 @@ void chkShowAll_Click() {
 }
 
 void rgbGetVolume(const std::string& Drive, std::string& label, std::string& serial) {
-  ErrorMode on;
   WriteLog("rgbGetVolume " + Drive + " " + label + " " + serial);
   std::string told, fileSystem;
   std::uint32_t number = 0;
-  const bool known = on(false, [&] {
-    return Sys.facts->GetVolumeInformation(Drive + "\\", told, kLabelSize, number, fileSystem,
-                                           kFileSystemSize);
-  });
+  const bool known = Sys.facts->GetVolumeInformation(Drive + "\\", told, kLabelSize, number,
+                                                     fileSystem, kFileSystemSize);
   label.clear();
   serial.clear();
   if (!known) return;

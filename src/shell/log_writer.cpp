@@ -3,9 +3,10 @@
 #include <cstdio>
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/message_box.h"
 #include "report/product.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "text/text.h"
 
 bool LoggingEnabled = false;
@@ -60,8 +61,8 @@ bool CountLine() {
       if (fault.number == kPathNotFound && !folderMade) {
         // Once only: a folder that can't be made would otherwise be tried for ever.
         folderMade = true;
-        ErrorMode quietly;
-        quietly([] { Sys.files->MakeFolder(TempFolder); });
+        const Routine quietly;
+        MakeFolder(TempFolder);
         continue;
       }
       MsgBox({.text = "WriteLog: Error " + Decimal(fault.number) + ":" + fault.description});
@@ -82,12 +83,12 @@ void WriteLog(const std::string& message) {
   const std::string line =
       Stamp("%04d-%02d-%02d %02d:%02d:%02d", now) + "." + Milliseconds(now) + "\t" + message;
   if (!CountLine()) return;
-  ErrorMode quietly;
-  quietly([&] { Sys.files->AppendLine(LogPath(), line); });
+  const Routine quietly;
+  AppendLine(LogPath(), line);
 }
 
 void Label1_DblClick() {
-  ErrorMode quietly;
+  const Routine quietly;
   if (LoggingEnabled) {
     WriteLog("Logging is disabled");
     LoggingEnabled = false;
@@ -95,9 +96,7 @@ void Label1_DblClick() {
     return;
   }
   LoggingEnabled = true;
-  quietly([] {
-    if (LogFileExists()) Sys.files->FileDelete(LogPath());
-  });
+  if (LogFileExists()) FileDelete(LogPath());
   MsgBox({.text = "Logging to:\r\n\r\n" + TempFolder +
                   "\r\n\r\nRotate_TSD.log\r\n\r\nhas now started.\r\n\r\n"
                   "{Tip: Press Ctrl+C to copy this text to clipboard)",

@@ -7,10 +7,10 @@
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/events.h"
 #include "report/message_box.h"
 #include "report/product.h"
+#include "report/routine.h"
 #include "restore/partition_restore.h"
 #include "restore/partition_swap.h"
 #include "shell/drive_panel.h"
@@ -74,14 +74,12 @@ bool EndsProgram(UserEvent event) {
 // What reaches the top of an event routine is reported like any other failure.
 void RunRoutine(UserEvent event) {
   const EventRoutine routine = RoutineOf(event);
-  ErrorMode on(ReportLayout::MainWindow, routine.name);
-  on([&] {
-    try {
-      routine.run();
-    } catch (const std::exception& error) {
-      throw Fault{51, std::string("Internal error: ") + error.what()};
-    }
-  });
+  const Routine me(ReportLayout::MainWindow, routine.name);
+  try {
+    routine.run();
+  } catch (const std::exception& error) {
+    Routine::Failed({51, std::string("Internal error: ") + error.what()});
+  }
   if (event == UserEvent::Form_QueryUnload) Sys.toolkit->UnloadForm();
 }
 
@@ -172,8 +170,7 @@ void cmdExit_Click() {
 }
 
 void Label2_Click() {
-  ErrorMode on;
-  on([] { Sys.processes->ShellExecute("open", PRODUCT_HOME_URL, "0", "0", 1); });
+  Sys.processes->ShellExecute("open", PRODUCT_HOME_URL, "0", "0", 1);
 }
 
 void ForgetActions() {

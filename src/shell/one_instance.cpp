@@ -1,7 +1,6 @@
 #include "shell/one_instance.h"
 
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/message_box.h"
 #include "shell/window_design.h"
 
@@ -49,7 +48,9 @@ void TellThatItDoesNotAnswer() {
           .icon = Icon::Exclamation});
 }
 
-bool BecomesOnlyInstance() {
+}  // namespace
+
+bool IsOnlyInstance() {
   const Handle mutex = Sys.processes->CreateMutex(kMutexName);  // kept until the process ends
   for (int look = 0; OtherRuns(mutex); ++look) {
     Sys.desktop->AllowSetForegroundWindow();
@@ -66,11 +67,4 @@ bool BecomesOnlyInstance() {
     Sys.clock->Sleep(kPause);
   }
   return true;
-}
-
-}  // namespace
-
-bool IsOnlyInstance() {
-  ErrorMode on;
-  return on(true, [] { return BecomesOnlyInstance(); });
 }

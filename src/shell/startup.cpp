@@ -10,9 +10,10 @@
 #include "imagefiles/file_extents.h"
 #include "imagefiles/measured_file.h"
 #include "platform/platform.h"
-#include "report/error_mode.h"
 #include "report/message_box.h"
 #include "report/product.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "restore/mbr_writer.h"
 #include "shell/drive_panel.h"
 #include "shell/log_writer.h"
@@ -25,8 +26,7 @@ constexpr std::uint32_t kPathBuffer = 255;
 constexpr const char* kToolName = "getFileExtents.exe";
 
 std::string ToolInProgramFolder() {
-  ErrorMode quietly;
-  return quietly(std::string(), [] { return Sys.facts->ProgramFolder(); }) + "\\" + kToolName;
+  return Sys.facts->ProgramFolder() + "\\" + kToolName;
 }
 
 bool ToolIsAt(const std::string& path) {
@@ -77,14 +77,14 @@ bool CopyIsOurs() {
 }
 
 // Falls back to the root of C: where the temp folder won't take the tool.
-void RequireToolCopy(ErrorMode& on) {
+void RequireToolCopy() {
   if (CopyIsOurs()) return;
   MsgBox({.title = "Copy GFE file to TMP failed",
           .text = "WARNING: No TMP variable found in Windows environment or cannot copy file to " +
                   GFE_Path,
           .icon = Icon::Exclamation});
   GFE_Path = "C:\\getFileExtents.exe";
-  on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
+  FileCopy(ToolInProgramFolder(), GFE_Path);
   if (!CopyIsOurs()) Sys.processes->EndProcess();
 }
 
@@ -141,27 +141,27 @@ int VersionCode(unsigned platformId, unsigned major, unsigned minor) {
 }
 
 void Form_Load() {
-  ErrorMode on(ReportLayout::MainWindow, "Form_Load");
+  Routine me(ReportLayout::MainWindow, "Form_Load");
   WriteLog("---------------- Form_Load Started ----------------");
   SettleDelay = 2000;
   WRITES_OK = false;
-  on([] { FindVersion(); });
+  FindVersion();
   KeepSizeAndCentre();
-  on.Ignore();
+  me.Ignore();
   if (!FileIsThere("X:\\Windows\\system32\\wpeutil.exe")) {
     Sys.toolkit->SetVisible(Control::cmd_rebootPE, false);
   }
-  on([] { RequireTool(); });
-  on.Report();
+  RequireTool();
+  me.Report();
   Sys.toolkit->SetCaption(PRODUCT_TITLE "  for NTFS TSD drives    v" PRODUCT_VERSION_TEXT
                                         "  " PRODUCT_NOTICE);
-  TempFolder = on(std::string(), [] { return LongTempFolder(); });
+  TempFolder = LongTempFolder();
   GFE_Path = TempFolder + kToolName;
   Measured.GFE_File = TempFolder + "GFE_Output.txt";
-  on([] { Sys.files->FileCopy(ToolInProgramFolder(), GFE_Path); });
-  on.Ignore();
-  RequireToolCopy(on);
-  on.Report();
+  FileCopy(ToolInProgramFolder(), GFE_Path);
+  me.Ignore();
+  RequireToolCopy();
+  me.Report();
   TestRights();
   SectorBuffer.resize(4097);
   SectorBuffer[0] = 0;
@@ -170,14 +170,12 @@ void Form_Load() {
 }
 
 void cmd_rebootPE_Click() {
-  ErrorMode on;
+  const Routine quietly;
   WriteLog("cmd_rebootPE_Click");
-  on([] { StartCommandLine("wpeutil reboot", kWindowNormal); });
-  const std::string wpeutil = on(std::string(), [] { return SystemProgram("wpeutil.exe"); });
-  on([&] {
-    Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "", 1);
-  });
-  on([] { Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1); });
+  StartCommandLine("wpeutil reboot", kWindowNormal);
+  const std::string wpeutil = SystemProgram("wpeutil.exe");
+  Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "", 1);
+  Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1);
   RunCmd("cmd /c wpeutil reboot", kWindowNormal);
-  on([] { StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised); });
+  StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised);
 }

@@ -84,7 +84,7 @@ void CommitTable(SwitchRun& run) {
   if (answer == Answer::Ok) {
     if (!TableIsStill(run.Table) || !BootRecordIsStill(run)) return;
     PatchBootRecord(run);
-    if (!run.on(false, [] { return SWITCH(); })) return;
+    if (!SWITCH()) return;
   }
   WriteLog("List1_DblClick END");
 }

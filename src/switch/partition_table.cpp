@@ -12,6 +12,8 @@
 #include "platform/platform.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/routine.h"
+#include "report/statements.h"
 #include "switch/file_limits.h"
 #include "text/text.h"
 
@@ -121,11 +123,11 @@ std::uint8_t Get_Format_Type(const std::string& fname) {
 }
 
 std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first) {
-  ErrorMode on(ReportLayout::MainWindow, "Get_Format_Type(fname)");
+  const Routine me(ReportLayout::MainWindow, "Get_Format_Type(fname)");
   WriteLog("---------------- Get_Format_Type(" + fname + ") Started ----------------");
   first = {};
   std::uint8_t* bytes = first.data.data();
-  on([&] { first.count = Sys.files->ReadBinaryFile(fname, bytes, kSectorSize); });
+  ReadBinaryFile(fname, bytes, kSectorSize, first.count);
   std::uint8_t type = 0;
   if (std::memcmp(bytes + 3, "NTFS", 4) == 0) type = kTypeNtfs;
   if (std::memcmp(bytes + 82, "FAT32", 5) == 0) type = kTypeFat32;

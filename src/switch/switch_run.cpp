@@ -116,7 +116,7 @@ bool ReadPickedTable(const SwitchRun& run) {
 }
 
 void Mark(SwitchRun& run, int mark) {
-  run.on.Erl = mark;
+  run.me.Erl = mark;
   WriteLog("List1_DblClick " + Decimal(mark));
 }
 

@@ -9,11 +9,11 @@
 #include <string>
 
 #include "disk/sector_buffer.h"
-#include "report/error_mode.h"
+#include "report/routine.h"
 
 // Working state of one run. Positions in ImageFile count from 1; 0 means not there.
 struct SwitchRun {
-  ErrorMode on{ReportLayout::MainWindow, "List1_DblClick()"};
+  Routine me{ReportLayout::MainWindow, "List1_DblClick()"};
 
   // The checks of LBA 0 and of the backup sectors.
   Sector Table{};  // LBA 0 as it was judged and saved; the new table must replace just this one

@@ -88,7 +88,7 @@ std::uint32_t VirtualProcesses::RunCopy(const std::string& arguments, Child& chi
 
 bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,
                                  const std::string& target) {
-  const Step step = machine_.Begin(Op::ChildCopy, sources[0], "-> " + target, false);
+  const Step step = machine_.Begin(Op::ChildCopy, sources[0], "-> " + target);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   const SplitPath to = SplitAtVolume(target, machine_.currentFolder);
   VirtualVolume* volume = machine_.VolumeAt(to.letter);

@@ -254,7 +254,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
 
 bool VirtualDevices::CloseHandle(Handle handle) {
   // A close that is made to fail has closed all the same: what follows must cope with both.
-  const Step step = machine_.Begin(Op::Close, Name(handle), "", false);
+  const Step step = machine_.Begin(Op::Close, Name(handle));
   const bool wasOpen = machine_.Close(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   return machine_.End(step, wasOpen, kErrorInvalidHandle);

@@ -4,6 +4,8 @@ namespace {
 
 OpMask Reach(FaultKind kind) {
   switch (kind) {
+    case FaultKind::FaultThrown:
+      return kStatementOps;
     case FaultKind::ShortTransfer:
       return MaskOf(Op::Read, Op::Write);
     case FaultKind::LostWrite:

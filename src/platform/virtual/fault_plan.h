@@ -6,14 +6,10 @@
 
 #include "platform/virtual/journal.h"
 
-// Leaves the program at a power cut. Neither a Fault nor a std::exception, so that nothing in the
-// program can catch it.
-struct PowerCut {};
-
 enum class FaultKind : std::uint8_t {
   None,
   Refusal,        // a call that reports by its result fails; a statement throws its Fault
-  FaultThrown,    // the operation throws a Fault, whatever it is
+  FaultThrown,    // a statement throws the Fault of faultNumber
   ShortTransfer,  // a read or write moves only half of its whole sectors and reports success
   LostWrite,      // a write, or what a child copies, is acknowledged and never arrives
   CutBefore,      // power cut before the operation does anything

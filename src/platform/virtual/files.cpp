@@ -29,9 +29,7 @@ VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
 }
 
 Step VirtualFiles::BeginStatement(Op op, const std::string& path, const std::string& detail) {
-  const Step step = machine_.Begin(op, path, detail);
-  if (step.Refused()) machine_.FailStatement(step, kPermissionDenied);
-  return step;
+  return machine_.BeginStatement(op, path, detail, kPermissionDenied);
 }
 
 VirtualFiles::Place VirtualFiles::Require(const Step& step, const std::string& path) {
@@ -133,7 +131,7 @@ bool VirtualFiles::FindNextFile(Handle handle, FindData& found) {
 bool VirtualFiles::FindClose(Handle handle) {
   const OpenHandle* search = machine_.At(handle);
   const bool isSearch = search != nullptr && search->kind == OpenHandle::Kind::Search;
-  const Step step = machine_.Begin(Op::FindClose, isSearch ? search->name : "?", "", false);
+  const Step step = machine_.Begin(Op::FindClose, isSearch ? search->name : "?");
   if (isSearch) machine_.Close(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   return machine_.End(step, isSearch, kErrorInvalidHandle);

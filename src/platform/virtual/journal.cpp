@@ -29,6 +29,7 @@ std::string JournalEntry::Text() const {
 }
 
 std::size_t Journal::Add(JournalEntry entry) {
+  NeedsPower();
   entries_.push_back(std::move(entry));
   return entries_.size() - 1;
 }

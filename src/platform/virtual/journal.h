@@ -65,9 +65,8 @@ constexpr OpMask MaskOf(Op first, Ops... rest) {
 constexpr OpMask kAnyOp = MaskOf(Op::Count) - 1;
 
 // Statements: what can throw a Fault. All others report by their result.
-constexpr OpMask kStatementOps =
-    MaskOf(Op::Copy, Op::Delete, Op::Rename, Op::MakeFolder, Op::ReadText, Op::ReadBinary,
-           Op::Append, Op::Shell, Op::EndChild);
+constexpr OpMask kStatementOps = MaskOf(Op::Copy, Op::Delete, Op::Rename, Op::MakeFolder,
+                                        Op::ReadText, Op::ReadBinary, Op::Append, Op::Shell);
 
 // Everything that changes what a power cut leaves behind.
 constexpr OpMask kChangingOps =
@@ -87,11 +86,24 @@ struct JournalEntry {
   std::string Text() const;
 };
 
+// Leaves the program at a power cut. Neither a Fault nor a std::exception, so that nothing in the
+// program can catch it.
+struct PowerCut {};
+
 class Journal {
  public:
-  // Gives the new entry's index; it reads as failed until somebody sets ok.
+  // Returns the new entry's index; it reads as failed until somebody sets ok. Throws as NeedsPower.
   std::size_t Add(JournalEntry entry);
-  JournalEntry& operator[](std::size_t index) { return entries_[index]; }
+  // An index that is none stands for an entry that nobody reads.
+  JournalEntry& operator[](std::size_t index) {
+    return index < entries_.size() ? entries_[index] : nobodys_;
+  }
+
+  bool HasPower() const { return hasPower_; }
+  void SetPower(bool on) { hasPower_ = on; }
+  void NeedsPower() const {  // throws PowerCut without it
+    if (!hasPower_) throw PowerCut{};
+  }
 
   const std::vector<JournalEntry>& Entries() const { return entries_; }
   std::vector<JournalEntry> Only(OpMask mask) const;
@@ -101,4 +113,6 @@ class Journal {
 
  private:
   std::vector<JournalEntry> entries_;
+  JournalEntry nobodys_;
+  bool hasPower_ = true;
 };

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-Step Machine::Begin(Op op, const std::string& subject, const std::string& detail, bool mayThrow) {
-  if (off_) throw PowerCut{};
+Step Machine::Begin(Op op, const std::string& subject, const std::string& detail) {
+  if (!journal.HasPower()) return {SIZE_MAX, FaultKind::Refusal};
   ++operations;
   if (beforeOperation) beforeOperation(operations);
   for (const auto& volume : volumes) volume->Tick();
@@ -12,11 +12,19 @@ Step Machine::Begin(Op op, const std::string& subject, const std::string& detail
   entry.subject = subject;
   entry.detail = detail;
   Step step{journal.Add(entry), plan.Next(op)};
-  if (step.strike == FaultKind::CutBefore) CutPower();
-  if (step.strike == FaultKind::FaultThrown) {
-    if (mayThrow) FailStatement(step, plan.faultNumber);
+  if (step.strike == FaultKind::CutBefore) {
+    CutPower();
     step.strike = FaultKind::Refusal;
   }
+  return step;
+}
+
+Step Machine::BeginStatement(Op op, const std::string& subject, const std::string& detail,
+                             int refusedWith) {
+  journal.NeedsPower();
+  const Step step = Begin(op, subject, detail);
+  if (step.strike == FaultKind::FaultThrown) FailStatement(step, plan.faultNumber);
+  if (step.Refused()) FailStatement(step, refusedWith);
   return step;
 }
 
@@ -34,15 +42,14 @@ void Machine::FailStatement(const Step& step, int number) {
 }
 
 void Machine::CutPower() {
-  off_ = true;
+  journal.SetPower(false);
   std::uint64_t fates = cutFate;
   for (const auto& disk : disks) heldBack += disk->LosePower(fates);
   for (const auto& volume : volumes) heldBack += volume->LosePower(fates);
-  throw PowerCut{};
 }
 
 void Machine::Reboot() {
-  off_ = false;
+  journal.SetPower(true);
   beforeOperation = nullptr;
   handles.clear();
   plan = {};

@@ -68,11 +68,13 @@ struct Step {
 
 class Machine {
  public:
-  // Throws the planned Fault or PowerCut. mayThrow is false for what a child does and for closing:
-  // there a planned Fault is a refusal.
-  Step Begin(Op op, const std::string& subject, const std::string& detail = "",
-             bool mayThrow = true);
-  // Notes how it went and gives ok back. Throws PowerCut where the plan cuts behind it.
+  // Never throws: without power every call is refused, until a statement, a box, a pause or pending
+  // events end the program (Journal::NeedsPower).
+  Step Begin(Op op, const std::string& subject, const std::string& detail = "");
+  // Begins a statement: throws the planned Fault, or the one of that number where it is refused.
+  Step BeginStatement(Op op, const std::string& subject, const std::string& detail,
+                      int refusedWith);
+  // Notes how it went and returns ok. Cuts the power where the plan does so after it.
   bool End(const Step& step, bool ok, std::uint32_t code = 0);
   bool Fail(const Step& step, std::uint32_t code) { return End(step, false, code); }
   // Ends a statement: throws the Fault, or the one with the classic text of number.
@@ -114,7 +116,6 @@ class Machine {
   bool onlyFirstOfRemovable = false;  // before Windows 10 1703
 
  private:
-  [[noreturn]] void CutPower();
+  void CutPower();
   Handle nextHandle_ = 4;
-  bool off_ = false;
 };

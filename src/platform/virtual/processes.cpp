@@ -55,8 +55,8 @@ ChildScript VirtualProcesses::TakeScript(const std::string& commandLine) {
 
 std::uint32_t VirtualProcesses::Shell(const std::string& program, const std::string& commandLine,
                                       int windowStyle) {
-  const Step step = machine_.Begin(Op::Shell, commandLine, "style=" + std::to_string(windowStyle));
-  if (step.Refused()) machine_.FailStatement(step, kFileNotFound);
+  const Step step = machine_.BeginStatement(Op::Shell, commandLine,
+                                            "style=" + std::to_string(windowStyle), kFileNotFound);
   Child child;
   child.commandLine = commandLine;
   child.hasInput = windowStyle != kWindowHidden;
@@ -117,7 +117,7 @@ std::uint32_t VirtualProcesses::RunCommand(const InterpretedCommand& command, Ch
 
 std::uint32_t VirtualProcesses::RunTool(const InterpretedCommand& command) {
   const std::string argument = command.words.size() > 1 ? WithoutQuotes(command.words[1]) : "";
-  const Step step = machine_.Begin(Op::ChildTool, argument, "", false);
+  const Step step = machine_.Begin(Op::ChildTool, argument);
   const bool there = File(WithoutQuotes(command.words.front())) != nullptr;
   if (step.Refused() || !there) {
     machine_.Fail(step, kErrorFileNotFound);
@@ -221,7 +221,10 @@ bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCod
 void VirtualProcesses::EndChild(std::uint32_t processId) {
   const Step step = machine_.Begin(Op::EndChild, "process " + std::to_string(processId));
   const auto child = children_.find(processId);
-  if (step.Refused() || child == children_.end()) machine_.FailStatement(step, kInvalidCall);
+  if (step.Refused() || child == children_.end()) {
+    machine_.Fail(step, kErrorInvalidParameter);
+    return;
+  }
   child->second.ended = true;
   child->second.exitCode = 1;
   if (VirtualFile* held = File(child->second.heldFile); held != nullptr) held->heldOpen = false;

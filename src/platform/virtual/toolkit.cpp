@@ -93,6 +93,7 @@ void VirtualToolkit::AnswerNext(Answer answer, const std::string& title) {
 }
 
 Answer VirtualToolkit::MsgBox(const Box& box, PressFilter& filter) {
+  journal_.NeedsPower();
   if (ImpatienceAnswers(box.title, filter)) {
     boxes.push_back({box, DefaultOf(box.buttons), true});
     return boxes.back().answer;
@@ -123,6 +124,7 @@ Answer VirtualToolkit::MsgBox(const Box& box, PressFilter& filter) {
 }
 
 std::string VirtualToolkit::InputBox(const InputQuestion& question, PressFilter& filter) {
+  journal_.NeedsPower();
   const std::string& title = question.title;
   ShownInput input{question.prompt, title, question.initial, question.initial};
   if (ImpatienceAnswers(title, filter)) {

@@ -144,6 +144,7 @@ void VirtualToolkit::RunEventLoop() {
 }
 
 void VirtualToolkit::DoEvents() {
+  journal_.NeedsPower();
   ++doEventsCalls;
   if (insideInjected_) return;
   std::optional<UserAction> action = atEveryDoEvents;

@@ -53,7 +53,7 @@ void VirtualPc::RenewTables() {
 RunEnd VirtualPc::Run(const std::function<void()>& body) {
   try {
     body();
-    return RunEnd::Returned;
+    return machine.journal.HasPower() ? RunEnd::Returned : RunEnd::PowerCut;
   } catch (const ProcessEnded&) {
     return RunEnd::ProcessEnded;
   } catch (const PowerCut&) {

@@ -1,11 +1,16 @@
-#include "report/error_mode.h"
+#include "report/routine.h"
 
 #include "platform/platform.h"
 #include "report/log.h"
 #include "report/message_box.h"
 #include "text/text.h"
 
-void ErrorMode::ReportFault(const Fault& fault) const {
+void Routine::Failed(const Fault& fault) {
+  if (running_ == nullptr || !running_->reporting_) return;
+  running_->handler_ != nullptr ? running_->handler_(fault) : running_->Show(fault);
+}
+
+void Routine::Show(const Fault& fault) const {
   std::string text =
       "Err.Number=" + Decimal(fault.number) + " Err.Description=" + fault.description;
   switch (layout_) {
@@ -25,13 +30,11 @@ void ErrorMode::ReportFault(const Fault& fault) const {
 }
 
 std::string APIErrorDescription(std::uint32_t code) {
-  ErrorMode on(ReportLayout::Module, "APIErrorDescription");
+  const Routine me(ReportLayout::Module, "APIErrorDescription");
   WriteLog("------- APIErrorDescription Started ----------------");
   std::string buffer(255, ' ');
-  on([&] {
-    Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, buffer.data(),
-                             static_cast<std::uint32_t>(buffer.size()));
-  });
+  Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, buffer.data(),
+                           static_cast<std::uint32_t>(buffer.size()));
   return StripNull(buffer);
 }
 

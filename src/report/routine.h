@@ -1,10 +1,10 @@
-// The two error modes in which every routine runs. A routine makes one ErrorMode and runs each
-// statement that can fail as a step of it; a step that faults never ends the routine.
+// The two error modes in which every routine runs. A routine that has a mode of its own says so in
+// its first line; a statement (report/statements.h) that fails is reported, or passed over, as the
+// routine that runs wants it, and never ends that routine.
 #pragma once
 
 #include <cstdint>
 #include <string>
-#include <utility>
 
 #include "platform/fault.h"
 
@@ -13,51 +13,46 @@ enum class ReportLayout {
   MainWindow,     // "... Me.Name=Form1." label
   Module,         // "... " label
   ModuleSilent,   // as Module, logged but not shown
-  ModuleNoBlank,  // as Module, no blank in front of the label
+  ModuleNoBlank,  // as Module, no blank before the label
 };
 
-class ErrorMode {
+// Lives as long as the routine. One made later, in a routine that this one calls, comes first.
+class Routine {
  public:
-  // Ignore mode: a step that faults is passed over.
-  ErrorMode() = default;
+  // Ignore mode: a statement that fails is passed over.
+  Routine() = default;
 
-  // Reporting mode: a step that faults is logged and shown under the routine's RoutineLabel.
-  ErrorMode(ReportLayout layout, const char* RoutineLabel)
+  // Reporting mode: a failure is logged and shown under the routine's RoutineLabel.
+  Routine(ReportLayout layout, const char* RoutineLabel)
       : layout_(layout), label_(RoutineLabel), reporting_(true) {}
 
   // Reporting mode with a handler of the routine's own.
-  explicit ErrorMode(void (*handler)(const Fault&)) : handler_(handler), reporting_(true) {}
+  explicit Routine(void (*handler)(const Fault&)) : handler_(handler), reporting_(true) {}
+
+  ~Routine() { running_ = caller_; }
+  Routine(const Routine&) = delete;
+  Routine& operator=(const Routine&) = delete;
 
   // For a routine that changes between the modes from stretch to stretch.
   void Ignore() { reporting_ = false; }
   void Report() { reporting_ = label_ != nullptr || handler_ != nullptr; }
 
-  // Runs one step.
-  template <class Step>
-  void operator()(Step&& step) {
-    try {
-      std::forward<Step>(step)();
-    } catch (const Fault& fault) {
-      if (reporting_) handler_ != nullptr ? handler_(fault) : ReportFault(fault);
-    }
-  }
-
-  // Runs one step that gives a value; fallback where it faults.
-  template <class Value, class Step>
-  [[nodiscard]] Value operator()(Value fallback, Step&& step) {
-    (*this)([&] { fallback = std::forward<Step>(step)(); });
-    return fallback;
-  }
+  // The routine that runs deals with the failure. Without a routine nobody does.
+  static void Failed(const Fault& fault);
 
   int Erl = 0;  // the mark passed last, for the report; 0 in routines without marks
 
  private:
-  void ReportFault(const Fault& fault) const;
+  void Show(const Fault& fault) const;
 
+  static inline const Routine* running_ = nullptr;
+
+  const Routine* caller_ = running_;
   ReportLayout layout_ = ReportLayout::Module;
   const char* label_ = nullptr;
   void (*handler_)(const Fault&) = nullptr;
   bool reporting_ = false;
+  bool entered_ = (running_ = this) != nullptr;
 };
 
 // Text of a platform error number.
