@@ -57,7 +57,7 @@ TEST(Log, LinesAndTheirStamps) {
   WriteLog("a\ttab");
   const std::string start = "2019-03-04 17:05:09.125\t";
   EXPECT_EQ(l.Content("Rotate_TSD.log"), start + "App.path: C:\\Rotate\r\n" + start +
-                                             "App.name: Rotate_TSD v.1.0.0\r\n" + start +
+                                             "App.name: Rotate_TSD v.1.1.0\r\n" + start +
                                              "TempFolder: C:\\Temp\\\r\n"
                                              "2019-03-04 17:06:09.125\ta\ttab\r\n")
       << "single precision drops the last millisecond this late in the day";

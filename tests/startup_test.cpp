@@ -88,7 +88,7 @@ TEST(Startup, Order) {
   EXPECT_EQ(OSVersionCode, 11);
   const VirtualToolkit& window = p.pc.toolkit;
   EXPECT_TRUE(window.shown);
-  EXPECT_TRUE(window.caption.starts_with("ROTATE_TSD  for NTFS TSD drives    v1.0.0  "));
+  EXPECT_TRUE(window.caption.starts_with("ROTATE_TSD  for NTFS TSD drives    v1.1.0  "));
   EXPECT_GT(window.caption.size(), 44U) << "a notice stands at the end";
   EXPECT_EQ(FormHeight, window.height);
   EXPECT_EQ(FormWidth, window.width);
