@@ -36,8 +36,9 @@ pictures: ## the window and each kind of box at 100, 150 and 200 %, to be looked
 	@cmake --preset win64 >/dev/null && cmake --build --preset win64 >/dev/null
 	@python3 -B rig/pictures.py
 
-dist: windows ## the zips, to dist/
-	@python3 scripts/dist.py
+dist: windows ## the zips for people who use it, to dist/
+	@scripts/setup.sh dist
+	@python3 -B scripts/dist.py
 
 tidy: ## clang-format and clang-tidy, as they have to be clean
 	@scripts/setup.sh native tidy

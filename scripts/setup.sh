@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs what a task needs from Debian's packages: setup.sh GROUP...
-# Groups: compiler, native, x64, windows, wine, boot, format, tidy. As root it installs what is
+# Groups: compiler, native, x64, windows, dist, wine, boot, format, tidy. As root it installs what is
 # missing; otherwise it says what is missing and fails.
 set -eu
 
@@ -10,6 +10,7 @@ packages() {
     native) echo cmake ninja-build g++ libgtest-dev libbenchmark-dev python3 ;;
     x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
+    dist) echo cmark-gfm git python3 ;;
     wine) echo wine wine64 xvfb xauth imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
       g++-mingw-w64-x86-64 python3 ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
