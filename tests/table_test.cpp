@@ -98,7 +98,7 @@ TEST(ReportOfTheTable, WordsEachEntryInItsOwnWay) {
     run.CompanionName = "C";
     run.FourthFile = "G:\\D";
     run.PTYPE1 = run.PTYPE3 = run.PTYPE4 = row.type;
-    run.Start1 = run.Start3 = run.Start4 = "FFFFFFFF";
+    run.Run1 = run.Run3 = run.Run4 = {0xFFFFFFFF, 1};
     run.Ptn2Text = "(keep)";
     const std::string start = " Start=4294967295 (0xFFFFFFFF) \r\n";
     EXPECT_EQ(TableReport(run), "PTN1: Type=" + (row.entry1 + start) + "E:\\I\r\n\r\nPTN2: (keep)" +

@@ -28,26 +28,20 @@ constexpr std::uint8_t kInquiry = 0x12;
 
 using Record = std::vector<std::uint8_t>;
 
-void PutNumber32(Record& record, std::size_t offset, std::size_t value) {
-  for (std::size_t i = 0; i < 4; ++i) {
-    record[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
-  }
-}
-
 Record PassThroughRecord(std::uint8_t operation) {
   Record record(kRecordSize, 0);
-  record[0] = 44;                         // Length, 16 bits
-  record[3] = 0;                          // PathId, behind ScsiStatus
-  record[4] = 1;                          // TargetId
-  record[5] = 0;                          // Lun
-  record[6] = 6;                          // CdbLength
-  record[7] = 24;                         // SenseInfoLength
-  record[8] = 1;                          // DataIn: SCSI_IOCTL_DATA_IN
-  PutNumber32(record, 12, kDataLength);   // DataTransferLength
-  PutNumber32(record, 16, 2);             // TimeOutValue, seconds
-  PutNumber32(record, 20, kDataOffset);   // DataBufferOffset
-  PutNumber32(record, 24, kSenseOffset);  // SenseInfoOffset
-  record[28] = operation;                 // Cdb
+  record[0] = 44;                          // Length, 16 bits
+  record[3] = 0;                           // PathId, behind ScsiStatus
+  record[4] = 1;                           // TargetId
+  record[5] = 0;                           // Lun
+  record[6] = 6;                           // CdbLength
+  record[7] = 24;                          // SenseInfoLength
+  record[8] = 1;                           // DataIn: SCSI_IOCTL_DATA_IN
+  PutNumber32(&record[12], kDataLength);   // DataTransferLength
+  PutNumber32(&record[16], 2);             // TimeOutValue, seconds
+  PutNumber32(&record[20], kDataOffset);   // DataBufferOffset
+  PutNumber32(&record[24], kSenseOffset);  // SenseInfoOffset
+  record[28] = operation;                  // Cdb
   record[29] = 0x08;
   record[32] = kDataLength;
   return record;

@@ -75,3 +75,7 @@ std::uint32_t Number32(const std::uint8_t* bytes) {
   for (std::size_t i = 4; i-- > 0;) number = number << 8 | bytes[i];
   return number;
 }
+
+void PutNumber32(std::uint8_t* bytes, std::uint32_t number) {
+  for (int i = 0; i < 4; ++i) bytes[i] = static_cast<std::uint8_t>(number >> (8 * i));
+}

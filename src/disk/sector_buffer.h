@@ -70,5 +70,6 @@ bool IsSoundSavedTable();
 // Judged by SectorFlags and SectorBuffer: entries 1 and 2 may be exchanged.
 bool EntriesMayBeSwapped();
 
-// The number in 4 bytes, lowest first.
+// The number in 4 bytes, lowest first, and the bytes of a number.
 std::uint32_t Number32(const std::uint8_t* bytes);
+void PutNumber32(std::uint8_t* bytes, std::uint32_t number);

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "disk/drive_discovery.h"
-#include "disk/file_probe.h"
 #include "disk/sector_buffer.h"
+#include "imagefiles/image_name.h"
 #include "platform/platform.h"
 #include "report/events.h"
 #include "report/log.h"
@@ -34,34 +34,12 @@ bool IsFolder(const std::string& path, bool ifUnknown) {
   return (attributes & kAttributeDirectory) != 0;
 }
 
-std::string CompanionText(const std::string& path, const std::string& stem) {
-  if (stem.empty()) return "";
-  const std::string found = FindCompanionElsewhere(path.substr(0, 2), path.substr(2), stem);
-  if (!found.empty()) return found;
-  return FileIsThere(path + stem) ? stem : "";
-}
-
-std::string FourthText(const std::string& path, const std::string& fourthName) {
-  if (fourthName.empty()) return "";
-  const std::string drive = path.substr(0, 2);
-  const std::string inImageFolder = "\\_ISO\\" + fourthName;
-  const std::string found = FindOnOtherVolume(drive, inImageFolder);
-  if (!found.empty()) return found;
-  if (FileIsThere(vol2 + inImageFolder)) return vol2 + inImageFolder;
-  if (FileIsThere(path + fourthName)) return fourthName;
-  if (FileIsThere(drive + inImageFolder)) return inImageFolder;
-  return "";
-}
-
-std::string ImageLine(const std::string& path, const std::string& name) {
-  const std::size_t dot = name.rfind('.');
-  const std::string stem = name.substr(0, dot == std::string::npos ? 0 : dot);
-  const std::string companion = CompanionText(path, stem);
+std::string ImageLine(const std::string& path, const std::string& bareName) {
+  const ImageName name = ParseImageName(path + bareName);
+  const std::string companion = FirstFileAt(CompanionPlaces(name)).shown;
   GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
-  const std::size_t x4 =
-      dot == std::string::npos ? std::string::npos : FindIgnoringCase(name, "X4", dot);
-  const std::string fourth = x4 == std::string::npos ? "" : FourthText(path, name.substr(x4 + 2));
-  std::string line = path + name;
+  const std::string fourth = FirstFileAt(FourthPlaces(name, true)).shown;
+  std::string line = path + bareName;
   if (!companion.empty()) line.append(kCompanionMark).append(companion);
   if (!fourth.empty()) line.append(kFourthMark).append(fourth);
   return line;
@@ -121,23 +99,6 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
     FindFilesAPI(folder, SearchStr, FileCount, DirCount);
   }
   Sys.toolkit->MousePointer(Pointer::Default);
-}
-
-std::string FindOnOtherVolume(const std::string& drive, const std::string& behindVolume) {
-  for (const std::string& volume : {vol1, vol2, vol3, vol4}) {
-    if (volume.empty() || volume == drive) continue;
-    if (FileIsThere(volume + behindVolume)) return volume + behindVolume;
-  }
-  return "";
-}
-
-std::string FindCompanionElsewhere(const std::string& drive, const std::string& folder,
-                                   const std::string& base) {
-  for (const std::string& series : {folder, std::string("\\_ISO\\"), std::string("\\")}) {
-    const std::string found = FindOnOtherVolume(drive, series + base);
-    if (!found.empty()) return found;
-  }
-  return "";
 }
 
 std::string SelectedImage() {

@@ -16,12 +16,3 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
 // writes its line to the log.
 std::string SelectedImage();
 std::string GetList1();
-
-// The first of vol1 to vol4, other than drive (a letter and a colon), on which the path behind the
-// volume is a file: that file's full path, or empty.
-std::string FindOnOtherVolume(const std::string& drive, const std::string& behindVolume);
-
-// The companion of an image on another volume than drive: in the same folder (which begins and ends
-// with a backslash), else in \_ISO\, else at the root. Its full path, or empty.
-std::string FindCompanionElsewhere(const std::string& drive, const std::string& folder,
-                                   const std::string& base);

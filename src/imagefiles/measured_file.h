@@ -1,7 +1,7 @@
 // The file measured last: where it lies on the physical disk and how long it is.
 #pragma once
 
-#include <array>
+#include <cstdint>
 #include <string>
 
 #include "text/exact_integer.h"
@@ -17,11 +17,11 @@ struct MeasuredFile {
   std::string GFE_Command;  // the tool's whole command line
   std::string GFE_Text;     // everything that the tool printed, or empty
   std::string GFE_File;     // the file that the tool's output is sent to; set by start-up
-
-  // FStart and FLength as bytes for a table entry, lowest first: one or two hexadecimal digits
-  // each (Get_start_length_bytes).
-  std::array<std::string, 4> StartBytes;
-  std::array<std::string, 4> LengthBytes;
 };
 
 extern MeasuredFile Measured;
+
+// Sectors of the disk that follow one another, as a table entry holds them.
+struct SectorRun {
+  std::uint32_t first = 0, count = 0;
+};

@@ -7,6 +7,7 @@
 #include "imagefiles/child_process.h"
 #include "imagefiles/file_compare.h"
 #include "imagefiles/file_order.h"
+#include "imagefiles/image_name.h"
 #include "platform/platform.h"
 #include "report/message_box.h"
 #include "report/routine.h"
@@ -86,11 +87,8 @@ bool MovingFile::IsTemporary(const std::string& bareName) const {
 }
 
 bool MovingFile::WouldTakeANameOf(const std::string& imageFile) const {
-  const std::string image = BareName(imageFile);
-  const std::size_t dot = std::min(image.rfind('.'), image.size());
-  const std::size_t x4 = FindIgnoringCase(image, "X4", dot);
-  const std::string fourth = x4 == std::string::npos ? "" : image.substr(x4 + 2);
-  return IsTemporary(image) || IsTemporary(image.substr(0, dot)) || IsTemporary(fourth);
+  const ImageName name = ParseImageName(imageFile);
+  return IsTemporary(BareName(imageFile)) || IsTemporary(name.base) || IsTemporary(name.fourthName);
 }
 
 std::vector<std::string> MovingFile::AsidesThere() const {

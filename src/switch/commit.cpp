@@ -26,12 +26,13 @@ constexpr FormatTexts kFormats3{" (FAT32 )", " (NTFS)  "};
 constexpr FormatTexts kFormats4{" (FAT32)", " (NTFS) "};
 
 std::string BuiltEntry(const char* name, std::uint64_t type, const FormatTexts& formats,
-                       const std::string& start, const std::string& file) {
+                       const SectorRun& run, const std::string& file) {
   std::string format;
   if (type == kTypeFat32) format = formats.fat32;
   if (type == kTypeNtfs) format = formats.ntfs;
   return std::string(name) + ": Type=" + HexPadded(static_cast<double>(type), 2) + format +
-         " Start=" + HexToDec(start).ToDecimal() + " (0x" + start + ") \r\n" + file + kLineEnd;
+         " Start=" + Decimal(run.first) + " (0x" + HexDigits(run.first) + ") \r\n" + file +
+         kLineEnd;
 }
 
 std::string OtherEntry(const char* name, const std::string& text) {
@@ -41,7 +42,7 @@ std::string OtherEntry(const char* name, const std::string& text) {
 // Between the proof of the image's place and the answer another file may have come to lie there. A
 // sector that can't be read now is reported by the work on the boot record.
 bool BootRecordIsStill(const SwitchRun& run) {
-  const auto number = static_cast<std::int64_t>(HexPrefixValue(run.Start1));
+  const std::int64_t number = run.Run1.first;
   const std::optional<Sector> now = ReadSectorApart(Picked_Drive_no, number);
   if (!now || *now == run.BootRecord) return true;
   return RefuseChangedDrive("Sector " + Decimal(number) + " of " + DriveText(Picked_Drive_no) +
@@ -52,7 +53,7 @@ bool BootRecordIsStill(const SwitchRun& run) {
 void PatchBootRecord(SwitchRun& run) {
   Sector SavedSector;
   std::copy_n(SectorBuffer.begin(), kSectorSize, SavedSector.begin());
-  Measured.FStart = run.Start1;
+  Measured.FStart = HexDigits(run.Run1.first);
   Adjust_Hidden(run.ImageFile, run.PTYPE1);
   std::copy(SavedSector.begin(), SavedSector.end(), SectorBuffer.begin());
 }
@@ -60,15 +61,15 @@ void PatchBootRecord(SwitchRun& run) {
 }  // namespace
 
 std::string TableReport(const SwitchRun& run) {
-  std::string report = BuiltEntry("PTN1", run.PTYPE1, kFormats1, run.Start1, run.ImageFile);
+  std::string report = BuiltEntry("PTN1", run.PTYPE1, kFormats1, run.Run1, run.ImageFile);
   report += kLineEnd + OtherEntry("PTN2", run.Ptn2Text) + kLineEnd;
   report += run.CompanionName.empty()
                 ? OtherEntry("PTN3", run.Ptn3Text)
-                : BuiltEntry("PTN3", run.PTYPE3, kFormats3, run.Start3, run.CompanionFile);
+                : BuiltEntry("PTN3", run.PTYPE3, kFormats3, run.Run3, run.CompanionFile);
   report += kLineEnd;
   report += run.FourthFile.empty()
                 ? OtherEntry("PTN4", run.Ptn4Text)
-                : BuiltEntry("PTN4", run.PTYPE4, kFormats4, run.Start4, run.FourthFile);
+                : BuiltEntry("PTN4", run.PTYPE4, kFormats4, run.Run4, run.FourthFile);
   return report;
 }
 

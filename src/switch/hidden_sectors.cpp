@@ -39,8 +39,8 @@ bool WriteBootRecord(std::int64_t sector) {
 void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE) {
   const std::string type = std::to_string(PTYPE);
   WriteLog("Adjust_Hidden: FTSTART=" + Measured.FStart + " " + MyFile + " PTYPE=" + type);
-  const auto SecNo = static_cast<std::int64_t>(HexPrefixValue(Measured.FStart));
-  Get_start_length_bytes();
+  const std::uint32_t first = Get_start_length_bytes().first;
+  const std::int64_t SecNo = first;
   if (!Open_Physical_Disk_hDrive(Physical_Drive_no)) {
     ShowFailure("DISK " + Decimal(Physical_Drive_no) + " OPEN ERROR");
     return;
@@ -53,10 +53,7 @@ void Adjust_Hidden(const std::string& MyFile, std::uint64_t PTYPE) {
     ShowFailure("UNKNOWN PARTITION TYPE " + type);
     return;
   }
-  for (std::size_t i = 0; i < 4; ++i) {
-    SectorBuffer[kHiddenSectors + i] =
-        static_cast<std::uint8_t>(HexPrefixValue(Measured.StartBytes[i]));
-  }
+  PutNumber32(&SectorBuffer[kHiddenSectors], first);
   if (!WriteBootRecord(SecNo)) {
     MsgBox({.title = "Error Adjusting Hidden Sectors in PBR",
             .text = "WRITE ERROR TO SECTOR " + Decimal(SecNo),

@@ -26,27 +26,6 @@ bool StopInvalid(const std::string& file) {
       "ERROR: File " + file + " is too small, not accessible/contiguous or not an NTFS drive!");
 }
 
-// Position from 1 of a search result, 0 for none.
-std::size_t Position(std::size_t found) {
-  return found == std::string::npos ? 0 : found + 1;
-}
-
-void FindCompanion(SwitchRun& run) {
-  if (!run.ImageBase.empty()) {
-    run.CompanionFile = FindCompanionElsewhere(run.ImageDrive, run.ImageFolder, run.ImageBase);
-  }
-  if (run.CompanionFile.empty() && FileIsThere(run.ImageStem)) run.CompanionFile = run.ImageStem;
-  if (!run.CompanionFile.empty()) run.CompanionName = ProbeFile(run.CompanionFile);
-}
-
-void FindFourth(SwitchRun& run) {
-  const std::string inImageFolder = "\\_ISO\\" + run.FourthName;
-  run.FourthFile = FindOnOtherVolume(run.ImageDrive, inImageFolder);
-  for (const std::string& path : {run.ImageDir + run.FourthName, run.ImageDrive + inImageFolder}) {
-    if (run.FourthFile.empty() && FileIsThere(path)) run.FourthFile = path;
-  }
-}
-
 // Asked: the question was put, and the run goes on, repaired or not.
 enum class Order { Right, Asked, Stopped };
 
@@ -112,22 +91,6 @@ bool TakeFourth(SwitchRun& run) {
   return LiesWithin2TB(run.FourthFile, Measured.FStart);
 }
 
-// The parts of ImageFile, but for FourthName and the X4 mark.
-void TakeNameApart(SwitchRun& run) {
-  const std::string& file = run.ImageFile;
-  run.ImageDrive = file.substr(0, 2);
-  run.ExtPos = Position(file.rfind('.'));
-  const std::size_t ext = run.ExtPos == 0 ? file.size() : run.ExtPos - 1;
-  const std::size_t name = file.rfind('\\') == std::string::npos ? 0 : file.rfind('\\') + 1;
-  run.ImageStem = file.substr(0, ext);
-  run.ImageBase = ext > name ? file.substr(name, ext - name) : "";
-  run.ImageDir = file.substr(0, name);
-  run.ImageFolder = run.ImageDir.size() > 2 ? run.ImageDir.substr(2) : "";
-  run.ImageExt = UpperCase(file.substr(ext));
-  run.Mark23Pos = Position(file.find("23", ext));
-  run.FStart2.clear();
-}
-
 }  // namespace
 
 bool SelectFiles(SwitchRun& run) {
@@ -135,18 +98,13 @@ bool SelectFiles(SwitchRun& run) {
   run.ImageFile = GetList1();
   if (!MeasureImage(run)) return false;
   Mark(run, 400);
-  TakeNameApart(run);
-  FindCompanion(run);
+  run.Image = ParseImageName(run.ImageFile);
+  run.CompanionFile = FirstFileAt(CompanionPlaces(run.Image)).path;
+  if (!run.CompanionFile.empty()) run.CompanionName = ProbeFile(run.CompanionFile);
   Mark(run, 410);
   if (!run.CompanionName.empty() && !TakeCompanion(run)) return false;
   Mark(run, 500);
-  if (run.ExtPos != 0) {
-    run.MarkX4Pos = Position(FindIgnoringCase(run.ImageFile, "X4", run.ExtPos - 1));
-  }
   GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
-  if (run.MarkX4Pos == 0) return true;
-  run.FourthName = run.ImageFile.substr(run.MarkX4Pos + 1);
-  if (run.FourthName.empty()) return true;
-  FindFourth(run);
+  run.FourthFile = FirstFileAt(FourthPlaces(run.Image, false)).path;
   return run.FourthFile.empty() || TakeFourth(run);
 }

@@ -24,29 +24,25 @@ void ClearEntry(std::size_t entry) {
               std::uint8_t{0});
 }
 
-bool IsPlainName(const SwitchRun& run) {
-  return run.ImageExt == ".VOLPAK" || run.ImageExt == ".VOLPAKAUTO";
-}
-
 // Which of entries 2 and 3 stay, and how the report calls them.
 void KeepOrClearMiddleEntries(SwitchRun& run) {
   run.Ptn4Text = "-";
   run.Ptn2Text = "(keep)";
   run.Ptn3Text = "(keep)";
-  if (run.Mark23Pos != 0) return;
+  if (run.Image.keeps23) return;
   run.Ptn3Text = "-";
   ClearEntry(kEntry3);
   if (run.FourthFile.empty() && run.CompanionName.empty() && SectorFlags.Ptn2Is21 &&
-      IsPlainName(run)) {
+      run.Image.isPlain) {
     run.Ptn2Text = "keep (small ptn 0x21)";
-  } else if (!run.FourthFile.empty() || !Contains(run.ImageExt, "2")) {
+  } else if (!run.FourthFile.empty() || !run.Image.keeps2) {
     ClearEntry(kEntry2);
     run.Ptn2Text = "-";
   }
 }
 
 struct NewEntry {
-  std::string start;   // FStart
+  SectorRun run;
   std::uint64_t type;  // as found or answered
   Sector firstSector;  // of the file, on the disk
 };
@@ -60,25 +56,14 @@ std::optional<NewEntry> BuildEntry(std::size_t entry, const std::string& file,
   GetFileStart(file);
   if (!StartIsAtLeast(kSmallest) || !LengthIsAtLeast(1)) return std::nullopt;
   if (!LiesWithin2TB(file, Measured.FStart) || !IsShorterThan2TB(file)) return std::nullopt;
-  Get_start_length_bytes();
+  const SectorRun run = Get_start_length_bytes();
   FirstBytes first;
   std::uint64_t type = Get_Format_Type(file, first);
-  const std::optional<Sector> sector = ProvePlace(file, first);
+  const std::optional<Sector> sector = ProvePlace(file, run, first);
   if (!sector) return std::nullopt;
   if (type == 0) type = Ask_User_What_Type(type, position);
-  Patch_PTN_Table(entry, Measured.StartBytes, Measured.LengthBytes, type);
-  return NewEntry{Measured.FStart, type, *sector};
-}
-
-// A text of hexadecimal digits as bytes, lowest first, two digits each.
-void SplitIntoBytes(std::string text, std::array<std::string, 4>& bytes) {
-  bytes.fill("00");
-  for (std::string& byte : bytes) {
-    if (text.empty()) return;
-    const std::size_t cut = text.size() > 2 ? text.size() - 2 : 0;
-    byte = text.substr(cut);
-    text.resize(cut);
-  }
+  Patch_PTN_Table(entry, run, type);
+  return NewEntry{run, type, *sector};
 }
 
 }  // namespace
@@ -93,20 +78,20 @@ bool ComposeTable(SwitchRun& run) {
   Mark(run, 630);
   const std::optional<NewEntry> first = BuildEntry(kEntry1, run.ImageFile, "1st");
   if (!first) return false;
-  run.Start1 = first->start;
+  run.Run1 = first->run;
   run.PTYPE1 = first->type;
   run.BootRecord = first->firstSector;
   if (!run.CompanionName.empty()) {
     const std::optional<NewEntry> third = BuildEntry(kEntry3, run.CompanionFile, "2nd");
     if (!third) return false;
-    run.Start3 = third->start;
+    run.Run3 = third->run;
     run.PTYPE3 = third->type;
   }
   Mark(run, 640);
   if (!run.FourthFile.empty()) {
     const std::optional<NewEntry> fourth = BuildEntry(kEntry4, run.FourthFile, "4th");
     if (!fourth) return false;
-    run.Start4 = fourth->start;
+    run.Run4 = fourth->run;
     run.PTYPE4 = fourth->type;
   }
   Mark(run, 650);
@@ -153,14 +138,13 @@ std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos) {
   return type;
 }
 
-void Get_start_length_bytes() {
+SectorRun Get_start_length_bytes() {
   WriteLog("Get_start_length_bytes started");
-  SplitIntoBytes(Measured.FStart, Measured.StartBytes);
-  SplitIntoBytes(Measured.FLength, Measured.LengthBytes);
+  return {static_cast<std::uint32_t>(HexPrefixValue(Measured.FStart)),
+          static_cast<std::uint32_t>(HexPrefixValue(Measured.FLength))};
 }
 
-void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& StartBytes,
-                     const std::array<std::string, 4>& LengthBytes, std::uint64_t PType) {
+void Patch_PTN_Table(std::size_t EntryOffset, const SectorRun& run, std::uint64_t PType) {
   WriteLog("Patch_PTN_Table");
   std::uint8_t* entry = SectorBuffer.data() + EntryOffset;
   entry[0] = EntryOffset == kEntry1 ? 0x80 : 0x00;
@@ -171,10 +155,8 @@ void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& 
     entry[chs + 2] = 0xFF;
   }
   if (PType <= 0xFF) entry[kEntryType] = static_cast<std::uint8_t>(PType);
-  for (std::size_t i = 0; i < 4; ++i) {
-    entry[kEntryStart + i] = static_cast<std::uint8_t>(HexPrefixValue(StartBytes[i]));
-    entry[kEntryStart + 4 + i] = static_cast<std::uint8_t>(HexPrefixValue(LengthBytes[i]));
-  }
+  PutNumber32(entry + kEntryStart, run.first);
+  PutNumber32(entry + kEntryStart + 4, run.count);
 }
 
 void Show_Ptns() {

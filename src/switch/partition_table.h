@@ -2,7 +2,6 @@
 // bytes but the table and the disk signature stay as they are on the drive.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 
@@ -25,12 +24,11 @@ std::uint8_t Get_Format_Type(const std::string& fname);
 // Cancel and for anything that isn't a number. May be above 0xFF.
 std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos);
 
-// Fills StartBytes and LengthBytes of Measured from FStart and FLength.
-void Get_start_length_bytes();
+// FStart and FLength of Measured as numbers. Both must have passed file_limits.h.
+SectorRun Get_start_length_bytes();
 
-// Writes one built entry into SectorBuffer at EntryOffset. The four texts are hexadecimal bytes,
-// lowest first. A PType above 0xFF leaves the type byte as it is.
-void Patch_PTN_Table(std::size_t EntryOffset, const std::array<std::string, 4>& StartBytes,
-                     const std::array<std::string, 4>& LengthBytes, std::uint64_t PType);
+// Writes one built entry into SectorBuffer at EntryOffset. A PType above 0xFF leaves the type byte
+// as it is.
+void Patch_PTN_Table(std::size_t EntryOffset, const SectorRun& run, std::uint64_t PType);
 
 void Show_Ptns();

@@ -4,7 +4,6 @@
 
 #include "disk/picked_drive.h"
 #include "disk/raw_sector_io.h"
-#include "imagefiles/measured_file.h"
 #include "report/message_box.h"
 #include "switch/hidden_sectors.h"
 #include "text/text.h"
@@ -34,10 +33,10 @@ bool BeginsWith(Sector sector, const FirstBytes& first) {
 
 }  // namespace
 
-std::optional<Sector> ProvePlace(const std::string& file, const FirstBytes& first) {
-  const std::uint64_t start = HexPrefixValue(Measured.FStart);
-  const std::uint64_t end = start + HexPrefixValue(Measured.FLength);
-  const auto number = static_cast<std::int64_t>(start);
+std::optional<Sector> ProvePlace(const std::string& file, const SectorRun& run,
+                                 const FirstBytes& first) {
+  const std::int64_t number = run.first;
+  const std::uint64_t end = std::uint64_t{run.first} + run.count;
   if (number < kFirstFreeSector) {
     return Refuse("File " + file + " starts at sector " + Decimal(number) +
                   ". Sectors 0 to 60 are for the boot code and the saved tables.");

@@ -9,9 +9,11 @@
 #include <string>
 
 #include "disk/sector_buffer.h"
+#include "imagefiles/image_name.h"
+#include "imagefiles/measured_file.h"
 #include "report/routine.h"
 
-// Working state of one run. Positions in ImageFile count from 1; 0 means not there.
+// Working state of one run.
 struct SwitchRun {
   Routine me{ReportLayout::MainWindow, "List1_DblClick()"};
 
@@ -25,28 +27,17 @@ struct SwitchRun {
 
   // The three files, full paths; empty where a role isn't filled.
   std::string ImageFile;      // table entry 1
+  ImageName Image;            // its parts and marks
   std::string CompanionFile;  // table entry 3
   std::string FourthFile;     // table entry 4
   std::string CompanionName;  // bare name; empty: no companion
-  std::string FourthName;     // the text behind "X4"
   std::string FStart1;        // FStart of the image
   std::string FStart2;        // FStart of the companion, or empty
 
-  // Parts of ImageFile.
-  std::string ImageDrive;   // first two characters
-  std::size_t ExtPos = 0;   // of the last "."
-  std::string ImageStem;    // before ExtPos
-  std::string ImageBase;    // between the last backslash and the last "."
-  std::string ImageDir;     // up to and including the last backslash
-  std::string ImageFolder;  // ImageDir without its first two characters
-  std::string ImageExt;     // from ExtPos on, upper case
-  std::size_t Mark23Pos = 0;
-  std::size_t MarkX4Pos = 0;
-
   // The new table.
   std::uint64_t PTYPE1 = 0, PTYPE3 = 0, PTYPE4 = 0;
-  std::string Start1, Start3, Start4;        // FStart as measured for entries 1, 3, 4
-  Sector BootRecord{};                       // the sector at Start1 when entry 1 was built
+  SectorRun Run1, Run3, Run4;                // where the files of entries 1, 3 and 4 lie
+  Sector BootRecord{};                       // the first sector of Run1 when entry 1 was built
   std::string Ptn2Text, Ptn3Text, Ptn4Text;  // how the report calls an entry that isn't built
 };
 

@@ -1,11 +1,13 @@
 // What only parses, so that it runs often: any sector's verdicts; any boot sector and run list of
-// the extents tool. 512 bytes of sector, 8 of file length, then the run list.
+// the extents tool; any name of an image. 512 bytes of sector, 8 of file length, then the run list;
+// the name is the whole input.
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "disk/sector_buffer.h"
 #include "helper/runs.h"
+#include "imagefiles/image_name.h"
 #include "tests/fuzz/fuzz.h"
 
 namespace {
@@ -21,9 +23,19 @@ void JudgeSector(const std::uint8_t* sector) {
           "an entry in an empty table");
 }
 
+void TakeNameApart(const std::string& path) {
+  const ImageName name = ParseImageName(path);
+  Require(
+      !path.substr(0, 3).ends_with(":\\") || path.starts_with(name.drive + name.folder + name.base),
+      "the parts aren't those of the path");
+  Require(path.ends_with(name.fourthName), "a fourth name from nowhere");
+  Require(name.keeps2 || !name.keeps23, "entry 3 without entry 2");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  TakeNameApart({reinterpret_cast<const char*>(data), size});
   std::array<std::uint8_t, 520> head{};
   if (size > 0) std::memcpy(head.data(), data, std::min(size, head.size()));
   JudgeSector(head.data());

@@ -1,0 +1,43 @@
+// What the name of an image file says, and where the files lie that belong to it.
+//
+// The extension is the text from the last dot on. Marks in it, looked for anywhere behind the dot,
+// also in the fourth file's name:
+//   "2"        table entry 2 is kept
+//   "23"       table entries 2 and 3 are kept
+//   "X4" name  (x4 too) that file becomes table entry 4
+// The companion, table entry 3, has the image's base name and no extension.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct ImageName {
+  std::string drive;       // letter and colon
+  std::string folder;      // without the drive; begins and ends with a backslash
+  std::string base;        // between the folder and the last dot; empty: there is no dot
+  std::string extension;   // from the last dot on, upper case
+  bool isPlain = false;    // exactly .volPAK or .volPAKauto
+  bool keeps2 = false;     // table entry 2
+  bool keeps23 = false;    // table entries 2 and 3
+  std::string fourthName;  // bare name; empty: none
+};
+
+// path is the image's full path.
+ImageName ParseImageName(const std::string& path);
+
+// One place to look for a file: its full path, and how a row of List1 names it.
+struct Place {
+  std::string path, shown;
+};
+
+// In the order in which they are looked at: the same folder, \_ISO and the root of the drive's
+// other volumes (vol1 to vol4), then the image's own folder. None without a base name.
+std::vector<Place> CompanionPlaces(const ImageName& name);
+
+// \_ISO of the other volumes, the image's own folder, \_ISO of its volume. None without a fourth
+// name. A row of List1 looks into \_ISO of vol2 before the image's own folder also where vol2 is
+// the image's volume.
+std::vector<Place> FourthPlaces(const ImageName& name, bool forRow);
+
+// The first place where a file stands; of empty texts where there is none.
+Place FirstFileAt(const std::vector<Place>& places);
