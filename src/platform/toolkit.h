@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "platform/box.h"
@@ -59,13 +60,6 @@ struct ControlDesign {
   bool bold = false, italic = false, underlined = false;
 };
 
-struct FormDesign {
-  const char* className;  // by which another instance finds the window
-  const char* caption;
-  int clientWidth, clientHeight;  // twips
-  const ControlDesign* controls;  // kControlCount of them, in tab order
-};
-
 // What a person can do to the window. Each value is the name of its event routine.
 enum class UserEvent : std::uint8_t {
   Form_Load,
@@ -83,6 +77,28 @@ enum class UserEvent : std::uint8_t {
   Label1_DblClick,
   Chk_ISO_Click,
   cmd_rebootPE_Click,
+};
+constexpr std::size_t kUserEventCount = 15;
+
+enum class Gesture : std::uint8_t {
+  Click,  // also the key that stands for it
+  DoubleClick,
+  Select  // of another row
+};
+
+// Of a control, the one gesture that is an event.
+struct ControlEvent {
+  Control control;
+  Gesture gesture;
+  UserEvent event;
+};
+
+struct FormDesign {
+  const char* className;  // by which another instance finds the window
+  const char* caption;
+  int clientWidth, clientHeight;  // twips
+  const ControlDesign* controls;  // kControlCount of them, in tab order
+  std::span<const ControlEvent> events;
 };
 
 enum class Pointer : std::uint8_t { Default, Hourglass };

@@ -11,12 +11,8 @@
 #include "report/message_box.h"
 #include "report/product.h"
 #include "report/routine.h"
-#include "restore/partition_restore.h"
-#include "restore/partition_swap.h"
-#include "shell/drive_panel.h"
 #include "shell/log_writer.h"
-#include "shell/startup.h"
-#include "switch/switch_run.h"
+#include "shell/window_events.h"
 
 float FormHeight = 0;
 float FormWidth = 0;
@@ -26,54 +22,13 @@ namespace {
 bool ActionRuns = false;
 std::optional<UserEvent> PendingEnd;  // a close or Exit that arrived during an action
 
-struct EventRoutine {
-  const char* name;
-  void (*run)();
-};
-
-EventRoutine RoutineOf(UserEvent event) {
-  switch (event) {
-    case UserEvent::Form_Load:
-      return {"Form_Load", Form_Load};
-    case UserEvent::Form_QueryUnload:
-      return {"Form_QueryUnload", Form_QueryUnload};
-    case UserEvent::Form_Resize:
-      return {"Form_Resize", Form_Resize};
-    case UserEvent::Combo1_Click:
-      return {"Combo1_Click", Combo1_Click};
-    case UserEvent::chkShowAll_Click:
-      return {"chkShowAll_Click", chkShowAll_Click};
-    case UserEvent::cmdRefreshDrive_Click:
-      return {"cmdRefreshDrive_Click", cmdRefreshDrive_Click};
-    case UserEvent::cmdRestoreTSD_Click:
-      return {"cmdRestoreTSD_Click", cmdRestoreTSD_Click};
-    case UserEvent::cmdSwitchPtns_Click:
-      return {"cmdSwitchPtns_Click", cmdSwitchPtns_Click};
-    case UserEvent::cmdHelp_Click:
-      return {"cmdHelp_Click", cmdHelp_Click};
-    case UserEvent::cmdExit_Click:
-      return {"cmdExit_Click", cmdExit_Click};
-    case UserEvent::Label2_Click:
-      return {"Label2_Click", Label2_Click};
-    case UserEvent::List1_DblClick:
-      return {"List1_DblClick()", List1_DblClick};
-    case UserEvent::Label1_DblClick:
-      return {"Label1_DblClick", Label1_DblClick};
-    case UserEvent::Chk_ISO_Click:
-      return {"Chk_ISO_Click", Chk_ISO_Click};
-    case UserEvent::cmd_rebootPE_Click:
-      return {"cmd_rebootPE_Click", cmd_rebootPE_Click};
-  }
-  return {"", nullptr};
-}
-
 bool EndsProgram(UserEvent event) {
   return event == UserEvent::cmdExit_Click || event == UserEvent::Form_QueryUnload;
 }
 
 // What reaches the top of an event routine is reported like any other failure.
 void RunRoutine(UserEvent event) {
-  const EventRoutine routine = RoutineOf(event);
+  const EventRoutine& routine = RoutineOf(event);
   const Routine me(ReportLayout::MainWindow, routine.name);
   try {
     routine.run();

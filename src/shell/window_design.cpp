@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "report/product.h"
+#include "shell/window_events.h"
 
 namespace {
 
@@ -172,13 +173,29 @@ constexpr bool IsSound() {
 static_assert(IsSound(),
               "each control once, in tab order, inside the window, with something to call it by");
 
+constexpr bool EventsFit() {
+  if (kControlRows.size() + kFormRows.size() != kUserEventCount) return false;
+  for (std::size_t i = 0; i < kUserEventCount; ++i) {
+    const auto event = static_cast<UserEvent>(i);
+    if (RoutineOf(event).event != event) return false;
+  }
+  return std::all_of(kControls.begin(), kControls.end(), [](const ControlDesign& control) {
+    return std::count_if(kControlRows.begin(), kControlRows.end(), [&](const ControlRow& row) {
+             return row.control == control.id;
+           }) == (control.visible ? 1 : 0);
+  });
+}
+static_assert(EventsFit(),
+              "each event has a routine, and each control that can be worked an event");
+
 }  // namespace
 
 constexpr FormDesign kFormDesign{.className = "Rotate_TSD_Form",
                                  .caption = PRODUCT_TITLE,
                                  .clientWidth = kClientWidth,
                                  .clientHeight = kClientHeight,
-                                 .controls = kControls.data()};
+                                 .controls = kControls.data(),
+                                 .events = kControlEvents};
 
 const ControlDesign& DesignOf(Control control) {
   return kControls[static_cast<std::size_t>(control)];

@@ -136,6 +136,7 @@ class VirtualToolkit : public Toolkit {
   bool SelectRow(Control list, const std::string& start);
   bool DoClick(Control control);
   void Raise(UserEvent event);
+  bool Make(Control control, Gesture gesture);  // false: it is no event
 
   Journal& journal_;
   void (*handler_)(UserEvent) = nullptr;

@@ -27,29 +27,18 @@ UserAction CloseWindow() {
   return {.kind = UserAction::Kind::Close};
 }
 
-namespace {
-
-struct ClickEvent {
-  Control control;
-  UserEvent event;
-};
-
-constexpr ClickEvent kClickEvents[] = {
-    {Control::chkShowAll, UserEvent::chkShowAll_Click},
-    {Control::cmdRefreshDrive, UserEvent::cmdRefreshDrive_Click},
-    {Control::cmdRestoreTSD, UserEvent::cmdRestoreTSD_Click},
-    {Control::cmdSwitchPtns, UserEvent::cmdSwitchPtns_Click},
-    {Control::cmdHelp, UserEvent::cmdHelp_Click},
-    {Control::cmdExit, UserEvent::cmdExit_Click},
-    {Control::Label2, UserEvent::Label2_Click},
-    {Control::Chk_ISO, UserEvent::Chk_ISO_Click},
-    {Control::cmd_rebootPE, UserEvent::cmd_rebootPE_Click},
-};
-
-}  // namespace
-
 void VirtualToolkit::Raise(UserEvent event) {
   if (handler_ != nullptr) handler_(event);
+}
+
+bool VirtualToolkit::Make(Control control, Gesture gesture) {
+  const auto known =
+      std::find_if(design->events.begin(), design->events.end(), [&](const ControlEvent& event) {
+        return event.control == control && event.gesture == gesture;
+      });
+  if (known == design->events.end()) return false;
+  Raise(known->event);
+  return true;
 }
 
 bool VirtualToolkit::CanBeWorked(Control control) {
@@ -68,15 +57,10 @@ bool VirtualToolkit::SelectRow(Control list, const std::string& start) {
 
 bool VirtualToolkit::DoClick(Control control) {
   if (!CanBeWorked(control)) return false;
-  for (const ClickEvent& click : kClickEvents) {
-    if (click.control != control) continue;
-    if (control == Control::chkShowAll || control == Control::Chk_ISO) {
-      At(control).ticked = !At(control).ticked;
-    }
-    Raise(click.event);
-    return true;
+  if (control == Control::chkShowAll || control == Control::Chk_ISO) {
+    At(control).ticked = !At(control).ticked;
   }
-  return false;
+  return Make(control, Gesture::Click);
 }
 
 bool VirtualToolkit::Do(const UserAction& action) {
@@ -85,17 +69,14 @@ bool VirtualToolkit::Do(const UserAction& action) {
     case UserAction::Kind::Click:
       return DoClick(action.control);
     case UserAction::Kind::DoubleClick:
-      if (action.control != Control::Label1) return false;
-      Raise(UserEvent::Label1_DblClick);
-      return true;
+      return Make(action.control, Gesture::DoubleClick);
     case UserAction::Kind::PickRow:
       if (!CanBeWorked(action.control) || !SelectRow(action.control, action.row)) return false;
-      if (action.control == Control::Combo1) Raise(UserEvent::Combo1_Click);
+      Make(action.control, Gesture::Select);
       return true;
     case UserAction::Kind::OpenRow:
       if (!CanBeWorked(Control::List1) || !SelectRow(Control::List1, action.row)) return false;
-      Raise(UserEvent::List1_DblClick);
-      return true;
+      return Make(Control::List1, Gesture::DoubleClick);
     case UserAction::Kind::Resize:
       height = action.height;
       width = action.width;

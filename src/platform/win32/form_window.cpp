@@ -15,27 +15,12 @@ HICON ProgramIcon(int widthMetric, int heightMetric) {
                    ::GetSystemMetrics(widthMetric), ::GetSystemMetrics(heightMetric), LR_SHARED));
 }
 
-// What of a control is an event, and which.
-struct Notification {
-  Control control;
-  WORD code;
-  UserEvent event;
-};
-
-constexpr Notification kNotifications[] = {
-    {Control::Combo1, CBN_SELCHANGE, UserEvent::Combo1_Click},
-    {Control::chkShowAll, BN_CLICKED, UserEvent::chkShowAll_Click},
-    {Control::cmdRefreshDrive, BN_CLICKED, UserEvent::cmdRefreshDrive_Click},
-    {Control::cmdRestoreTSD, BN_CLICKED, UserEvent::cmdRestoreTSD_Click},
-    {Control::cmdSwitchPtns, BN_CLICKED, UserEvent::cmdSwitchPtns_Click},
-    {Control::cmdHelp, BN_CLICKED, UserEvent::cmdHelp_Click},
-    {Control::cmdExit, BN_CLICKED, UserEvent::cmdExit_Click},
-    {Control::Label2, STN_CLICKED, UserEvent::Label2_Click},
-    {Control::List1, LBN_DBLCLK, UserEvent::List1_DblClick},
-    {Control::Label1, STN_DBLCLK, UserEvent::Label1_DblClick},
-    {Control::Chk_ISO, BN_CLICKED, UserEvent::Chk_ISO_Click},
-    {Control::cmd_rebootPE, BN_CLICKED, UserEvent::cmd_rebootPE_Click},
-};
+// The notification that a gesture comes as. 0 is the click of buttons, check boxes and labels.
+WORD NotificationOf(ControlKind kind, Gesture gesture) {
+  if (gesture == Gesture::Click) return BN_CLICKED;
+  if (gesture == Gesture::Select) return CBN_SELCHANGE;
+  return kind == ControlKind::ListBox ? LBN_DBLCLK : STN_DBLCLK;
+}
 
 // A held Enter or accelerator: it acts once, when it goes down.
 bool IsRepeatThatActs(const MSG& message) {
@@ -173,8 +158,9 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void FormWindow::Command(WPARAM wParam, HWND from) {
   if (from == nullptr) return;
-  for (const Notification& known : kNotifications) {
-    if (Of(known.control) == from && known.code == HIWORD(wParam)) {
+  for (const ControlEvent& known : design_->events) {
+    const ControlKind kind = design_->controls[Index(known.control)].kind;
+    if (Of(known.control) == from && NotificationOf(kind, known.gesture) == HIWORD(wParam)) {
       Raise(known.event);
       return;
     }
