@@ -2,10 +2,27 @@
 
 #include "disk/sector_buffer.h"
 #include "imagefiles/file_extents.h"
+#include "platform/platform.h"
 #include "shell/log_writer.h"
 #include "shell/main_window.h"
 #include "shell/program.h"
 #include "shell/window_design.h"
+
+namespace {
+
+// Each test begins with a fresh program, whichever test ran before it, and without a system.
+class FreshProgram : public ::testing::EmptyTestEventListener {
+  void OnTestStart(const ::testing::TestInfo&) override {
+    Sys = {};
+    ResetProgram();
+  }
+};
+const bool kListens = [] {
+  ::testing::UnitTest::GetInstance()->listeners().Append(new FreshProgram);
+  return true;
+}();
+
+}  // namespace
 
 void PrintTo(const BoxRow& box, std::ostream* out) {
   *out << "[" << box.title << "] " << ::testing::PrintToString(box.text) << " buttons "

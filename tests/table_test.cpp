@@ -125,9 +125,10 @@ TEST(PartitionType, IsReadFromTheImagesFirstSector) {
     if (row.at3 != 0) content.replace(3, row.at3, "NTFS", row.at3);
     if (row.at82 != 0) content.replace(82, row.at82, "FAT32", row.at82);
     program.world.e.AddText("\\i", content.substr(0, row.bytes));
-    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\i"), row.type) << row.name; });
+    FirstBytes first;
+    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\i", first), row.type) << row.name; });
     EXPECT_EQ(program.TakeBoxes(), BoxRows());
-    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none"), 0); });
+    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none", first), 0); });
     EXPECT_EQ(program.TakeBoxes(),
               (BoxRows{{kTitle,
                         "Err.Number=53 Err.Description=File not found Me.Name=Form1."

@@ -61,4 +61,4 @@ std::string APIErrorDescription(std::uint32_t code);
 // The text up to its first NUL, trimmed of blanks. StripNull looks for the NUL before it trims and
 // writes a line to the log; StripNulls trims first and is silent.
 std::string StripNull(const std::string& text);
-std::string StripNulls(std::string OriginalStr);
+std::string StripNulls(std::string OriginalStr);  // nothing calls it; its rule is kept

@@ -102,11 +102,6 @@ bool ComposeTable(SwitchRun& run) {
   return true;
 }
 
-std::uint8_t Get_Format_Type(const std::string& fname) {
-  FirstBytes first;
-  return Get_Format_Type(fname, first);
-}
-
 std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first) {
   const Routine me(ReportLayout::MainWindow, "Get_Format_Type(fname)");
   WriteLog("---------------- Get_Format_Type(" + fname + ") Started ----------------");

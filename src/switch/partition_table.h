@@ -18,7 +18,6 @@ bool ComposeTable(SwitchRun& run);
 // The partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0 (unknown, or
 // the file can't be read, which is reported). first gets what was read.
 std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first);
-std::uint8_t Get_Format_Type(const std::string& fname);
 
 // Asks for the type of the "1st", "2nd" or "4th" file, hexadecimal with or without 0x; 0 for
 // Cancel and for anything that isn't a number. May be above 0xFF.

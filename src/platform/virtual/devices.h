@@ -38,8 +38,6 @@ class VirtualDevices : public Devices {
   std::uint32_t OpenPlainFile(const std::string& path, std::uint32_t access, OpenHandle& open);
   bool SharingAllows(const OpenHandle& wanted) const;
   std::uint32_t CheckTransfer(const OpenHandle& open, std::uint32_t bytes, bool writing);
-  std::uint32_t WriteSectors(const OpenHandle& open, const std::uint8_t* data, std::uint64_t count,
-                             bool torn);
   bool MayWriteAt(const VirtualDisk& disk, std::uint64_t lba, std::uint64_t count) const;
 
   Machine& machine_;

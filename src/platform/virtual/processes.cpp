@@ -191,7 +191,7 @@ std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_
   const std::uint64_t left = child.ended || child.endsAt <= now ? 0 : child.endsAt - now;
   if (child.script.neverEnds && !child.ended && milliseconds == kInfinite) {
     machine_.End(step, false);
-    throw ProgramHangs{child.commandLine};
+    throw ProgramHangs{};
   }
   if ((child.script.neverEnds && !child.ended) || left > milliseconds) {
     machine_.clock.Advance(milliseconds);

@@ -18,9 +18,7 @@
 struct ProcessEnded {};
 
 // Leaves the program where it would wait for ever.
-struct ProgramHangs {
-  std::string waitingFor;
-};
+struct ProgramHangs {};
 
 // How one child behaves that is not to behave well. Used up by the first command line that holds
 // match, in any case of letters.
