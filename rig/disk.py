@@ -179,6 +179,6 @@ class Disk:
                                 number).ljust(144, b"\0").hex()
 
     def control_base(self, _, volume, __):
-        """RETRIEVAL_POINTER_BASE: NTFS counts its clusters from the volume's start."""
-        ntfs = volume is not None and volume.kind in stick.NTFS_TYPES
-        return OK + bytes(8).hex() if ntfs else INVALID
+        """RETRIEVAL_POINTER_BASE."""
+        first = volume and volume.first_cluster()
+        return INVALID if first is None else OK + struct.pack("<Q", first).hex()

@@ -28,6 +28,7 @@ EXT = "_ISO/LINUX/ext.volPAK"
 PACK = "_ISO/MULTI/Pack.volPAKX4persist"
 COMPANION = "_ISO/MULTI/Pack"
 FOURTH = "_ISO/MULTI/persist"
+MARKERS = ("tsd/unifont.hex.gz", "_ISO/tsd/grub/tsd.cfg", "menu.lst")
 MENU_FILES = ("menu.lst", "boot6", "grldr", "tsd/unifont.hex.gz")
 NTFS_CODE, FAT32_CODE = 0x54, 0x5A
 
@@ -40,10 +41,12 @@ def code(source, *defines):
         return out.read()
 
 
-def put_boot_code(image, start, offset, name):
-    """Our boot code into a volume's boot record, behind its parameter block."""
+def put_boot_code(image, start, offset, name, hidden=28):
+    """Our boot code into a volume's boot record, behind its parameter block, which has the hidden
+    sectors at the byte given."""
     record = bytearray(stick.read(image, start))
-    record[offset:510] = code("volume.asm", f"-DCODE={offset}", f"-DNAME='{name}'")
+    record[offset:510] = code("volume.asm", f"-DCODE={offset}", f"-DNAME='{name}'",
+                              f"-DHIDDEN={hidden}")
     stick.write(image, start, record)
 
 
@@ -63,7 +66,7 @@ def menu_files(folder):
 def ntfs_image(path, megabytes, label, work):
     blank(path, megabytes * 2048)
     stick.run("mkntfs", "-F", "-Q", "-q", "-L", label, path)
-    with stick.Ntfs(path, os.path.join(work, "inside")) as folder:
+    with stick.Mounted(path, os.path.join(work, "inside")) as folder:
         menu_files(folder)
     put_boot_code(path, 0, NTFS_CODE, label)
 
@@ -109,7 +112,7 @@ def fill_main(folder, images):
     # The images start beyond the first 65536 sectors of the disk, as on a well filled stick.
     with open(os.path.join(folder, "filler.bin"), "wb") as file:
         file.write(b"\xf1" * (48 << 20))
-    for name in ("tsd/unifont.hex.gz", "_ISO/tsd/grub/tsd.cfg", "menu.lst"):
+    for name in MARKERS:
         os.makedirs(os.path.dirname(os.path.join(folder, name)), exist_ok=True)
         with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
             file.write(f"{name} of the demo stick\n")
@@ -143,9 +146,9 @@ def make(path):
         stick.run("mkntfs", "-Q", "-q", "-p", str(MAIN_START), "-H", "255", "-S", "63", "-L",
                   "TSD Stick Ü", device)
         stick.detach(device)
-        with stick.Ntfs(unfinished, os.path.join(work, "main"), MAIN_START, MAIN_SECTORS) as folder:
+        with stick.Mounted(unfinished, os.path.join(work, "main"), MAIN_START, MAIN_SECTORS) as folder:
             fill_main(folder, images)
-        with stick.Ntfs(unfinished, os.path.join(work, "main"), MAIN_START, MAIN_SECTORS) as folder:
+        with stick.Mounted(unfinished, os.path.join(work, "main"), MAIN_START, MAIN_SECTORS) as folder:
             check_places(folder)
         put_boot_code(unfinished, MAIN_START, NTFS_CODE, "Main volume")
         device = stick.attach(unfinished, SECOND_START, SECOND_SECTORS)

@@ -21,7 +21,7 @@ TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
 
 def add(image, name, size, at=0):
     """Each piece by a mount of its own, which puts it behind what is there."""
-    with stick.Ntfs(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
             file.seek(at)
@@ -35,7 +35,7 @@ def full_stick(image):
     add(image, TORN, 1 << 16, at=1 << 16)
     add(image, COMPANION, 1 << 16)
     add(image, COMPANION + ".volPAK", 1 << 16)
-    with stick.Ntfs(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         for name in NAMES:
             with open(os.path.join(folder, name), "wb") as file:

@@ -5,14 +5,16 @@ import fcntl
 import os
 import struct
 import subprocess
+import time
 
 SECTOR = 512
 FIBMAP, FIGETBSZ = 1, 2
 NTFS_TYPES = (0x07,)
 FAT_TYPES = (0x01, 0x04, 0x06, 0x0B, 0x0C, 0x0E)
+NTFS, EXFAT, FAT32, FAT = "NTFS", "exFAT", "FAT32", "FAT"  # as Windows names them
 
 _loops = []
-_mounts = []
+_mounts = {}  # folder to the file system's driver, where that is a child of ours
 
 
 def run(*command, **options):
@@ -39,20 +41,57 @@ def detach(device):
         run("losetup", "--detach", device)
 
 
-def mount_ntfs(device, folder, options="rw"):
+def file_system(boot):
+    """The name of the file system whose first sector this is; "" for none that is known here."""
+    if boot[3:11] in (b"NTFS    ", b"EXFAT   "):
+        return NTFS if boot[3:7] == b"NTFS" else EXFAT
+    if boot[82:90] == b"FAT32   ":
+        return FAT32
+    return FAT if boot[54:59] in (b"FAT12", b"FAT16") else ""
+
+
+def mount(device, folder, options="rw"):
+    """Mounts what the device holds. FAT is mounted read only, whatever the options say: its driver
+    writes unsoundly."""
+    system = file_system(read(device, 0))
+    if system == "":
+        raise RuntimeError(f"no file system on {device}")
     os.makedirs(folder, exist_ok=True)
-    run("ntfs-3g", "-o", options, device, folder)
-    _mounts.append(folder)
+    driver = None
+    if system == NTFS:
+        run("ntfs-3g", "-o", options, device, folder)
+    elif system == EXFAT:
+        run("mount.exfat-fuse", "-o", options, device, folder)
+    else:
+        driver = start_fat_driver(device, folder)
+    _mounts[folder] = driver
+
+
+def start_fat_driver(device, folder):
+    """In the foreground, so that unmount() can wait for its end, which umount doesn't. The device's
+    cache lives until the driver has closed it; a mount before that would miss raw writes."""
+    driver = subprocess.Popen(["fusefat", "-f", "-s", "-o", "ro", device, folder],
+                              start_new_session=True, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    while not os.path.ismount(folder):
+        if driver.poll() is not None:
+            raise RuntimeError(f"the FAT on {device} can't be mounted")
+        time.sleep(0.01)
+    return driver
 
 
 def unmount(folder):
     """Unmounts for good, also where a file is still open: a dismount ends every handle."""
     if folder in _mounts:
-        _mounts.remove(folder)
+        driver = _mounts.pop(folder)
         try:
             run("umount", folder)
         except RuntimeError:
             run("umount", "--lazy", folder)
+            if driver:
+                driver.terminate()
+        if driver:
+            driver.wait()
 
 
 @atexit.register
@@ -76,15 +115,15 @@ def release_leftovers(folder):
             run("losetup", "--detach", device)
 
 
-class Ntfs:
-    """with Ntfs(image, start, sectors, folder): the volume's files lie in folder."""
+class Mounted:
+    """with Mounted(image, folder, start, sectors): the volume's files lie in folder."""
 
     def __init__(self, image, folder, start=0, sectors=None):
         self.image, self.folder, self.start, self.sectors = image, folder, start, sectors
 
     def __enter__(self):
         self.device = attach(self.image, self.start, self.sectors)
-        mount_ntfs(self.device, self.folder)
+        mount(self.device, self.folder)
         return self.folder
 
     def __exit__(self, *failure):
@@ -93,8 +132,9 @@ class Ntfs:
 
 
 def cluster_runs(path):
-    """The file's pieces as (first cluster of the file, the one behind the last, cluster of the
-    volume), asked of the file system; 0 for a hole. No pieces where the data lies in the file table."""
+    """The pieces of a file on NTFS, asked of the file system: (first cluster of the file, the one after
+    the last, cluster of the volume), the last 0 for a hole. No pieces where the data lies in the file
+    table."""
     runs = []
     with open(path, "rb") as file:
         os.fsync(file.fileno())

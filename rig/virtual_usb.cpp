@@ -184,12 +184,18 @@ NTSTATUS WINAPI DeviceControl(HANDLE handle, HANDLE event, void* apc, void* cont
   return Control(deviceControl, handle, event, apc, context, io, code, in, inSize, out, outSize);
 }
 
-// "runs VCN PATH": where a file lies. "pass" for a handle that has no path here.
-std::string AskRuns(HANDLE handle, const void* in, ULONG inSize) {
+// The path of a letter's file; empty for another handle.
+std::string PathOf(HANDLE handle) {
   EnterCriticalSection(&lock);
   const auto file = files.find(handle);
-  const std::string path = file == files.end() ? "" : file->second;
+  std::string path = file == files.end() ? "" : file->second;
   LeaveCriticalSection(&lock);
+  return path;
+}
+
+// "runs VCN PATH": where a file lies. "pass" for a handle that has no path here.
+std::string AskRuns(HANDLE handle, const void* in, ULONG inSize) {
+  const std::string path = PathOf(handle);
   unsigned long long vcn = 0;
   if (path.empty() || inSize < sizeof vcn) return "pass";
   memcpy(&vcn, in, sizeof vcn);
@@ -224,12 +230,17 @@ NTSTATUS WINAPI SetInformation(HANDLE handle, IO_STATUS_BLOCK* io, void* data, U
   return setInformation(handle, io, data, size, kind);
 }
 
-NTSTATUS WINAPI QueryVolume(HANDLE handle, IO_STATUS_BLOCK* io, void* data, ULONG size, int kind) {
+// "volume ID KIND" for a device, "sizes KIND PATH" for a file.
+std::string AskVolume(HANDLE handle, unsigned kind) {
   const Device* device = Find(handle);
+  if (device != nullptr) return Ask("volume" + Number(device->id) + Number(kind));
+  const std::string path = PathOf(handle);
+  return path.empty() ? "pass" : Ask("sizes" + Number(kind) + " " + path);
+}
+
+NTSTATUS WINAPI QueryVolume(HANDLE handle, IO_STATUS_BLOCK* io, void* data, ULONG size, int kind) {
   NTSTATUS status;
-  if (device != nullptr &&
-      Settled(Ask("volume" + Number(device->id) + Number(static_cast<unsigned>(kind))), status, io,
-              data, size)) {
+  if (Settled(AskVolume(handle, static_cast<unsigned>(kind)), status, io, data, size)) {
     return status;
   }
   return queryVolume(handle, io, data, size, kind);

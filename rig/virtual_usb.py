@@ -7,7 +7,6 @@ the next access, so that raw writes and the file system's cache never go apart. 
 a table only when it is read anew.
 """
 
-import os
 import socketserver
 import struct
 import threading
@@ -113,7 +112,8 @@ class VirtualUsb:
             return GONE
         return getattr(self, "do_" + verb)(*words)
 
-    WORDS = {"open": 1, "runs": 1, "read": 2, "write": 2, "control": 2, "seek": 1, "volume": 1, "box": 1}
+    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 2, "write": 2, "control": 2, "seek": 1,
+             "volume": 1, "box": 1}
 
     def logged(self, line, otherwise="pass"):
         self.note(line)
@@ -176,6 +176,13 @@ class VirtualUsb:
             return OK + (struct.pack("<III", 6, 255, len(text)) + text).hex()
         return "pass"
 
+    def do_sizes(self, kind, path):
+        """FileFsSizeInformation (3), asked of a file. The drivers of FAT and exFAT count in
+        blocks of their own, so the volume's boot record answers."""
+        volume = self.volumes.get(path[0].upper())
+        clusters = volume.clusters() if volume and kind == "3" else None
+        return OK + struct.pack("<QQII", *clusters, stick.SECTOR).hex() if clusters else "pass"
+
     def do_seek(self, number, offset):
         return self.logged(f"seek {self.named(number)} {int(offset) // stick.SECTOR}")
 
@@ -226,17 +233,16 @@ class VirtualUsb:
         return self.logged(f"runs {vcn} {path}", "") or self.runs(int(vcn), path)
 
     def runs(self, vcn, path, shift=0):
-        """RETRIEVAL_POINTERS_BUFFER of an NTFS file, from the mounted file system at this moment.
-        One run an answer, so that two runs take two questions. A run's place is moved by shift."""
+        """RETRIEVAL_POINTERS_BUFFER of a file, from its file system at this moment. One run an
+        answer, so that two runs take two questions. A run's place is moved by shift."""
         volume = self.volumes.get(path[0].upper())
-        if volume is None or volume.kind not in stick.NTFS_TYPES:
+        if volume is None:
             return INVALID  # as a file system answers that has no such places to tell
-        native = os.path.join(volume.folder, path[3:].replace("\\", "/"))
-        runs = stick.cluster_runs(native)
+        runs = volume.runs(path[3:].replace("\\", "/"))
         for at, (first, next_first, lcn) in enumerate(runs):
             if vcn < next_first:
                 answer = "done " if at + 1 == len(runs) else "more "
-                place = -1 if lcn == 0 else lcn + shift
+                place = lcn if lcn < 0 else lcn + shift
                 return answer + struct.pack("<IIQQq", 1, 0, first, next_first, place).hex()
         return END
 

@@ -1,8 +1,8 @@
 """A volume of the virtual stick that has a letter: its loop device, its links, its mount."""
 
 import os
-import shutil
 
+import fat
 import stick
 
 
@@ -27,22 +27,15 @@ class Volume:
         if self.mounted:
             return True
         try:
-            if self.kind in stick.NTFS_TYPES:
-                stick.mount_ntfs(self.device, self.folder, self.disk.options)
-            else:  # no FAT in every kernel: a copy of its files, to be read only
-                stick.run("mcopy", "-s", "-n", "-i", self.device, "::", self.folder)
-        except RuntimeError as failure:
-            if self.kind in stick.NTFS_TYPES or "no match" not in str(failure).lower():
-                return False
+            stick.mount(self.device, self.folder, self.disk.options)
+        except RuntimeError:
+            return False
         self.mounted = True
         return True
 
     def dismount(self):
-        if self.mounted and self.kind in stick.NTFS_TYPES:
+        if self.mounted:
             stick.unmount(self.folder)
-        elif self.mounted:
-            shutil.rmtree(self.folder)
-            os.makedirs(self.folder)
         self.mounted = False
 
     def remove(self):
@@ -54,7 +47,37 @@ class Volume:
     def facts(self):
         """Label, serial number and file system's name, read from the volume itself."""
         label = stick.run("blkid", "-p", "-o", "value", "-s", "LABEL", self.device).strip()
-        record = stick.read(self.disk.image, self.start)
-        ntfs = record[3:7] == b"NTFS"
-        at = 72 if ntfs else 67 if record[82:87] == b"FAT32" else 39
-        return label, record[at:at + 4], "NTFS" if ntfs else "FAT"
+        system = self.system()
+        at = {stick.NTFS: 72, stick.EXFAT: 100, stick.FAT32: 67}.get(system, 39)
+        return label, self.boot_record()[at:at + 4], system or "RAW"
+
+    def boot_record(self):
+        return stick.read(self.disk.image, self.start)
+
+    def system(self):
+        return stick.file_system(self.boot_record())
+
+    def first_cluster(self):
+        """The sector of the volume from which its run lists count; None where there are none."""
+        if self.system() == "":
+            return None
+        if self.system() == stick.NTFS:
+            return 0
+        return fat.data_area(self.boot_record())[1] // stick.SECTOR
+
+    def runs(self, name):
+        """A file's pieces as (first cluster of the file, the one after the last, cluster of the
+        volume), the last of which is -1 for a hole."""
+        if self.system() != stick.NTFS:
+            return fat.cluster_runs(self.device, name)
+        return [(first, end, place or -1)
+                for first, end, place in stick.cluster_runs(os.path.join(self.folder, name))]
+
+    def clusters(self):
+        """All clusters, free ones, sectors a cluster; None where the NTFS driver answers that."""
+        if self.system() == stick.NTFS:
+            return None
+        cluster, first = fat.data_area(self.boot_record())
+        facts = os.statvfs(self.folder)
+        return ((self.sectors * stick.SECTOR - first) // cluster,
+                facts.f_bavail * facts.f_frsize // cluster, cluster // stick.SECTOR)

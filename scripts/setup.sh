@@ -11,8 +11,8 @@ packages() {
     x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
     dist) echo cmark-gfm git python3 ;;
-    wine) echo wine wine64 xvfb xauth imagemagick ntfs-3g mtools dosfstools e2fsprogs fdisk mount nasm \
-      g++-mingw-w64-x86-64 python3 ;;
+    wine) echo wine wine64 xvfb xauth imagemagick ntfs-3g exfat-fuse exfatprogs fusefat mtools \
+      dosfstools e2fsprogs fdisk mount nasm g++-mingw-w64-x86-64 python3 ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
     format) echo clang-format git ;;
     tidy) echo clang clang-tidy clang-format git ;;

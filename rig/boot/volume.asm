@@ -1,6 +1,7 @@
 ; Boot code of a volume: its name, its hidden-sectors field and the start that the partition entry
-; tells, to COM1. Assembled with -DCODE=offset (behind the parameter block) and -DNAME='"text"'; the
-; file system keeps the bytes in front of CODE and the last two of the sector.
+; tells, to COM1. Assembled with -DCODE=offset (behind the parameter block), -DHIDDEN=offset (of that
+; field) and -DNAME='"text"'; the file system keeps the bytes in front of CODE and the last two of the
+; sector.
 bits 16
 org 0x7C00 + CODE
 
@@ -8,7 +9,7 @@ start:
   push si
   mov si, name
   call say
-  mov eax, [0x7C00 + 28]
+  mov eax, [0x7C00 + HIDDEN]
   call hex
   mov si, entry
   call say

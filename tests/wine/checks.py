@@ -50,7 +50,7 @@ def places():
     """Where the images lie, asked of the demo stick's file system: name to (start, sectors)."""
     found = {}
     probe = fresh_stick("places")
-    with stick.Ntfs(probe, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(probe, os.path.join(RIG, "look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         for name in (make_stick.RESCUE, make_stick.UEBUNG, make_stick.EXT, make_stick.PACK,
                      make_stick.COMPANION, make_stick.FOURTH):

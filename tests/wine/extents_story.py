@@ -21,7 +21,7 @@ def content(clusters, seed):
 
 
 def mounted(image):
-    return stick.Ntfs(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    return stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
                       make_stick.MAIN_SECTORS)
 
 
