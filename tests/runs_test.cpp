@@ -75,6 +75,8 @@ TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
       {"one sector a cluster", With(Fat32(), {{13, 1, 1}}), 512, 2032 * 512, 1'024'000'000},
       {"exactly 128 sectors a cluster", Ntfs(128), 65'536, 0, 512'000'000},
       {"sectors of 4096", With(Fat32(), {{11, 2, 4096}}), 65'536, 2032 * 4096, 8'192'000'000},
+      {"exFAT, sectors of 4096", With(ExFat(), {{108, 1, 12}, {109, 1, 3}}), 32'768, 4096 * 4096,
+       12'288'000'000},
       {"no signature", With(Fat32(), {{510, 2, 0}}), 0, 0, 0},
       {"half a signature", With(Fat32(), {{510, 1, 0}}), 0, 0, 0},
       {"the other half", With(Fat32(), {{511, 1, 0}}), 0, 0, 0},
