@@ -31,6 +31,11 @@ CASES = (
     ("after the switch to the FAT32 image", os.path.join(RUNS, "keyboard.img"), "bios", "UEBUNG"),
     ("the FAT32 image under UEFI", os.path.join(RUNS, "keyboard.img"), "uefi",
      "EFI program of the FAT32 image"),
+    ("a FAT32 stick after the switch", os.path.join(RUNS, "fat32_switched.img"), "bios", "UEBUNG"),
+    ("a FAT32 stick after the restore", os.path.join(RUNS, "fat32.img"), "bios", "FAT32 stick"),
+    ("an exFAT stick after the switch", os.path.join(RUNS, "exfat_switched.img"), "bios",
+     "Rescue menu"),
+    ("an exFAT stick after the restore", os.path.join(RUNS, "exfat.img"), "bios", "exFAT stick"),
 )
 
 

@@ -16,6 +16,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import changed_story
 import dropped_story
 import extents_story
+import fat_story
 import instance_story
 import keys_story
 import make_stick
@@ -237,6 +238,8 @@ def refused_write(place):
 
 
 story(extents_story.extents)
+story(fat_story.fat32)
+story(fat_story.exfat)
 story(order_story.order_repair)
 story(order_story.order_held)
 story(keys_story.impatience)
