@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -27,9 +26,8 @@ std::uint32_t InWholeSectors(std::uint32_t bytes) {
 class AlignedMemory {
  public:
   explicit AlignedMemory(std::size_t bytes) : memory_(bytes + kAlignment) {
-    void* start = memory_.data();
-    std::size_t space = memory_.size();
-    data_ = static_cast<std::uint8_t*>(std::align(kAlignment, bytes, start, space));
+    const auto start = reinterpret_cast<std::uintptr_t>(memory_.data());
+    data_ = memory_.data() + (kAlignment - start % kAlignment) % kAlignment;
   }
   std::uint8_t* Data() { return data_; }
 
