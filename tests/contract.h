@@ -149,6 +149,9 @@ inline void FileHandles(Platform& p, const std::string& folder, Checks& check) {
   check(d.ReadFile(file, data, sizeof data, moved) && moved == 4, "reads short at the end");
   check(std::memcmp(data, "89\r\n", 4) == 0, "from where it was sent");
   check(d.ReadFile(file, data, sizeof data, moved) && moved == 0, "reads nothing at the end");
+  check(d.SetFilePointerEx(file, 0x100000008) && d.ReadFile(file, data, sizeof data, moved) &&
+            moved == 0,
+        "the high half of an offset counts");
   check(FaultOf([&] { p.files->FileDelete(path); }) != 0, "an open file isn't deleted");
   check(p.files->ReadTextFile(path).size() == 12, "but read, where reading is shared");
   const Handle second = d.CreateFile(path, kGenericReadWrite, kShareReadWrite, kOpenExisting, 0);
