@@ -10,8 +10,10 @@ TITLE, RUNNING = "Rotate_TSD for .volPAK files", "Rotate_TSD is already running!
 
 
 def temp_files(run):
-    """The temp folder's files and when each was last written."""
-    folders = glob.glob(os.path.join(run.folder, "prefix/drive_c/users/*/**/Temp"), recursive=True)
+    """The temp folder's files and when each was last written. The walk follows no link: the user's
+    folders of a prefix are links to the home folder, in which the rig itself may lie."""
+    users = os.path.join(run.folder, "prefix", "drive_c", "users")
+    folders = [folder for folder, _, _ in os.walk(users) if os.path.basename(folder) == "Temp"]
     return sorted((path, os.stat(path).st_mtime_ns) for folder in folders
                   for path in glob.glob(os.path.join(folder, "*")))
 
