@@ -6,7 +6,7 @@
 run: ## the real window under Wine on a demo stick; without a display a robot user works it
 	@scripts/run.sh
 
-test: ## everything: unit tests, sanitizers, the executables, whole runs under Wine, boots
+test: ## everything: unit tests, sanitizers, whole runs of both executables under Wine, boots
 	@scripts/test.sh
 
 windows: ## the executables, to build/win64 and build/win32
@@ -49,7 +49,7 @@ format: ## clang-format over everything of ours
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
 
 clean: ## removes build/ and dist/
-	@rm -rf build dist
+	@rm -rf --one-file-system build dist
 
 help: ## this list
 	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18

@@ -12,7 +12,7 @@ import time
 ROOT = os.path.realpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
 sys.path[:0] = [os.path.join(ROOT, "rig"), os.path.join(ROOT, "tests", "wine")]
 import make_stick
-import program_run
+import prepare
 import virtual_usb
 from checks import fresh_stick, started
 
@@ -78,7 +78,7 @@ def process_of(program):
 def bare_memory(environment):
     """The same of a window that does nothing, as soon as it doesn't grow any more."""
     program = os.path.join(ROOT, "build", "win64", "bare_window.exe")
-    bare = subprocess.Popen([program_run.WINE, program], env=environment)
+    bare = subprocess.Popen([prepare.WINE, program], env=environment)
     try:
         before, now = None, (0, 0)
         while now != before or now[0] < 5:  # smaller than that it is still being loaded
@@ -133,15 +133,15 @@ def search():
     make_tree(tree)
     prefix = os.path.join(ROOT, "build", "bench-prefix")
     shutil.rmtree(prefix, ignore_errors=True)
-    subprocess.run(["cp", "-a", os.path.join(program_run.RIG, "prefix"), prefix], check=True)
+    subprocess.run(["cp", "-a", prepare.PRISTINE, prefix], check=True)
     os.symlink(tree, os.path.join(prefix, "dosdevices", "d:"))
-    environment = program_run.wine_environment(prefix)
+    environment = prepare.wine_environment(prefix)
     try:
-        out = subprocess.run(["xvfb-run", "-a", program_run.WINE,
+        out = subprocess.run(["xvfb-run", "-a", prepare.WINE,
                               os.path.join(ROOT, "build", "win64", "search_bench.exe"), "D:"],
                              env=environment, check=True, capture_output=True, text=True).stdout
     finally:
-        subprocess.run([program_run.SERVER, "-k"], env=environment, capture_output=True)
+        subprocess.run([prepare.SERVER, "-k"], env=environment, capture_output=True)
         shutil.rmtree(prefix, ignore_errors=True)
     figures = {}
     for line in out.splitlines():
@@ -151,7 +151,7 @@ def search():
 
 
 def main():
-    program_run.prepare()
+    prepare.prepare()
     runs = [plain_switch() for _ in range(3)]
     best = min(runs, key=lambda run: run["beyond"])
     print(f"plain switch: {best['wall']:.2f} s, of which pauses {PAUSES:.2f} s, "

@@ -1,8 +1,9 @@
 #!/bin/sh
-# Builds the Windows side of the rig into the folder given: the library, the launcher, the
-# robot and a program to be planted.
+# Builds the Windows side of the rig: build.sh FOLDER TRIPLE. That is the library, the launcher, the
+# robot, a program to be planted and another extents tool.
 set -eu
 out=$1
+triple=$2
 here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$out"
 newer() { # newer TARGET SOURCE...: true when TARGET is there and no SOURCE is younger
@@ -15,7 +16,7 @@ compile() { # compile TARGET "SOURCES" FLAGS...
   sources=$2
   shift 2
   # shellcheck disable=SC2086
-  newer "$target" $sources "$here"/*.h || x86_64-w64-mingw32-g++ -std=c++20 -Os -s -static -Wall \
+  newer "$target" $sources "$here"/*.h || "$triple-g++" -std=c++20 -Os -s -static -Wall \
     -Wextra -Werror -Wno-cast-function-type $sources -o "$target" "$@"
 }
 compile virtual_usb.dll "$here/virtual_usb.cpp" -shared -lws2_32

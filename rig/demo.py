@@ -8,7 +8,9 @@ import sys
 
 import make_stick
 import stick
-from program_run import RIG, STICK, ProgramRun, box_text, prepare
+from prepare import RIG, STICK, prepare
+from program_run import ProgramRun
+from robot_user import box_text
 
 
 def show_table(image, when):

@@ -4,13 +4,13 @@ and what it answers to each control code."""
 import os
 import struct
 
+import scsi
 import stick
 from volume import Volume
 
 LETTERS = "EFGHIJKL"
 OK, DENIED, INVALID = "done ", "fail C0000022", "fail C0000010"
 IO_ERROR, PROTECTED, DROPPED = "fail C0000185", "fail C00000A2", "dropped"
-WRONG_REVISION = "fail C0000059"
 CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "renew",
          "7405C": "length", "2D1400": "property", "4D004": "scsi", "2D1080": "number",
          "560000": "extents", "70048": "partition", "90234": "base"}
@@ -21,9 +21,10 @@ class Disk:
     unreadable (reading fails; a write mends the sector, as on sticks that remap it), refused
     (writing fails) and dropped (a write is acknowledged, but not done)."""
 
-    def __init__(self, number, links, mounts, options, volumes):
+    def __init__(self, number, links, mounts, options, volumes, pointer):
         self.number, self.links, self.mounts, self.options = number, links, mounts, options
         self.volumes = volumes
+        self.pointer = pointer  # bytes of a pointer in the programs that ask
         self.letter_of = {}  # start sector to the letter that a volume had: it gets it again
         self.image, self.sectors = None, 0
         self.plugs = 0  # a handle is of no use any more when the stick behind it was pulled out
@@ -108,8 +109,8 @@ class Disk:
 
     # The control codes, on the disk (volume is None) or on one of its volumes.
 
-    def control(self, what, handle, volume, data):
-        return getattr(self, "control_" + what, lambda *_: INVALID)(handle, volume, data)
+    def control(self, what, handle, volume, request):
+        return getattr(self, "control_" + what, lambda *_: INVALID)(handle, volume, request)
 
     def control_lock(self, handle, volume, _):
         if volume is None:
@@ -150,19 +151,8 @@ class Disk:
         return OK + struct.pack("<IIBBBBIIIIII", 40, 40, 0, 0, self.removable, 0, 0, 0, 0, 0,
                                 self.bus, 0).hex()
 
-    def control_scsi(self, _, __, data):
-        """SCSI_PASS_THROUGH in its 64-bit layout, the only one that Windows takes from a 64-bit
-        process: command at 36, place of the data at 24."""
-        header = bytes.fromhex(data)
-        if len(header) < 56 or header[:2] != b"\x38\0":
-            return WRONG_REVISION
-        place = struct.unpack_from("<Q", header, 24)[0]
-        facts = bytes([0, 0x80 if self.removable else 0, 4, 2, 31, 0, 0, 0])
-        reply = {0x25: struct.pack(">II", self.sectors - 1, stick.SECTOR),
-                 0x12: facts + b"TSDDEMO " + b"Virtual Stick   1.00"}
-        if header[36] not in reply:
-            return IO_ERROR
-        return OK + (header[:56].ljust(place, b"\0") + reply[header[36]].ljust(192, b"\0")).hex()
+    def control_scsi(self, _, __, request):
+        return scsi.answer(request, self.pointer, self.sectors, self.removable)
 
     def control_extents(self, _, volume, __):
         """VOLUME_DISK_EXTENTS."""

@@ -12,7 +12,8 @@ import time
 
 import make_stick
 import stick
-from program_run import RIG, ProgramRun, prepare
+from prepare import ALL, RIG, STICK, own, prepare
+from program_run import ProgramRun
 
 NAMES = [f"_ISO/LINUX/A system with a number, {number:02} of 40.volPAK" for number in range(1, 41)]
 NAMES += ["_ISO/LINUX/" + "A very long name " * 9 + "indeed.volPAK", "_ISO/Größe  Üß   é.volPAK"]
@@ -21,7 +22,7 @@ TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
 
 def add(image, name, size, at=0):
     """Each piece by a mount of its own, which puts it behind what is there."""
-    with stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(image, own("look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
             file.seek(at)
@@ -29,13 +30,13 @@ def add(image, name, size, at=0):
 
 
 def full_stick(image):
-    stick.copy(os.path.join(RIG, "stick.img"), image)
+    stick.copy(STICK, image)
     add(image, TORN, 1 << 16)
     add(image, "between.bin", 1 << 16)
     add(image, TORN, 1 << 16, at=1 << 16)
     add(image, COMPANION, 1 << 16)
     add(image, COMPANION + ".volPAK", 1 << 16)
-    with stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(image, own("look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         for name in NAMES:
             with open(os.path.join(folder, name), "wb") as file:
@@ -90,7 +91,7 @@ def play(run, camera):
 
 
 def main():
-    folder = os.path.abspath(sys.argv[1]) if len(sys.argv) > 1 else os.path.join(RIG, "pictures")
+    folder = os.path.abspath(sys.argv[1]) if len(sys.argv) > 1 else os.path.join(ALL, "pictures")
     prepare()
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)

@@ -35,6 +35,8 @@
 
 namespace {
 
+constexpr DWORD kFarOff = 300000;  // ms, for a wait that only a fault lets come to its end
+
 std::string Utf8(const wchar_t* wide) {
   std::string text(4096, '\0');
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), 4096, nullptr, nullptr);
@@ -68,7 +70,7 @@ std::string Json(const std::string& text) {
 // A message that a hung program cannot hold the robot with.
 LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
   DWORD_PTR result = 0;
-  return SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, 20000, &result) != 0
+  return SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kFarOff, &result) != 0
              ? static_cast<LRESULT>(result)
              : -1;
 }
@@ -109,29 +111,22 @@ struct Found {
   HWND tip = nullptr;
 };
 
+BOOL CALLBACK Add(HWND window, LPARAM list) {
+  reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  return TRUE;
+}
+
 std::vector<HWND> Children(HWND window) {
   std::vector<HWND> children;
-  EnumChildWindows(
-      window,
-      [](HWND child, LPARAM list) -> BOOL {
-        reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&children));
+  EnumChildWindows(window, Add, reinterpret_cast<LPARAM>(&children));
   return children;
 }
 
 // Of the topmost windows on the desktop: the program's window and its boxes, an input box included.
 Found Look() {
   Found found;
-  EnumWindows(
-      [](HWND window, LPARAM list) -> BOOL {
-        if (IsWindowVisible(window)) {
-          reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-        }
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&found.windows));
+  EnumWindows(Add, reinterpret_cast<LPARAM>(&found.windows));
+  std::erase_if(found.windows, [](HWND window) { return !IsWindowVisible(window); });
   for (HWND window : found.windows) {
     bool hasCombo = false;
     bool hasButton = false;
@@ -298,11 +293,11 @@ bool Keys(std::istringstream& words) {
   return true;
 }
 
-// False: no box came within a minute.
+// False: no box came.
 bool Hammer(BYTE key, DWORD every, bool held) {
   const DWORD start = GetTickCount();
   DWORD shown = 0;
-  for (bool over = false; !over && GetTickCount() - start < 60000;) {
+  for (bool over = false; !over && GetTickCount() - start < kFarOff;) {
     Press(key, true);
     if (!held) Press(key, false);
     Sleep(every);

@@ -109,10 +109,20 @@ def release_leftovers(folder):
         for place in [line.split(" ")[1] for line in mounts]:
             if place.startswith(folder + "/"):
                 run("umount", "--lazy", place)
-    for line in run("losetup", "--list", "--noheadings", "-O", "NAME,BACK-FILE").splitlines():
-        device, _, file = line.strip().partition(" ")
-        if file.strip().startswith(folder + "/"):
+    ours = images_below(folder)
+    listed = run("losetup", "--list", "--noheadings", "--output", "NAME,BACK-MAJ:MIN,BACK-INO")
+    for device, disk, number in map(str.split, listed.splitlines()):
+        if (disk, int(number)) in ours:
             run("losetup", "--detach", device)
+
+
+def images_below(folder):
+    """As a loop device knows its file: a path is another one in another root."""
+    found = set()
+    for at, _, names in os.walk(folder):
+        for facts in (os.stat(os.path.join(at, name)) for name in names if name.endswith(".img")):
+            found.add((f"{os.major(facts.st_dev)}:{os.minor(facts.st_dev)}", facts.st_ino))
+    return found
 
 
 class Mounted:

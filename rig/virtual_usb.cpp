@@ -166,8 +166,9 @@ NTSTATUS Control(ControlCall call, HANDLE handle, HANDLE event, void* apc, void*
   const Device* device = Find(handle);
   if (device != nullptr) {
     char text[16];
-    snprintf(text, sizeof text, " %lX ", code);
-    std::string question = "control" + Number(device->id) + text;
+    snprintf(text, sizeof text, " %lX", code);
+    std::string question =
+        "control" + Number(device->id) + text + Number(inSize) + Number(outSize) + " ";
     for (ULONG at = 0; at < inSize && at < 64; ++at) {
       snprintf(text, sizeof text, "%02X", static_cast<unsigned char*>(in)[at]);
       question += text;

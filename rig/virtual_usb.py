@@ -22,6 +22,8 @@ ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"
 # An open handle. The stick that stands behind disk has changed when plugs isn't the disk's.
 Opened = namedtuple("Opened", "name disk plugs")
 NOWHERE = Opened("?", None, 0)
+# A control code's input, its first bytes, and the sizes of both buffers.
+Request = namedtuple("Request", "data in_size out_size")
 
 
 class VirtualUsb:
@@ -32,14 +34,14 @@ class VirtualUsb:
     as a write to an image or pulling a stick out, has happened by then. What else a stick does is
     set on its Disk."""
 
-    def __init__(self, images, links, mounts, journal_path, writable=False):
+    def __init__(self, images, links, mounts, journal_path, writable=False, pointer=8):
         options = "rw,noatime" if writable else "ro"  # looking changes nothing, as on Windows
         self.journal, self.journal_file = [], open(journal_path, "w", encoding="utf-8")
         self.fault = lambda line: None
         self.handles = {}   # of the program: number to Opened
         self.volumes = {}   # letter to Volume, of all disks
         self.mutex = threading.RLock()
-        self.disks = [Disk(number, links, mounts, options, self.volumes)
+        self.disks = [Disk(number, links, mounts, options, self.volumes, pointer)
                       for number in range(1, len(images) + 1)]
         for disk, image in zip(self.disks, images):
             disk.put_in(image)
@@ -112,7 +114,7 @@ class VirtualUsb:
             return GONE
         return getattr(self, "do_" + verb)(*words)
 
-    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 2, "write": 2, "control": 2, "seek": 1,
+    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 2, "write": 2, "control": 4, "seek": 1,
              "volume": 1, "box": 1}
 
     def logged(self, line, otherwise="pass"):
@@ -216,7 +218,7 @@ class VirtualUsb:
     def do_flush(self, number):
         return self.logged(f"flush {self.named(number)}")
 
-    def do_control(self, number, code, data):
+    def do_control(self, number, code, in_size, out_size, data):
         opened = self.handles.get(number)
         if opened is None:
             return "pass"
@@ -227,7 +229,8 @@ class VirtualUsb:
         volume = self.volumes.get(opened.name[0]) if len(opened.name) == 2 else None
         if volume is None and opened.name != opened.disk.name:
             return "pass"
-        return opened.disk.control(what, number, volume, data)
+        request = Request(bytes.fromhex(data), int(in_size), int(out_size))
+        return opened.disk.control(what, number, volume, request)
 
     def do_runs(self, vcn, path):
         return self.logged(f"runs {vcn} {path}", "") or self.runs(int(vcn), path)

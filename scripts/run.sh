@@ -13,7 +13,7 @@ cannot() {
 scripts/setup.sh x64 wine || cannot "Wine and its companions are not installed"
 [ -e /dev/fuse ] && [ -e /dev/loop-control ] || cannot "no /dev/fuse or no loop devices"
 
-# Wine here is the 64-bit one; 'make windows' builds the x86 executables too.
+# The x64 executable; scripts/stories.sh runs the x86 one too.
 { cmake --preset win64 && cmake --build --preset win64; } >build/win64.log 2>&1 || {
   cat build/win64.log
   exit 1

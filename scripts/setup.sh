@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs what a task needs from Debian's packages: setup.sh GROUP...
-# Groups: compiler, native, x64, windows, dist, wine, boot, format, tidy. As root it installs what is
-# missing; otherwise it says what is missing and fails.
+# Groups: compiler, native, x64, windows, dist, wine, stories, debootstrap, boot, format, tidy. As
+# root it installs what is missing; otherwise it says what is missing and fails.
 set -eu
 
 packages() {
@@ -11,8 +11,10 @@ packages() {
     x64) echo cmake ninja-build g++-mingw-w64-x86-64 python3 ;;
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
     dist) echo cmark-gfm git python3 ;;
-    wine) echo wine wine64 xvfb xauth imagemagick ntfs-3g exfat-fuse exfatprogs fusefat mtools \
-      dosfstools e2fsprogs fdisk mount nasm g++-mingw-w64-x86-64 python3 ;;
+    stories) echo wine wine64 xvfb xauth imagemagick ntfs-3g exfat-fuse exfatprogs fusefat mtools \
+      dosfstools e2fsprogs fdisk mount python3 ;;
+    wine) echo "$(packages stories)" nasm g++-mingw-w64-x86-64 ;;
+    debootstrap) echo debootstrap debian-archive-keyring ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
     format) echo clang-format git ;;
     tidy) echo clang clang-tidy clang-format git ;;

@@ -28,13 +28,17 @@ quiet() {
   fi
 }
 
-# told NAME COMMAND...: a stage that ends with its own "N passed, N failed".
+# told NAME COMMAND...: a stage that ends with its own "N passed, N failed"; collect NAME counts it,
+# so that stages can run side by side.
 told() {
   name=$1
   shift
   "$@" 2>&1 | tee "build/log/$name.log"
-  total=$(tail -n 1 "build/log/$name.log" |
+}
+collect() {
+  total=$(tail -n 1 "build/log/$1.log" |
     sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p')
+  [ -n "$total" ] || echo "FAIL $1 stopped before its end"
   # shellcheck disable=SC2086
   count ${total:-0 1}
 }
@@ -83,19 +87,24 @@ same_package() {
     done
 }
 
-# The platform's contract on the Windows implementation, in a prefix and a folder of its own.
-contract() (
-  cmake --build --preset win64 --target contract_win32 || exit 1
-  wine=/usr/lib/wine/wine64
-  [ -x "$wine" ] || wine=wine64
-  export WINEPREFIX="$root/build/contract-prefix" WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
-  rm -rf "$WINEPREFIX"
-  "$wine" wineboot -i && mkdir -p "$WINEPREFIX/drive_c/contract" &&
-    "$wine" build/win64/contract_win32.exe 'C:\contract\'
-  result=$?
-  "$(dirname "$wine")/wineserver64" -k 2>/dev/null || wineserver -k 2>/dev/null
-  exit $result
-)
+# Both executables in their window, and what their sticks do when they are booted.
+stories() {
+  if ! wait "$wine10"; then
+    cat build/log/wine10.log
+    skip "Wine 10 is not there, see above" "stories of the x86 executable, boot tests"
+    told stories-x64 scripts/stories.sh x64
+    collect stories-x64
+    return
+  fi
+  told stories-x64 scripts/stories.sh x64 &
+  x64=$!
+  told stories-x86 scripts/stories.sh x86
+  wait "$x64"
+  collect stories-x64
+  collect stories-x86
+  told boot python3 -B tests/boot/boot_tests.py
+  collect boot
+}
 
 # skip REASON STAGE: not in a CI run, where every stage has to run.
 skip() {
@@ -108,6 +117,18 @@ skip() {
 }
 
 scripts/setup.sh native windows dist tidy || exit 1
+stories=
+if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; then
+  skip "the stick's file systems are mounted: needs root, /dev/fuse and loop devices" \
+    "stories under Wine, boot tests"
+elif ! scripts/setup.sh wine boot debootstrap; then
+  skip "Wine, QEMU or their companions are missing" "stories under Wine, boot tests"
+else
+  # Takes minutes the first time, most of them waiting for the network.
+  stories=yes
+  scripts/wine10.sh setup >build/log/wine10.log 2>&1 &
+  wine10=$!
+fi
 
 quiet tidy scripts/tidy.sh
 
@@ -116,6 +137,9 @@ for preset in win64 win32; do
     quiet "$preset-build" cmake --build --preset "$preset"
 done
 quiet check-executables scripts/check-executables
+for preset in win64 win32; do
+  quiet "$preset-contract" cmake --build --preset "$preset" --target contract_win32
+done
 quiet bench-programs cmake --build --preset win64 --target search_bench bare_window
 quiet reproducible same_bytes
 quiet package same_package
@@ -124,16 +148,7 @@ quiet package same_package
 units >build/log/units 2>&1 &
 beside=$!
 
-if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; then
-  skip "the stick's file systems are mounted: needs root, /dev/fuse and loop devices" "Wine stories"
-  skip "they start from what the Wine stories leave" "boot tests"
-elif ! scripts/setup.sh wine boot; then
-  skip "Wine, QEMU or their companions are missing" "Wine stories and boot tests"
-else
-  quiet contract-under-wine contract
-  told stories python3 -B tests/wine/stories.py
-  told boot python3 -B tests/boot/boot_tests.py
-fi
+[ -z "$stories" ] || stories
 
 wait "$beside"
 cat build/log/units

@@ -5,7 +5,9 @@ import shutil
 
 import make_stick
 import stick
-from program_run import BIN, RIG, STICK, ProgramRun, box_text
+from prepare import BIN, RIG, STICK, own
+from program_run import ProgramRun
+from robot_user import box_text
 
 RUNS = os.path.join(RIG, "runs")
 DISK = "PhysicalDrive1"
@@ -50,7 +52,7 @@ def places():
     """Where the images lie, asked of the demo stick's file system: name to (start, sectors)."""
     found = {}
     probe = fresh_stick("places")
-    with stick.Mounted(probe, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    with stick.Mounted(probe, own("look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         for name in (make_stick.RESCUE, make_stick.UEBUNG, make_stick.EXT, make_stick.PACK,
                      make_stick.COMPANION, make_stick.FOURTH):

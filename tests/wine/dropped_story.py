@@ -5,7 +5,7 @@ import make_stick
 import stick
 from checks import (check, check_image, check_sector_0, check_writes, doubleclick, fresh_stick,
                     started)
-from program_run import box_text
+from robot_user import box_text
 
 WRITE_FAILED, PATCH_FAILED = "SECTOR WRITE FAILED", "Error Adjusting Hidden Sectors in PBR"
 

@@ -6,7 +6,7 @@ import struct
 import make_stick
 import stick
 from checks import check, fresh_stick, started
-from program_run import RIG
+from prepare import RIG, own
 
 CLUSTER = 4096
 TAIL, NEVER = "tail.bin", "never written.bin"
@@ -21,7 +21,7 @@ def content(clusters, seed):
 
 
 def mounted(image):
-    return stick.Mounted(image, os.path.join(RIG, "look"), make_stick.MAIN_START,
+    return stick.Mounted(image, own("look"), make_stick.MAIN_START,
                       make_stick.MAIN_SECTORS)
 
 

@@ -9,7 +9,8 @@ from checks import (COMMIT, RESTORE, RESTORE_QUESTION, backups, boot_record, cha
                     refused, started)
 from extents_story import check_lines, windows_name
 from fat_sticks import CHAINED, PIECES, START, TYPE, MainVolume, make_exfat, make_fat32
-from program_run import STICK, box_text
+from prepare import STICK
+from robot_user import box_text
 
 
 def check_places(run, images):

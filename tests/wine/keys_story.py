@@ -4,7 +4,7 @@ import make_stick
 from checks import (COMMIT, RESTORE_QUESTION, TYPE, check, check_changed, check_writes, fresh_stick,
                     pick, started, switched_stick)
 from extents_story import windows_name
-from program_run import box_text
+from robot_user import box_text
 
 ALT, ENTER = 18, 13
 SATA = 11
@@ -21,7 +21,7 @@ def select(run, name):
 def stays(run, title):
     """The box is there, and still is when the program has taken every key out of its queue."""
     run.robot.expect_box(title)
-    run.robot.do("idle 60000")
+    run.robot.idle()
     return run.robot.expect_box(title)
 
 

@@ -7,7 +7,7 @@ import stick
 from checks import (RUNS, backups, changed_sectors, check, check_not_planted, check_sector_0,
                     check_writes, fresh_stick, ordered, plant, started)
 from extents_story import add, mounted, windows_name
-from program_run import box_text
+from robot_user import box_text
 
 IMAGE, COMPANION = "_ISO/MULTI/Order.volPAK", "_ISO/MULTI/Order"
 MAIN = range(make_stick.MAIN_START, make_stick.MAIN_START + make_stick.MAIN_SECTORS)
@@ -52,8 +52,8 @@ def hidden(data, start):
     return data[:28] + start.to_bytes(4, "little") + data[32:]
 
 
-def texts(run, title, seconds=60):
-    return box_text(run.robot.expect_box(title, seconds)).replace("\r", "").split("\n")
+def texts(run, title):
+    return box_text(run.robot.expect_box(title)).replace("\r", "").split("\n")
 
 
 def check_files(when, now, expected):
@@ -111,7 +111,7 @@ def repair(image):
         run.robot.answer("OK")
         told = told_entries(run)
         run.robot.answer("OK")
-        run.robot.wait_ready(60)
+        run.robot.wait_ready()
         check_not_planted(run)
         check("the boxes", [line for line in run.usb.journal if line.startswith("box ")],
               [f"box none {title}" for title in (QUESTION, MOVED, COMMIT)])

@@ -1,19 +1,19 @@
 #!/usr/bin/env python3
-"""Whole stories with the shipped executable in a real window: stories.py [STORY...].
+"""Whole stories with the shipped executable in a real window: stories.py [STORY...], which
+scripts/stories.sh starts. ROTATE_STORIES_AT_ONCE is how many run side by side.
 
-Each story plays on its own copy of the demo stick and leaves it in build/rig/runs/STORY with the
-journal and a picture. The boot tests start from those sticks.
+Each story plays on its own copy of the demo stick and leaves it in build/rig/ARCHITECTURE/runs with
+the journal and a picture. The boot tests start from those sticks.
 """
 
 import os
 import signal
 import sys
-import time
-import traceback
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
 
 import changed_story
+import contract_story
 import dropped_story
 import extents_story
 import fat_story
@@ -28,7 +28,9 @@ import two_sticks_story
 from checks import (COMMIT, RESTORE, RESTORE_QUESTION, RUNS, SWAP, SWAP_QUESTION, TYPE, backups,
                     boot_record, check, check_changed, check_image, check_sector_0, check_writes,
                     doubleclick, fresh_stick, new_table, ordered, places, started)
-from program_run import STICK, box_text, control, prepare
+from prepare import STICK, prepare
+from robot_user import box_text, control
+from side_by_side import Stories
 
 TAB, ENTER, ESCAPE, DOWN, ALT = 9, 13, 27, 40, 18
 
@@ -50,6 +52,7 @@ def switch(place):
         state = run.robot.wait_ready()
         check("the drives", [row[:11] for row in state["drives"]], ["E: DRIVE 1 ", "F: DRIVE 1 "])
         check("the label in the row", "TSD Stick Ü" in state["drives"][0], True)
+        check("the stick's own name", "TSDDEMO Virtual Stick" in state["drives"][0], True)
         check("images on the stick", len(state["images"]), 4)
         check("restore is off", control(state, RESTORE)["enabled"], False)
         run.picture(os.path.join(RUNS, "switch.png"))
@@ -178,9 +181,7 @@ def keyboard(place):
             for before, part in zip(parts, parts[1:]) if part["class"] in ("ComboBox", "ListBox")],
               [("Static", "Drive", False, "ComboBox"),
                ("Static", "Partition image files", False, "ListBox")])
-        run.robot.do("hover Refresh")
-        run.robot.wait("the button's tip", lambda now: now["tip"]
-                       == "Use if you have inserted or removed a drive")
+        run.robot.expect_tip("Refresh", "Use if you have inserted or removed a drive")
         run.robot.do("focus")
         check("the first stop", state["focus"], "ComboBox")
         stops = [press(run, TAB, "focus")["focus"] for _ in range(5)]
@@ -240,38 +241,29 @@ def refused_write(place):
 story(extents_story.extents)
 story(fat_story.fat32)
 story(fat_story.exfat)
-story(order_story.order_repair)
 story(order_story.order_held)
 story(keys_story.impatience)
 story(keys_story.impatient_restore)
 story(keys_story.impatient_warning)
 story(instance_story.second_start)
 story(two_sticks_story.two_sticks)
-story(changed_story.changed_drive)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
-story(places_story.impossible_places)
+story(contract_story.contract)
+
+LONG = [order_story.order_repair, changed_story.changed_drive, places_story.impossible_places]
+FOLLOWS = {way_back: switch}  # it begins with the stick that the other one leaves
 
 
 def main(names):
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     prepare()
-    chosen = [function for function in STORIES if not names or function.__name__ in names]
-    place = places()
-    failed = 0
-    for function in chosen:
-        begun = time.monotonic()
-        try:
-            function(place)
-            verdict = "PASS"
-        except Exception:  # told, then on with the next story
-            traceback.print_exc()
-            verdict = "FAIL"
-            failed += 1
-        print(f"{verdict} {function.__name__}: {function.__doc__} "
-              f"({time.monotonic() - begun:.0f} s)", flush=True)
-    print(f"{len(chosen) - failed} passed, {failed} failed")
-    return 1 if failed or not chosen else 0
+    os.makedirs(RUNS, exist_ok=True)
+    chosen = [each for each in LONG + STORIES if not names or each.__name__ in names]
+    stories = Stories(chosen, FOLLOWS, places(), RUNS)
+    stories.run(int(os.environ.get("ROTATE_STORIES_AT_ONCE", "2")))
+    print(f"{stories.passed} passed, {stories.failed} failed")
+    return 1 if stories.failed or not chosen else 0
 
 
 if __name__ == "__main__":

@@ -5,7 +5,7 @@ import os
 import make_stick
 from checks import RUNS, check, check_writes, fresh_stick, pick, refused, same, started
 from extents_story import mounted, windows_name
-from program_run import STICK
+from prepare import STICK
 
 OTHER_DRIVE = "File is on another drive!"
 

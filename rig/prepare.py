@@ -1,0 +1,98 @@
+#!/usr/bin/env python3
+"""What runs on the rig start from: its Windows side, a pristine prefix, the demo stick. As a program
+it makes the parts that need compilers, for a run in a Debian root that has none."""
+
+import contextlib
+import fcntl
+import os
+import shutil
+import subprocess
+
+import architecture
+import stick
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.realpath(os.path.join(HERE, ".."))
+ALL = os.path.join(ROOT, "build", "rig")
+RIG = os.path.join(ALL, architecture.CHOSEN.name)  # of one architecture: runs of both go on at once
+BIN = os.path.join(RIG, "bin")
+STICK = os.path.join(ALL, "stick.img")
+PRISTINE = os.path.join(RIG, "prefix")
+PROGRAMS = os.path.join(ROOT, "build", architecture.CHOSEN.preset)
+MODULES = os.path.join(ROOT, "build", "wine10", "modules")  # Wine's x86 side; see scripts/wine10.sh
+WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
+             if os.path.exists(path)), "wine64")
+SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
+FAR_OFF = 300  # seconds, for a wait that only a fault lets come to its end, on however busy a machine
+_held = []
+
+
+def hold(path):
+    """Waits until no other process holds the file."""
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    lock = open(path, "w", encoding="utf-8")
+    fcntl.flock(lock, fcntl.LOCK_EX)
+    return lock
+
+
+def make_rig():
+    """The rig's Windows side and the demo stick, where they are missing or old."""
+    with contextlib.closing(hold(os.path.join(ALL, "lock"))):
+        stick.run(os.path.join(HERE, "build.sh"), BIN, architecture.CHOSEN.triple)
+        parts = [os.path.join(HERE, name) for name in ("make_stick.py", "stick.py")]
+        parts += [os.path.join(HERE, "boot", name)
+                  for name in ("mbr.asm", "volume.asm", "say.inc", "efi_hello.c")]
+        if not os.path.exists(STICK) or any(
+                os.path.getmtime(part) > os.path.getmtime(STICK) for part in parts):
+            stick.run(os.path.join(HERE, "make_stick.py"), STICK)
+
+
+def prepare():
+    """Makes all that is missing. One run of an architecture at a time: the folder is held until the
+    process ends."""
+    make_rig()
+    _held.append(hold(os.path.join(RIG, "lock")))
+    stick.release_leftovers(RIG)
+    shutil.rmtree(os.path.join(RIG, "own"), ignore_errors=True)
+    make_prefix()
+
+
+def make_prefix():
+    """Anew after another version of Wine was installed, which its last file names."""
+    made_by, version = os.path.join(PRISTINE, "made-by"), stick.run(WINE, "--version")
+    if os.path.exists(made_by):
+        with open(made_by, encoding="utf-8") as file:
+            if file.read() == version:
+                return
+    shutil.rmtree(PRISTINE, ignore_errors=True)
+    environment = wine_environment(PRISTINE)
+    subprocess.run([WINE, "wineboot", "-i"], env=environment, check=True, capture_output=True)
+    subprocess.run([SERVER, "-w"], env=environment, check=True)
+    with open(made_by, "w", encoding="utf-8") as file:
+        file.write(version)
+
+
+def own(name):
+    """The path of a folder that is this process's own: stories run side by side."""
+    return os.path.join(RIG, "own", f"{os.getpid()}-{name}")
+
+
+def copy_prefix(prefix):
+    # Links are enough for all but the registry, which the server writes in place.
+    stick.run("cp", "-al", PRISTINE, prefix)
+    for name in os.listdir(PRISTINE):
+        if name.endswith(".reg"):
+            os.remove(os.path.join(prefix, name))
+            shutil.copy(os.path.join(PRISTINE, name), prefix)
+
+
+def wine_environment(prefix, **more):
+    """Without a debugger, whose box would keep a program that crashed from ending."""
+    if architecture.CHOSEN.name == "x86":
+        more["WINEDLLPATH"] = MODULES
+    return dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all", LC_ALL="C.UTF-8",
+                WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=", **more)
+
+
+if __name__ == "__main__":
+    make_rig()
