@@ -58,16 +58,6 @@ unit() {
   count $(($3 - $2)) "$2"
 }
 
-# The unit tests with their own totals in build/log/units-count.
-units() (
-  passed=0
-  failed=0
-  rm -f build/log/units-count
-  unit native
-  unit asan
-  echo "$passed $failed" >build/log/units-count
-)
-
 # The same sources give the same bytes, in whichever folder they are built.
 same_bytes() {
   for preset in win64 win32; do
@@ -86,6 +76,20 @@ same_package() {
       python3 -m zipfile -t "$zip" | grep -q 'Done testing' && scripts/check-package "$zip" || return 1
     done
 }
+
+# All that needs no window, with its totals in build/log/checks-count.
+checks() (
+  passed=0
+  failed=0
+  quiet tidy scripts/tidy.sh
+  quiet check-executables scripts/check-executables
+  quiet bench-programs cmake --build --preset win64 --target search_bench bare_window
+  quiet reproducible same_bytes
+  quiet package same_package
+  unit native
+  unit asan
+  echo "$passed $failed" >build/log/checks-count
+)
 
 # Both executables in their window, and what their sticks do when they are booted.
 stories() {
@@ -130,30 +134,22 @@ else
   wine10=$!
 fi
 
-quiet tidy scripts/tidy.sh
-
 for preset in win64 win32; do
   quiet "$preset-configure" cmake --preset "$preset" &&
-    quiet "$preset-build" cmake --build --preset "$preset"
+    quiet "$preset-build" cmake --build --preset "$preset" &&
+    quiet "$preset-contract" cmake --build --preset "$preset" --target contract_win32
 done
-quiet check-executables scripts/check-executables
-for preset in win64 win32; do
-  quiet "$preset-contract" cmake --build --preset "$preset" --target contract_win32
-done
-quiet bench-programs cmake --build --preset win64 --target search_bench bare_window
-quiet reproducible same_bytes
-quiet package same_package
 
-# The stories wait more than they work, so the unit tests are built and run beside them.
-units >build/log/units 2>&1 &
+# The stories wait more than they work, so everything else runs beside them.
+rm -f build/log/checks-count
+checks &
 beside=$!
 
 [ -z "$stories" ] || stories
 
 wait "$beside"
-cat build/log/units
 # shellcheck disable=SC2046
-count $(cat build/log/units-count || echo 0 1)
+count $(cat build/log/checks-count || echo 0 1)
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
