@@ -54,9 +54,9 @@ std::string RootOf(const std::string& path) {
   const bool absolute = path.size() > 3 && path[1] == ':' && path[2] == '\\';
   if (!absolute) throw Refusal{"the path must begin with a drive letter, a colon and a backslash"};
   std::string root = path.substr(0, 3);
-  char volume[MAX_PATH] = "";
-  if (::GetVolumePathNameA(path.c_str(), volume, MAX_PATH) &&
-      ::lstrcmpiA(volume, root.c_str()) != 0) {
+  wchar_t volume[MAX_PATH] = L"";
+  if (::GetVolumePathNameW(WideText(path).c_str(), volume, MAX_PATH) &&
+      ::lstrcmpiW(volume, WideText(root).c_str()) != 0) {
     throw Refusal{"the file lies on a volume that is mounted on a folder"};
   }
   return root;
@@ -154,29 +154,43 @@ std::string ExtentsOf(const std::string& path) {
   return ExtentsText(placed.extents);
 }
 
+// Past the run-time library, which would turn each line end into CR CR LF. A console shows every
+// letter; a file gets UTF-8, whatever the code page is.
+bool Print(const std::string& text) {
+  const HANDLE out = ::GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD written = 0, mode = 0;
+  if (::GetConsoleMode(out, &mode)) {
+    const std::wstring wide = WideText(text);
+    return ::WriteConsoleW(out, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) &&
+           written == wide.size();
+  }
+  return ::WriteFile(out, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) &&
+         written == text.size();
+}
+
 }  // namespace
 
 // No expansion of * and ? in the argument.
 extern "C" int _dowildcard;
 int _dowildcard = 0;
 
-int main(int argc, char** argv) {
+// The entry point of the run-time library, which declares it nowhere.
+extern "C" int wmain(int argc, wchar_t** argv);
+
+int wmain(int argc, wchar_t** argv) {
   LoadSystemLibrariesOnly();
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   std::string text = "Usage: getFileExtents \"E:\\folder\\file\"\r\n";
   bool found = false;
   if (argc == 2) {
+    const std::string path = NarrowText(argv[1]);
     try {
-      text = ExtentsOf(argv[1]);
+      text = ExtentsOf(path);
       found = true;
     } catch (const Refusal& refusal) {
       // Callers drop a text without the word "offset" unread.
-      text = std::string("No disk offset of ") + argv[1] + ": " + refusal.why + "\r\n";
+      text = "No disk offset of " + path + ": " + refusal.why + "\r\n";
     }
   }
-  // Past the run-time library, which would turn each line end into CR CR LF.
-  DWORD written = 0;
-  ::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), text.data(), static_cast<DWORD>(text.size()),
-              &written, nullptr);
-  return found && written == text.size() ? 0 : 1;
+  return Print(text) && found ? 0 : 1;
 }

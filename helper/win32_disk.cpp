@@ -88,7 +88,7 @@ std::string ErrorText(DWORD error) {
 
 Opened::Opened(const std::string& path, DWORD access, DWORD flags)
     : path_(path),
-      handle_(::CreateFileA(path.c_str(), access,
+      handle_(::CreateFileW(WideText(path).c_str(), access,
                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                             OPEN_EXISTING, flags, nullptr)) {
   if (handle_ == INVALID_HANDLE_VALUE) throw Failed("can't open " + path, ::GetLastError());
@@ -173,7 +173,8 @@ VolumeLayout LayoutOfVolume(const Opened& volume, const std::string& root) {
     throw Refusal{"the file system of " + volume.Path() + " is none that is known here"};
   }
   DWORD sectors = 0, sectorBytes = 0, freeClusters = 0, clusters = 0;
-  if (::GetDiskFreeSpaceA(root.c_str(), &sectors, &sectorBytes, &freeClusters, &clusters) &&
+  if (::GetDiskFreeSpaceW(WideText(root).c_str(), &sectors, &sectorBytes, &freeClusters,
+                          &clusters) &&
       std::uint64_t{sectors} * sectorBytes != layout.clusterBytes) {
     throw Refusal{"the system tells another cluster size than the boot sector"};
   }

@@ -1,22 +1,14 @@
 // The few system calls of the tool. Each failure throws a Refusal that says what failed and why.
 #pragma once
 
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-
-#include <windows.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "platform/win32/win32_headers.h"
 #include "runs.h"
 
-// Why there is no result. The text is what the tool prints.
+// Why there is no result. The text is what the tool prints, in UTF-8 like every text here.
 struct Refusal {
   std::string why;
 };

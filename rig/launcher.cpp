@@ -24,11 +24,12 @@ int Fail(const char* what) {
 }
 
 // True: the library is in the process and has taken its place.
-bool LoadInto(HANDLE process, const char* library) {
-  const SIZE_T bytes = strlen(library) + 1;
+bool LoadInto(HANDLE process, const std::wstring& library) {
+  const SIZE_T bytes = (library.size() + 1) * sizeof(wchar_t);
   void* text = VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-  if (text == nullptr || !WriteProcessMemory(process, text, library, bytes, nullptr)) return false;
-  const FARPROC load = GetProcAddress(GetModuleHandleA("kernel32.dll"), "LoadLibraryA");
+  if (text == nullptr || !WriteProcessMemory(process, text, library.c_str(), bytes, nullptr))
+    return false;
+  const FARPROC load = GetProcAddress(GetModuleHandleA("kernel32.dll"), "LoadLibraryW");
   LPTHREAD_START_ROUTINE start;
   memcpy(&start, &load, sizeof start);
   const HANDLE thread = CreateRemoteThread(process, nullptr, 0, start, text, 0, nullptr);
@@ -41,47 +42,47 @@ bool LoadInto(HANDLE process, const char* library) {
 }
 
 // Takes the first argument off a command line, as it stands.
-std::string Next(const char*& text) {
-  const char* begin = text;
+std::wstring Next(const wchar_t*& text) {
+  const wchar_t* begin = text;
   for (bool quoted = false; *text != 0 && (quoted || *text != ' '); ++text) {
     quoted ^= *text == '"';
   }
-  const std::string argument(begin, text);
+  const std::wstring argument(begin, text);
   while (*text == ' ') ++text;
   return argument;
 }
 
-std::string Unquoted(std::string text) {
-  std::erase(text, '"');
+std::wstring Unquoted(std::wstring text) {
+  std::erase(text, L'"');
   return text;
 }
 
-std::string Environment(const char* name) {
-  char text[MAX_PATH] = "";
-  GetEnvironmentVariableA(name, text, sizeof text);
+std::wstring Environment(const wchar_t* name) {
+  wchar_t text[MAX_PATH] = L"";
+  GetEnvironmentVariableW(name, text, MAX_PATH);
   return text;
 }
 
 }  // namespace
 
 int main() {
-  const char* line = GetCommandLineA();
-  const bool tool = Unquoted(Next(line)).ends_with("getFileExtents.exe");
-  const std::string library = tool ? Environment("ROTATE_RIG_LIBRARY") : Unquoted(Next(line));
-  const std::string program = tool ? Environment("ROTATE_RIG_TOOL") : Unquoted(Next(line));
-  std::string commandLine = "\"" + program + "\" " + line;
-  STARTUPINFOA startup = {};
+  const wchar_t* line = GetCommandLineW();
+  const bool tool = Unquoted(Next(line)).ends_with(L"getFileExtents.exe");
+  const std::wstring library = tool ? Environment(L"ROTATE_RIG_LIBRARY") : Unquoted(Next(line));
+  const std::wstring program = tool ? Environment(L"ROTATE_RIG_TOOL") : Unquoted(Next(line));
+  std::wstring commandLine = L"\"" + program + L"\" " + line;
+  STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
   startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
   startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   PROCESS_INFORMATION child = {};
-  if (!CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+  if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
                       nullptr, nullptr, &startup, &child)) {
     return Fail("CreateProcess failed, error");
   }
-  if (!LoadInto(child.hProcess, library.c_str())) {
+  if (!LoadInto(child.hProcess, library)) {
     TerminateProcess(child.hProcess, 1);
     return Fail("loading the library failed, error");
   }
@@ -89,6 +90,6 @@ int main() {
   WaitForSingleObject(child.hProcess, INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(child.hProcess, &code);
-  if (code > 1) Tell((program + " ended with").c_str(), code);
+  if (code > 1) Tell("the program ended with", code);
   return static_cast<int>(code);
 }

@@ -33,6 +33,10 @@ inline FindData Find(Platform& p, const std::string& path) {
   return found;
 }
 
+// No one code page has all of these letters, and they are more than 127 bytes.
+constexpr const char* kOfManyAlphabets =
+    "Übung Ёж ツール 容量容量容量容量容量容量容量容量容量容量容量容量容量容量容量容量容量.volPAK";
+
 // All checks of a case, so that a failing one names itself.
 class Checks {
  public:
@@ -96,7 +100,8 @@ inline void CopyAndRename(Platform& p, const std::string& folder, Checks& check)
 inline void Searches(Platform& p, const std::string& folder, Checks& check) {
   const std::string sub = folder + "sub.volPAK";
   if (p.files->GetFileAttributes(sub) == kInvalidAttributes) p.files->MakeFolder(sub);
-  for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
+  for (const char* name :
+       {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt", kOfManyAlphabets}) {
     p.files->AppendLine(sub + "\\" + name, "x");
   }
   FindData found;
@@ -109,8 +114,8 @@ inline void Searches(Platform& p, const std::string& folder, Checks& check) {
     more = p.files->FindNextFile(search, found);
   }
   check(p.files->FindClose(search), "a search closes");
-  for (const char* name : {"a.volPAK ", "b.volPAK23X4D ", "c.volPAK.txt "}) {
-    check(names.find(name) != std::string::npos, name);
+  for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", kOfManyAlphabets}) {
+    check(names.find(name + std::string(" ")) != std::string::npos, name);
   }
   check(names.find("d.txt") == std::string::npos, "d.txt doesn't match");
   check(Find(p, sub + "\\*").name == ".", "a folder's first entry is itself");
@@ -119,7 +124,8 @@ inline void Searches(Platform& p, const std::string& folder, Checks& check) {
     check(p.files->FindFirstFile(none, found) == kInvalidHandle, "finds nothing: -1");
   }
   check((p.files->GetFileAttributes(sub) & kAttributeDirectory) != 0, "attributes of a folder");
-  for (const char* name : {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt"}) {
+  for (const char* name :
+       {"a.volPAK", "b.volPAK23X4D", "c.volPAK.txt", "d.txt", kOfManyAlphabets}) {
     p.files->FileDelete(sub + "\\" + name);
   }
 }

@@ -169,6 +169,10 @@ TEST_F(Discovery, TextsOfTheInquiry) {
   EXPECT_EQ(GetSTRbyBuff({' ', 'a', 0, 'b'}, -5, end, false), std::string("a\0b", 3));
   EXPECT_EQ(end, 3) << "the caller's variable changes with it";
   EXPECT_EQ(GetSTRbyBuff({'a', 'b'}, 2, end, true), "");
+  EXPECT_EQ(GetSTRbyBuff({0xDC, 'b'}, 0, end, true),
+            "\xC3\x9C"
+            "b")
+      << "of the code page";
 }
 
 TEST_F(Discovery, UsableSizeAndItsText) {

@@ -8,6 +8,12 @@
 
 namespace {
 
+std::string Times(int count, const std::string& text) {
+  std::string many;
+  for (int i = 0; i < count; ++i) many += text;
+  return many;
+}
+
 // All begin with B, as the acts' files do.
 const std::vector<std::string> kTaken{"B&calc",
                                       "B & calc & ",
@@ -28,10 +34,11 @@ const std::vector<std::string> kTaken{"B&calc",
                                       "B..",
                                       "B  ",
                                       "B:&: C",
-                                      "B\x80\xC3\xA4\xFF",
+                                      "B\xC3\xA4\xED\xA0\x80",  // half a surrogate pair
                                       "B@#~{}[]",
                                       "Bxxx",
-                                      std::string("B") + std::string(251, 'x')};
+                                      "B" + Times(100, "\xE5\xAE\xB9"),
+                                      "B" + Times(240, "x")};
 const std::vector<std::string> kRefused{"B%COMSPEC%", "B!PATH!", "B\"&calc&\"", "B\"", "B\ncalc"};
 
 std::string Base;  // of the world under work; an Act's prepare takes no arguments of a test's own

@@ -54,12 +54,12 @@ TEST(Log, LinesAndTheirStamps) {
   l.Do(DoubleClick(Control::Label1));
   EXPECT_EQ(l.TakeBoxes(), BoxRows{kLogOn});
   l.pc.machine.clock.Advance(60'001);
-  WriteLog("a\ttab");
+  WriteLog("a\ttab, Ü, 容");
   const std::string start = "2019-03-04 17:05:09.125\t";
   EXPECT_EQ(l.Content("Rotate_TSD.log"), start + "App.path: C:\\Rotate\r\n" + start +
                                              "App.name: Rotate_TSD v.1.1.0\r\n" + start +
                                              "TempFolder: C:\\Temp\\\r\n"
-                                             "2019-03-04 17:06:09.125\ta\ttab\r\n")
+                                             "2019-03-04 17:06:09.125\ta\ttab, \xDC, ?\r\n")
       << "single precision drops the last millisecond this late in the day";
   l.Do(DoubleClick(Control::Label1));
   EXPECT_EQ(l.TakeBoxes(), BoxRows{kLogOff});

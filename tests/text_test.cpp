@@ -10,6 +10,7 @@
 #include "shell/startup.h"
 #include "text/exact_integer.h"
 #include "text/extents_text.h"
+#include "text/wide_text.h"
 
 namespace {
 
@@ -74,6 +75,28 @@ TEST(Text, NulEndsAText) {
   EXPECT_EQ(StripNulls(std::string("  ab\0cd ", 8)), "ab");
   EXPECT_EQ(StripNulls(std::string("\0", 1)), "");
   EXPECT_EQ(StripNulls(" x "), "x");
+}
+
+TEST(Text, WideAndBack) {
+  const std::pair<std::string, std::wstring> cases[] = {
+      {"", L""},
+      {std::string("a\0b", 3), {L'a', 0, L'b'}},
+      {"\x7F\xC2\x80 \xDF\xBF \xE0\xA0\x80", {0x7F, 0x80, ' ', 0x7FF, ' ', 0x800}},
+      {"\xEF\xBF\xBF\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF",
+       {0xFFFF, 0xD800, 0xDC00, ' ', 0xDBFF, 0xDFFF}},
+      // Halves of a pair, as a file name may hold them: alone, at the end, in the wrong order.
+      {"\xED\xA0\x80x\xED\xB0\x80", {0xD800, 'x', 0xDC00}},
+      {"\xED\xBF\xBF\xED\xA0\x80", {0xDFFF, 0xD800}}};
+  for (const auto& [text, wide] : cases) {
+    EXPECT_EQ(WideText(text), wide) << text;
+    EXPECT_EQ(NarrowText(wide), text) << text;
+  }
+  // Not UTF-8: cut short, a byte too many, longer than needed, beyond the last character.
+  for (const char* bad : {"\xC3", "\xE5\xAE", "\x80", "\xC0\xAF", "\xF4\x90\x80\x80", "\xFF"}) {
+    const std::wstring wide = WideText(std::string(bad) + "a");
+    EXPECT_EQ(wide.back(), L'a') << bad;
+    EXPECT_EQ(wide.front(), 0xFFFD) << bad;
+  }
 }
 
 TEST(Text, WindowsVersions) {

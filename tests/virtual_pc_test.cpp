@@ -196,9 +196,15 @@ TEST_F(VirtualPcTest, LooksAtPathsAndFillsBuffersAsWindowsDoes) {
               fits);
     EXPECT_EQ(returned, fits ? 12U : 0U);
   }
-  world.e.AddText("\\" + std::string(260, 'n'), "a name that the record can't hold");
+  std::string name = "n";
+  for (int i = 0; i < 254; ++i) name += "容";
+  world.e.AddText("\\" + name, "the longest name");
   FindData found;
-  EXPECT_EQ(pc.files.FindFirstFile("E:\\nn*", found), kInvalidHandle);
+  EXPECT_GT(pc.files.FindFirstFile("E:\\n*", found), kNoHandle);
+  EXPECT_EQ(found.name, name);
+  EXPECT_EQ(pc.files.GetFileAttributes("E:\\" + name), 0U);
+  EXPECT_EQ(pc.files.GetFileAttributes("E:\\..\\" + name), kInvalidAttributes);
+  EXPECT_THROW(world.e.AddText("\\" + name + "n", ""), std::logic_error);
 }
 
 // What makes every other test fail where a box came that it didn't expect.

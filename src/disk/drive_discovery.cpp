@@ -165,5 +165,5 @@ std::string GetSTRbyBuff(const std::vector<std::uint8_t>& bytes, std::int32_t st
   if (end < start) return "";
   std::string text(bytes.begin() + start, bytes.begin() + end + 1);
   if (stopAtNul) text = text.substr(0, text.find('\0'));
-  return Trim(text);
+  return Trim(Sys.facts->TextOfCodePage(text));
 }

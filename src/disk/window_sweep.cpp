@@ -30,8 +30,5 @@ bool IsTaskWindow(WindowHandle hwnd) {
 
 std::string GetWindowTitle(WindowHandle hwnd) {
   const int length = Sys.desktop->GetWindowTextLength(hwnd);
-  if (length <= 0) return "";
-  std::string buffer(static_cast<std::size_t>(length) + 1, '\0');
-  const int copied = Sys.desktop->GetWindowText(hwnd, buffer.data(), length + 1);
-  return buffer.substr(0, copied > 0 ? static_cast<std::size_t>(copied) : 0);
+  return length > 0 ? Sys.desktop->GetWindowText(hwnd, length + 1) : "";
 }

@@ -19,9 +19,9 @@ class Desktop {
 
   virtual WindowHandle GetDesktopWindow() = 0;
   virtual WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) = 0;
-  virtual int GetWindowTextLength(WindowHandle window) = 0;
-  // Copies at most size - 1 characters and a NUL; gives the count without the NUL.
-  virtual int GetWindowText(WindowHandle window, char* buffer, int size) = 0;
+  virtual int GetWindowTextLength(WindowHandle window) = 0;  // UTF-16 units
+  // At most size - 1 units of the title; the empty text on failure.
+  virtual std::string GetWindowText(WindowHandle window, int size) = 0;
   virtual bool IsWindowVisible(WindowHandle window) = 0;
   // Posts the message with both parameters 0.
   virtual bool PostMessage(WindowHandle window, std::uint32_t message) = 0;

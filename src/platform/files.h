@@ -16,7 +16,7 @@ constexpr std::uint32_t kInvalidAttributes = 0xFFFFFFFF;
 
 // One entry of a search, as WIN32_FIND_DATA gives it.
 struct FindData {
-  std::string name;                 // bare file name, at most 259 characters
+  std::string name;                 // bare file name, at most 259 UTF-16 units
   std::uint32_t attributes = 0;     // the bits above, and others
   std::uint64_t size = 0;           // bytes
   std::uint64_t lastWriteTime = 0;  // FILETIME: 100 ns since 1601, UTC
@@ -49,6 +49,7 @@ class Files {
   virtual std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
                                      std::size_t bytes) = 0;
 
-  // Opens the file for appending (creating it), writes line and CR LF, closes it. 76: no folder.
+  // Opens the file for appending (creating it), writes line and CR LF, closes it. The line is
+  // written in the system's ANSI code page, with "?" for what that lacks. 76: no folder.
   virtual void AppendLine(const std::string& path, const std::string& line) = 0;
 };

@@ -1,4 +1,4 @@
-// Facts of the system and of the running program.
+// Facts of the system and of the running program. Sizes count UTF-16 units with a closing NUL.
 #pragma once
 
 #include <cstdint>
@@ -17,22 +17,24 @@ class SystemFacts {
  public:
   virtual ~SystemFacts() = default;
 
-  // Both give the count of characters put into buffer, without the NUL; 0 on failure.
-  virtual std::uint32_t GetTempPath(std::uint32_t size, char* buffer) = 0;
-  virtual std::uint32_t GetLongPathName(const std::string& shortPath, char* buffer,
-                                        std::uint32_t size) = 0;
+  // The empty text on failure, also where the path doesn't fit into size.
+  virtual std::string GetTempPath(std::uint32_t size) = 0;
+  virtual std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) = 0;
 
   virtual bool GetVersionEx(VersionInfo& version) = 0;
 
-  // root is a volume text and a backslash. The sizes count characters with a closing NUL, however
-  // many bytes each has. False when there is no such volume or a text doesn't fit its size.
+  // root is a volume text and a backslash. False when there is no such volume or a text doesn't fit
+  // its size.
   virtual bool GetVolumeInformation(const std::string& root, std::string& label,
                                     std::uint32_t labelSize, std::uint32_t& serial,
                                     std::string& fileSystem, std::uint32_t fileSystemSize) = 0;
 
-  // The text of an error number into buffer, ending in a NUL; gives its length, 0 on failure.
-  virtual std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code,
-                                      std::uint32_t language, char* buffer, std::uint32_t size) = 0;
+  // The text of an error number, or the empty text.
+  virtual std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                                    std::uint32_t size) = 0;
+
+  // The text of bytes that a device sent, read in the system's ANSI code page.
+  virtual std::string TextOfCodePage(const std::string& bytes) = 0;
 
   // The value of an environment variable, or the empty text.
   virtual std::string Environment(const std::string& name) = 0;

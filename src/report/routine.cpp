@@ -32,10 +32,12 @@ void Routine::Show(const Fault& fault) const {
 std::string APIErrorDescription(std::uint32_t code) {
   const Routine me(ReportLayout::Module, "APIErrorDescription");
   WriteLog("------- APIErrorDescription Started ----------------");
-  std::string buffer(255, ' ');
-  Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, buffer.data(),
-                           static_cast<std::uint32_t>(buffer.size()));
-  return StripNull(buffer);
+  constexpr std::uint32_t kBuffer = 255;
+  std::string text = Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, kBuffer);
+  // As in a buffer of blanks, which the log shows whole.
+  if (!text.empty()) text += '\0';
+  if (text.size() < kBuffer) text.resize(kBuffer, ' ');
+  return StripNull(text);
 }
 
 std::string StripNull(const std::string& text) {

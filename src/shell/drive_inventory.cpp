@@ -9,6 +9,7 @@
 #include "disk/sector_buffer.h"
 #include "shell/log_writer.h"
 #include "text/text.h"
+#include "text/wide_text.h"
 
 double DriveBytes = 0;
 
@@ -65,10 +66,9 @@ std::string Print_Drive_Details() {
 std::string PadText(const std::string& text, const std::string& fill, std::int16_t width,
                     bool left) {
   const std::size_t count = width > 0 ? static_cast<std::size_t>(width) : 0;
-  const std::string filler(count, fill.empty() ? ' ' : fill.front());
-  if (left) return (text + filler).substr(0, count);
-  const std::string joined = filler + text;
-  return joined.substr(joined.size() - count);
+  const std::wstring wide = WideText(text), filler(count, fill.empty() ? L' ' : WideText(fill)[0]);
+  if (left) return NarrowText((wide + filler).substr(0, count));
+  return NarrowText((filler + wide).substr(wide.size()));
 }
 
 std::string FormatCommas(double value, const std::string& /*mask*/) {

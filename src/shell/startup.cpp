@@ -57,17 +57,8 @@ void RequireTool() {
   Sys.processes->EndProcess();
 }
 
-// As many characters as the call says it gave; none where the buffer was too small.
-std::string Taken(const std::string& buffer, std::uint32_t length) {
-  return length > buffer.size() ? "" : buffer.substr(0, length);
-}
-
 std::string LongTempFolder() {
-  std::string buffer(kPathBuffer, '\0');
-  const std::uint32_t length = Sys.facts->GetTempPath(kPathBuffer, buffer.data());
-  const std::string path = Taken(buffer, length);
-  const std::uint32_t longLength = Sys.facts->GetLongPathName(path, buffer.data(), kPathBuffer);
-  return Taken(buffer, longLength);
+  return Sys.facts->GetLongPathName(Sys.facts->GetTempPath(kPathBuffer), kPathBuffer);
 }
 
 // Others may write to the temp folder, so from here on the copy is held, and looked at.

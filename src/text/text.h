@@ -1,5 +1,6 @@
-// Single-byte text: the few operations that the program needs. Letters are those of ASCII; bytes
-// above 0x7F pass unchanged, so text of any code page survives.
+// UTF-8 text: the few operations that the program needs. Upper and lower case are told apart for
+// the letters of ASCII only, which is all that marks and drive letters consist of; every other
+// character passes unchanged.
 #pragma once
 
 #include <cstdint>

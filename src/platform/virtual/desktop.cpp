@@ -1,7 +1,8 @@
 #include "platform/virtual/desktop.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "text/wide_text.h"
 
 namespace {
 constexpr WindowHandle kDesktop = 1;
@@ -42,17 +43,14 @@ int VirtualDesktop::GetWindowTextLength(WindowHandle window) {
   const Step step = machine_.Begin(Op::Desktop, "title-length");
   const VirtualWindow* found = At(window);
   const bool ok = machine_.End(step, !step.Refused() && found != nullptr, 1400);
-  return ok ? static_cast<int>(found->title.size()) : 0;
+  return ok ? static_cast<int>(WideText(found->title).size()) : 0;
 }
 
-int VirtualDesktop::GetWindowText(WindowHandle window, char* buffer, int size) {
+std::string VirtualDesktop::GetWindowText(WindowHandle window, int size) {
   const Step step = machine_.Begin(Op::Desktop, "title");
   const VirtualWindow* found = At(window);
-  if (!machine_.End(step, !step.Refused() && found != nullptr && size > 0, 1400)) return 0;
-  const std::size_t count = std::min(found->title.size(), static_cast<std::size_t>(size) - 1);
-  std::memcpy(buffer, found->title.data(), count);
-  buffer[count] = '\0';
-  return static_cast<int>(count);
+  if (!machine_.End(step, !step.Refused() && found != nullptr && size > 0, 1400)) return "";
+  return NarrowText(WideText(found->title).substr(0, static_cast<std::size_t>(size) - 1));
 }
 
 bool VirtualDesktop::IsWindowVisible(WindowHandle window) {

@@ -31,7 +31,7 @@ class VirtualDesktop : public Desktop {
   WindowHandle GetDesktopWindow() override;
   WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) override;
   int GetWindowTextLength(WindowHandle window) override;
-  int GetWindowText(WindowHandle window, char* buffer, int size) override;
+  std::string GetWindowText(WindowHandle window, int size) override;
   bool IsWindowVisible(WindowHandle window) override;
   bool PostMessage(WindowHandle window, std::uint32_t message) override;
   WindowHandle FindWindow(const std::string& className) override;

@@ -1,27 +1,24 @@
 #include "platform/virtual/facts.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "platform/virtual/code_page.h"
 #include "text/text.h"
+#include "text/wide_text.h"
 
-std::uint32_t VirtualFacts::Give(const Step& step, const std::string& text, char* buffer,
-                                 std::uint32_t size) {
-  const bool fits = !text.empty() && text.size() < size;
-  if (!machine_.End(step, fits && !step.Refused(), kErrorInsufficientBuffer)) return 0;
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
-  return static_cast<std::uint32_t>(text.size());
+std::string VirtualFacts::Give(const Step& step, const std::string& text, std::uint32_t size) {
+  const bool fits = !text.empty() && WideText(text).size() < size;
+  return machine_.End(step, fits && !step.Refused(), kErrorInsufficientBuffer) ? text : "";
 }
 
-std::uint32_t VirtualFacts::GetTempPath(std::uint32_t size, char* buffer) {
-  return Give(machine_.Begin(Op::Fact, "temp-path"), tempPath, buffer, size);
+std::string VirtualFacts::GetTempPath(std::uint32_t size) {
+  return Give(machine_.Begin(Op::Fact, "temp-path"), tempPath, size);
 }
 
-std::uint32_t VirtualFacts::GetLongPathName(const std::string& shortPath, char* buffer,
-                                            std::uint32_t size) {
+std::string VirtualFacts::GetLongPathName(const std::string& shortPath, std::uint32_t size) {
   const auto found = longPaths.find(shortPath);
   return Give(machine_.Begin(Op::Fact, "long-path"),
-              found == longPaths.end() ? shortPath : found->second, buffer, size);
+              found == longPaths.end() ? shortPath : found->second, size);
 }
 
 bool VirtualFacts::GetVersionEx(VersionInfo& info) {
@@ -41,7 +38,7 @@ bool VirtualFacts::GetVolumeInformation(const std::string& root, std::string& la
   if (volume == nullptr) return machine_.Fail(step, kErrorPathNotFound);
   if (!machine_.Mount(*volume)) return machine_.Fail(step, kErrorAccessDenied);
   if (volume->fileSystem.empty()) return machine_.Fail(step, 1005);  // ERROR_UNRECOGNIZED_VOLUME
-  if (volume->label.size() >= labelSize || volume->fileSystem.size() >= fileSystemSize) {
+  if (WideText(volume->label).size() >= labelSize || volume->fileSystem.size() >= fileSystemSize) {
     return machine_.Fail(step, 234);  // ERROR_MORE_DATA
   }
   label = volume->label;
@@ -50,8 +47,8 @@ bool VirtualFacts::GetVolumeInformation(const std::string& root, std::string& la
   return machine_.End(step, true);
 }
 
-std::uint32_t VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std::uint32_t,
-                                          char* buffer, std::uint32_t size) {
+std::string VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std::uint32_t,
+                                        std::uint32_t size) {
   const Step step = machine_.Begin(Op::Fact, "message", std::to_string(code));
   std::string text;
   switch (code) {
@@ -67,7 +64,11 @@ std::uint32_t VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std
     default:
       text = "Error " + std::to_string(code) + ".\r\n";
   }
-  return Give(step, text, buffer, size);
+  return Give(step, text, size);
+}
+
+std::string VirtualFacts::TextOfCodePage(const std::string& bytes) {
+  return FromCodePage(bytes);
 }
 
 std::string VirtualFacts::Environment(const std::string& name) {

@@ -13,15 +13,15 @@ class VirtualFacts : public SystemFacts {
  public:
   explicit VirtualFacts(Machine& machine) : machine_(machine) {}
 
-  std::uint32_t GetTempPath(std::uint32_t size, char* buffer) override;
-  std::uint32_t GetLongPathName(const std::string& shortPath, char* buffer,
-                                std::uint32_t size) override;
+  std::string GetTempPath(std::uint32_t size) override;
+  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) override;
   bool GetVersionEx(VersionInfo& version) override;
   bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
                             std::uint32_t& serial, std::string& fileSystem,
                             std::uint32_t fileSystemSize) override;
-  std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                              char* buffer, std::uint32_t size) override;
+  std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                            std::uint32_t size) override;
+  std::string TextOfCodePage(const std::string& bytes) override;
   std::string Environment(const std::string& name) override;
   std::string SystemFolder() override { return systemFolder; }
   std::string ProgramFolder() override { return programFolder; }
@@ -38,7 +38,7 @@ class VirtualFacts : public SystemFacts {
   int furtherDrives = 0;  // letters beyond those of the volumes that are there
 
  private:
-  std::uint32_t Give(const Step& step, const std::string& text, char* buffer, std::uint32_t size);
+  std::string Give(const Step& step, const std::string& text, std::uint32_t size);
 
   Machine& machine_;
 };

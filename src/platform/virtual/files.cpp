@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/virtual/code_page.h"
 #include "platform/virtual/wildcard.h"
 #include "text/text.h"
 
 namespace {
 constexpr std::uint32_t kDeleteAccess = 0x10000;  // DELETE; nobody here shares it
-constexpr std::size_t kLongestName = 259;
-constexpr std::uint32_t kErrorMoreData = 234;
 }  // namespace
 
 VirtualFiles::Place VirtualFiles::Look(const std::string& path) {
@@ -101,8 +100,6 @@ Handle VirtualFiles::FindFirstFile(const std::string& pattern, FindData& found) 
       if (WildcardMatches(mask, name)) search.rest.push_back(name);
     }
     if (search.rest.empty()) error = kErrorFileNotFound;
-    // The record holds 260 characters; a name that is longer ends the search.
-    if (error == 0 && search.rest.front().size() > kLongestName) error = kErrorMoreData;
   }
   if (!machine_.End(step, error == 0, error) || place.volume == nullptr) return kInvalidHandle;
   search.kind = OpenHandle::Kind::Search;
@@ -122,7 +119,6 @@ bool VirtualFiles::FindNextFile(Handle handle, FindData& found) {
     return machine_.Fail(step, kErrorInvalidHandle);
   }
   if (search->rest.empty()) return machine_.Fail(step, kErrorNoMoreFiles);
-  if (search->rest.front().size() > kLongestName) return machine_.Fail(step, kErrorMoreData);
   Fill(found, *search->volume, search->path, search->rest.front());
   search->rest.erase(search->rest.begin());
   return machine_.End(step, true);
@@ -265,7 +261,7 @@ void VirtualFiles::AppendLine(const std::string& path, const std::string& line) 
     place.file->resident = place.volume->Read(*place.file, 0, place.file->size);
     place.file->extents.clear();
   }
-  place.file->resident += line + "\r\n";
+  place.file->resident += ToCodePage(line) + "\r\n";
   place.file->size = place.file->resident.size();
   place.file->lastWriteTime = machine_.clock.FileTime();
   machine_.End(step, true);

@@ -6,11 +6,13 @@
 
 #include "platform/files.h"
 #include "text/text.h"
+#include "text/wide_text.h"
 
 SplitPath SplitAtVolume(const std::string& path, const std::string& folder) {
   const bool hasLetter = path.size() >= 2 && path[1] == ':';
   const std::string whole = hasLetter ? path : folder + "\\" + path;
   SplitPath split{UpperCase(whole.substr(0, 1))[0], ""};
+  if (whole.size() > kLongestPath && WideText(whole).size() > kLongestPath) split.letter = '\0';
   for (std::size_t at = 2; at < whole.size();) {
     const std::size_t end = std::min(whole.find_first_of("\\/", at), whole.size());
     const std::string part = whole.substr(at, end - at);
@@ -36,6 +38,7 @@ bool VirtualVolume::Covers(std::uint64_t lba, std::uint64_t count) const {
 }
 
 VirtualFile& VirtualVolume::Insert(VirtualFile file) {
+  if (WideText(NameOf(file.path)).size() > kLongestName) throw std::logic_error("name too long");
   const std::string parent = ParentOf(file.path);
   if (!FolderExists(parent)) AddFolder(parent);
   const std::string key = UpperCase(file.path);

@@ -122,9 +122,14 @@ class VirtualVolume {
   bool isHeld_ = false;
 };
 
-// "E:\a\\b" as "E" and "\a\b". A path without a letter is taken from folder.
+// Windows' limits, in UTF-16 units.
+constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kLongestPath = 259;
+
+// "E:\a\\b" as "E" and "\a\b". A path without a letter is taken from folder; one that is too long
+// has no volume.
 struct SplitPath {
-  char letter;
+  char letter;       // NUL: none
   std::string rest;  // "" for the root
 };
 SplitPath SplitAtVolume(const std::string& path, const std::string& folder);

@@ -14,7 +14,7 @@ int SystemDpi() {
 // Windows 8.1 and early 10. The library is loaded already if the manifest's setting was understood.
 int DpiOfMonitor(HWND window) {
   using GetDpiForMonitorFunction = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
-  const auto getDpiForMonitor = LookUp<GetDpiForMonitorFunction>("shcore.dll", "GetDpiForMonitor");
+  const auto getDpiForMonitor = LookUp<GetDpiForMonitorFunction>(L"shcore.dll", "GetDpiForMonitor");
   UINT x = 0, y = 0;
   const HMONITOR monitor = ::MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST);
   if (getDpiForMonitor == nullptr || getDpiForMonitor(monitor, 0, &x, &y) != S_OK) return 0;
@@ -25,7 +25,7 @@ int DpiOfMonitor(HWND window) {
 
 int DpiOfWindow(HWND window) {
   using GetDpiForWindowFunction = UINT(WINAPI*)(HWND);
-  const auto getDpiForWindow = LookUp<GetDpiForWindowFunction>("user32.dll", "GetDpiForWindow");
+  const auto getDpiForWindow = LookUp<GetDpiForWindowFunction>(L"user32.dll", "GetDpiForWindow");
   int dpi = getDpiForWindow != nullptr ? static_cast<int>(getDpiForWindow(window)) : 0;
   if (dpi == 0) dpi = DpiOfMonitor(window);
   return dpi != 0 ? dpi : SystemDpi();

@@ -1,4 +1,6 @@
 // How the controls are made, sized and given their fonts.
+#include <cstring>
+
 #include "platform/win32/dpi.h"
 #include "platform/win32/form_window.h"
 #include "platform/win32/resource_ids.h"
@@ -10,11 +12,11 @@ constexpr int kDropDownRows = 12;
 
 // The outline font with the measures of the bitmap font "MS Sans Serif", which exists in the sizes
 // of a 96 dpi screen only.
-constexpr const char* kWindowFont = "Microsoft Sans Serif";
+constexpr const wchar_t* kWindowFont = L"Microsoft Sans Serif";
 constexpr const char* kBitmapFont = "MS Sans Serif";
 
 struct WindowKind {
-  const char* className;
+  const wchar_t* className;
   DWORD style;
   DWORD extendedStyle;
 };
@@ -23,18 +25,18 @@ WindowKind KindOf(const ControlDesign& design) {
   switch (design.kind) {
     case ControlKind::DropDownList:
       // Drawn by the owner: a themed drop-down list ignores its background colour.
-      return {WC_COMBOBOXA,
+      return {WC_COMBOBOXW,
               WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED | CBS_HASSTRINGS |
                   (design.sorted ? CBS_SORT : 0ul),
               0};
     case ControlKind::CheckBox:
-      return {WC_BUTTONA, WS_TABSTOP | BS_AUTOCHECKBOX | BS_MULTILINE, 0};
+      return {WC_BUTTONW, WS_TABSTOP | BS_AUTOCHECKBOX | BS_MULTILINE, 0};
     case ControlKind::Button:
-      return {WC_BUTTONA, WS_TABSTOP | BS_PUSHBUTTON | BS_MULTILINE, 0};
+      return {WC_BUTTONW, WS_TABSTOP | BS_PUSHBUTTON | BS_MULTILINE, 0};
     case ControlKind::Label:
-      return {WC_STATICA, SS_NOTIFY | SS_NOPREFIX | (design.centred ? DWORD{SS_CENTER} : 0ul), 0};
+      return {WC_STATICW, SS_NOTIFY | SS_NOPREFIX | (design.centred ? DWORD{SS_CENTER} : 0ul), 0};
     case ControlKind::ListBox:
-      return {WC_LISTBOXA,
+      return {WC_LISTBOXW,
               WS_TABSTOP | WS_HSCROLL | WS_VSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT |
                   (design.sorted ? LBS_SORT : 0ul),
               WS_EX_CLIENTEDGE};
@@ -45,11 +47,11 @@ WindowKind KindOf(const ControlDesign& design) {
 }
 
 HFONT MakeFont(const char* name, bool bold, bool italic, bool underlined, int dpi) {
-  const bool bitmap = name == nullptr || ::lstrcmpiA(name, kBitmapFont) == 0;
+  const bool bitmap = name == nullptr || std::strcmp(name, kBitmapFont) == 0;
   const int height = -::MulDiv(825, dpi, 7200);  // 8.25 points
-  return ::CreateFontA(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, italic, underlined, FALSE,
+  return ::CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, italic, underlined, FALSE,
                        DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                       DEFAULT_PITCH, bitmap ? kWindowFont : name);
+                       DEFAULT_PITCH, bitmap ? kWindowFont : WideText(name).c_str());
 }
 
 void Replace(HFONT& font, HFONT by) {
@@ -64,35 +66,37 @@ void FormWindow::MakeControl(const ControlDesign& design) {
   if (kind.className == nullptr) return;
   // Screen readers call a list by the static text in front of it in tab order, seen or not.
   if (design.spokenName != nullptr) {
-    ::CreateWindowExA(0, WC_STATICA, design.spokenName, WS_CHILD | SS_NOPREFIX, 0, 0, 0, 0, frame_,
-                      nullptr, ::GetModuleHandleA(nullptr), nullptr);
+    ::CreateWindowExW(0, WC_STATICW, WideText(design.spokenName).c_str(), WS_CHILD | SS_NOPREFIX, 0,
+                      0, 0, 0, frame_, nullptr, ::GetModuleHandleW(nullptr), nullptr);
   }
   Part& part = parts_[Index(design.id)];
   const auto id = static_cast<INT_PTR>(kFirstControlId + Index(design.id));
-  part.window = ::CreateWindowExA(
-      kind.extendedStyle, kind.className, design.caption != nullptr ? design.caption : "",
-      WS_CHILD | (design.visible ? WS_VISIBLE : 0ul) | kind.style, 0, 0, 0, 0, frame_,
-      reinterpret_cast<HMENU>(id), ::GetModuleHandleA(nullptr), nullptr);
+  part.window =
+      ::CreateWindowExW(kind.extendedStyle, kind.className,
+                        design.caption != nullptr ? WideText(design.caption).c_str() : L"",
+                        WS_CHILD | (design.visible ? WS_VISIBLE : 0ul) | kind.style, 0, 0, 0, 0,
+                        frame_, reinterpret_cast<HMENU>(id), ::GetModuleHandleW(nullptr), nullptr);
   if (design.backColour != nullptr) {
     const Rgb& back = *design.backColour;
     part.back = ::CreateSolidBrush(RGB(back.red, back.green, back.blue));
   }
-  if (design.ticked) ::SendMessageA(part.window, BM_SETCHECK, BST_CHECKED, 0);
+  if (design.ticked) ::SendMessageW(part.window, BM_SETCHECK, BST_CHECKED, 0);
   if (design.toolTip != nullptr) AddToolTip(part.window, design.toolTip);
 }
 
 void FormWindow::AddToolTip(HWND control, const char* text) {
   if (tips_ == nullptr) {
-    tips_ = ::CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0,
-                              0, 0, 0, frame_, nullptr, ::GetModuleHandleA(nullptr), nullptr);
+    tips_ = ::CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0,
+                              0, 0, 0, frame_, nullptr, ::GetModuleHandleW(nullptr), nullptr);
   }
-  TTTOOLINFOA tool{};
-  tool.cbSize = sizeof tool;
+  std::wstring words = WideText(text);
+  TTTOOLINFOW tool{};
+  tool.cbSize = TTTOOLINFOW_V2_SIZE;  // that of common controls 5, which refuse a larger one
   tool.uFlags = TTF_IDISHWND;
   tool.hwnd = frame_;
   tool.uId = reinterpret_cast<UINT_PTR>(control);
-  tool.lpszText = const_cast<char*>(text);
-  ::SendMessageA(tips_, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
+  tool.lpszText = words.data();
+  ::SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 void FormWindow::LayOut() {
@@ -112,7 +116,7 @@ void FormWindow::LayOutControl(const ControlDesign& design) {
           own ? MakeFont(design.fontName, design.bold, design.italic, design.underlined, dpi_)
               : nullptr);
   const HFONT font = own ? part.font : font_;
-  ::SendMessageA(part.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  ::SendMessageW(part.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
 
   const int left = PixelsOf(design.left, dpi_);
   const int top = PixelsOf(design.top, dpi_);
@@ -121,12 +125,12 @@ void FormWindow::LayOutControl(const ControlDesign& design) {
   if (design.kind == ControlKind::DropDownList) {
     // The window's height is that of the opened list; the closed field follows its row's height.
     const int row = TextPixels("").cy + ScaledPixels(2, dpi_);
-    ::SendMessageA(part.window, CB_SETITEMHEIGHT, 0, row);
+    ::SendMessageW(part.window, CB_SETITEMHEIGHT, 0, row);
     RECT field;
     ::SetWindowPos(part.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
     ::GetWindowRect(part.window, &field);
-    const auto inner = ::SendMessageA(part.window, CB_GETITEMHEIGHT, static_cast<WPARAM>(-1), 0);
-    ::SendMessageA(part.window, CB_SETITEMHEIGHT, static_cast<WPARAM>(-1),
+    const auto inner = ::SendMessageW(part.window, CB_GETITEMHEIGHT, static_cast<WPARAM>(-1), 0);
+    ::SendMessageW(part.window, CB_SETITEMHEIGHT, static_cast<WPARAM>(-1),
                    inner + height - (field.bottom - field.top));
     height += kDropDownRows * row;
   }
@@ -138,7 +142,7 @@ void FormWindow::LoadButtonIcon(Part& part) const {
   const int size = ScaledPixels(kButtonIconSize, dpi_);
   if (part.icon != nullptr) ::DestroyIcon(part.icon);
   part.icon =
-      static_cast<HICON>(::LoadImageA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(ICON_RESTORE),
+      static_cast<HICON>(::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(ICON_RESTORE),
                                       IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
 }
 

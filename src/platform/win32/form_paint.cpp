@@ -10,14 +10,14 @@ COLORREF ColourOf(const Rgb& colour) {
 
 // The user has chosen the colours, and ours might not be seen among them.
 bool HighContrast() {
-  HIGHCONTRASTA contrast{};
+  HIGHCONTRASTW contrast{};
   contrast.cbSize = sizeof contrast;
-  return ::SystemParametersInfoA(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) != FALSE &&
+  return ::SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) != FALSE &&
          (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
 }
 
-HCURSOR SystemCursor(LPSTR id) {
-  return ::LoadCursorA(nullptr, id);
+HCURSOR SystemCursor(LPWSTR id) {
+  return ::LoadCursorW(nullptr, id);
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ const ControlDesign* FormWindow::DesignOf(HWND control) const {
 
 LRESULT FormWindow::Colour(UINT message, WPARAM wParam, HWND control) {
   const LRESULT usual =
-      ::DefWindowProcA(frame_, message, wParam, reinterpret_cast<LPARAM>(control));
+      ::DefWindowProcW(frame_, message, wParam, reinterpret_cast<LPARAM>(control));
   const ControlDesign* design = DesignOf(control);
   if (design == nullptr || design->textColour == nullptr || HighContrast()) return usual;
   const auto canvas = reinterpret_cast<HDC>(wParam);
@@ -84,7 +84,7 @@ LRESULT FormWindow::DrawButton(const NMCUSTOMDRAW& item) {
   ::DrawIconEx(item.hdc, face.left + gap, (face.top + face.bottom - icon) / 2, part.icon, icon,
                icon, 0, nullptr, DI_NORMAL);
 
-  const auto cues = ::SendMessageA(item.hdr.hwndFrom, WM_QUERYUISTATE, 0, 0);
+  const auto cues = ::SendMessageW(item.hdr.hwndFrom, WM_QUERYUISTATE, 0, 0);
   const UINT style = DT_CENTER | DT_WORDBREAK | ((cues & UISF_HIDEACCEL) != 0 ? DT_HIDEPREFIX : 0u);
   RECT room{face.left + gap + icon + gap / 2, face.top, face.right - gap / 2, face.bottom};
   RECT text = room;
@@ -127,8 +127,8 @@ SIZE FormWindow::TextPixels(const std::string& text) const {
   const std::wstring wide = WideText(text);
   ::GetTextExtentPoint32W(measure_, wide.data(), static_cast<int>(wide.size()), &size);
   if (wide.empty()) {
-    TEXTMETRICA metric{};
-    ::GetTextMetricsA(measure_, &metric);
+    TEXTMETRICW metric{};
+    ::GetTextMetricsW(measure_, &metric);
     size.cy = metric.tmHeight;
   }
   return size;

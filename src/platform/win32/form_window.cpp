@@ -11,7 +11,7 @@ constexpr DWORD kStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBO
 
 HICON ProgramIcon(int widthMetric, int heightMetric) {
   return static_cast<HICON>(
-      ::LoadImageA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(ICON_PROGRAM), IMAGE_ICON,
+      ::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(ICON_PROGRAM), IMAGE_ICON,
                    ::GetSystemMetrics(widthMetric), ::GetSystemMetrics(heightMetric), LR_SHARED));
 }
 
@@ -39,21 +39,22 @@ void FormWindow::Create(const FormDesign& design, void (*handler)(UserEvent)) {
   INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
   ::InitCommonControlsEx(&classes);
 
-  WNDCLASSEXA windowClass{};
+  WNDCLASSEXW windowClass{};
   windowClass.cbSize = sizeof windowClass;
   windowClass.lpfnWndProc = Procedure;
-  windowClass.hInstance = ::GetModuleHandleA(nullptr);
+  windowClass.hInstance = ::GetModuleHandleW(nullptr);
   windowClass.hIcon = ProgramIcon(SM_CXICON, SM_CYICON);
   windowClass.hIconSm = ProgramIcon(SM_CXSMICON, SM_CYSMICON);
-  windowClass.hCursor = ::LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
+  windowClass.hCursor = ::LoadCursorW(nullptr, IDC_ARROW);
   windowClass.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
-  windowClass.lpszClassName = design.className;
-  ::RegisterClassExA(&windowClass);
+  const std::wstring className = WideText(design.className);
+  windowClass.lpszClassName = className.c_str();
+  ::RegisterClassExW(&windowClass);
 
   design_ = &design;
   handler_ = handler;
-  frame_ = ::CreateWindowExA(0, design.className, design.caption, kStyle, 0, 0, 0, 0, nullptr,
-                             nullptr, windowClass.hInstance, nullptr);
+  frame_ = ::CreateWindowExW(0, className.c_str(), WideText(design.caption).c_str(), kStyle, 0, 0,
+                             0, 0, nullptr, nullptr, windowClass.hInstance, nullptr);
   dpi_ = DpiOfWindow(frame_);
   for (std::size_t i = 0; i < kControlCount; ++i) MakeControl(design.controls[i]);
   LayOut();
@@ -71,18 +72,18 @@ void FormWindow::Destroy() {
 
 void FormWindow::HandOut(MSG& message) {
   if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
-    ::SendMessageA(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
+    ::SendMessageW(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
   }
   if (IsRepeatThatActs(message)) return;
   const HWND list = Of(Control::List1);
   if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN && list != nullptr &&
       message.hwnd == list) {
-    if (::SendMessageA(list, LB_GETCURSEL, 0, 0) != LB_ERR) Raise(UserEvent::List1_DblClick);
+    if (::SendMessageW(list, LB_GETCURSEL, 0, 0) != LB_ERR) Raise(UserEvent::List1_DblClick);
     return;
   }
-  if (frame_ != nullptr && ::IsDialogMessageA(frame_, &message)) return;
+  if (frame_ != nullptr && ::IsDialogMessageW(frame_, &message)) return;
   ::TranslateMessage(&message);
-  ::DispatchMessageA(&message);
+  ::DispatchMessageW(&message);
 }
 
 void FormWindow::HandOutLateClose() {
@@ -102,7 +103,7 @@ void FormWindow::Raise(UserEvent event) {
 
 LRESULT CALLBACK FormWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (window == TheForm.frame_) return TheForm.Handle(message, wParam, lParam);
-  return ::DefWindowProcA(window, message, wParam, lParam);
+  return ::DefWindowProcW(window, message, wParam, lParam);
 }
 
 LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -153,7 +154,7 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     default:
       break;
   }
-  return ::DefWindowProcA(frame, message, wParam, lParam);
+  return ::DefWindowProcW(frame, message, wParam, lParam);
 }
 
 void FormWindow::Command(WPARAM wParam, HWND from) {
@@ -194,18 +195,18 @@ void FormWindow::SetEnabled(Control control, bool enabled) {
 void FormWindow::AddRow(Control list, const std::string& text) {
   Part& part = parts_[Index(list)];
   if (!part.frozen) {
-    ::SendMessageA(part.window, WM_SETREDRAW, FALSE, 0);
+    ::SendMessageW(part.window, WM_SETREDRAW, FALSE, 0);
     part.frozen = true;
   }
-  ::SendMessageA(part.window, IsDropDown(list) ? CB_ADDSTRING : LB_ADDSTRING, 0,
-                 reinterpret_cast<LPARAM>(text.c_str()));
+  ::SendMessageW(part.window, IsDropDown(list) ? CB_ADDSTRING : LB_ADDSTRING, 0,
+                 reinterpret_cast<LPARAM>(WideText(text).c_str()));
 }
 
 void FormWindow::ShowRows() {
   for (Part& part : parts_) {
     if (!part.frozen) continue;
     part.frozen = false;
-    ::SendMessageA(part.window, WM_SETREDRAW, TRUE, 0);
+    ::SendMessageW(part.window, WM_SETREDRAW, TRUE, 0);
     ::InvalidateRect(part.window, nullptr, TRUE);
   }
 }

@@ -35,19 +35,19 @@ SIZE MeasurePrompt(HWND dialog, const InputBox& box) {
 }
 
 struct PartOfBox {
-  const char* className;
-  const char* text;
+  const wchar_t* className;
+  const wchar_t* text;
   DWORD style, extendedStyle;
   int id;
   RECT place;  // left, top, width, height
 };
 
 HWND Add(HWND dialog, const InputBox& box, const PartOfBox& part) {
-  const HWND window = ::CreateWindowExA(
+  const HWND window = ::CreateWindowExW(
       part.extendedStyle, part.className, part.text, WS_CHILD | WS_VISIBLE | part.style,
       part.place.left, part.place.top, part.place.right, part.place.bottom, dialog,
-      reinterpret_cast<HMENU>(static_cast<INT_PTR>(part.id)), ::GetModuleHandleA(nullptr), nullptr);
-  ::SendMessageA(window, WM_SETFONT, reinterpret_cast<WPARAM>(box.font), TRUE);
+      reinterpret_cast<HMENU>(static_cast<INT_PTR>(part.id)), ::GetModuleHandleW(nullptr), nullptr);
+  ::SendMessageW(window, WM_SETFONT, reinterpret_cast<WPARAM>(box.font), TRUE);
   return window;
 }
 
@@ -77,56 +77,55 @@ void Fill(HWND dialog, const InputBox& box) {
   const int okLeft = cancelLeft - buttonWidth - box.Scaled(7);
 
   Add(dialog, box,
-      {"STATIC",
-       box.text.prompt.c_str(),
+      {L"STATIC",
+       WideText(box.text.prompt).c_str(),
        SS_LEFT | SS_NOPREFIX,
        0,
        -1,
        {margin, margin, width, prompt.cy}});
   const HWND field = Add(dialog, box,
-                         {"EDIT",
-                          box.text.initial.c_str(),
+                         {L"EDIT",
+                          WideText(box.text.initial).c_str(),
                           WS_TABSTOP | ES_AUTOHSCROLL,
                           WS_EX_CLIENTEDGE,
                           kFieldId,
                           {margin, fieldTop, width, fieldHeight}});
   Add(dialog, box,
-      {"BUTTON",
-       "OK",
+      {L"BUTTON",
+       L"OK",
        WS_TABSTOP | BS_DEFPUSHBUTTON,
        0,
        IDOK,
        {okLeft, buttonTop, buttonWidth, buttonHeight}});
   Add(dialog, box,
-      {"BUTTON",
-       "Cancel",
+      {L"BUTTON",
+       L"Cancel",
        WS_TABSTOP | BS_PUSHBUTTON,
        0,
        IDCANCEL,
        {cancelLeft, buttonTop, buttonWidth, buttonHeight}});
-  ::SetWindowTextA(dialog, box.text.title.c_str());
+  ::SetWindowTextW(dialog, WideText(box.text.title).c_str());
   Centre(dialog, ::GetWindow(dialog, GW_OWNER), width + 2 * margin,
          buttonTop + buttonHeight + margin);
-  ::SendMessageA(field, EM_SETSEL, 0, -1);
+  ::SendMessageW(field, EM_SETSEL, 0, -1);
   ::SetFocus(field);
 }
 
 INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_INITDIALOG) {
-    ::SetWindowLongPtrA(dialog, GWLP_USERDATA, lParam);
+    ::SetWindowLongPtrW(dialog, GWLP_USERDATA, lParam);
     Fill(dialog, *reinterpret_cast<InputBox*>(lParam));
     return FALSE;  // the focus is set
   }
   if (message != WM_COMMAND) return FALSE;
   const WORD id = LOWORD(wParam);
   if (id != IDOK && id != IDCANCEL) return FALSE;
-  auto& box = *reinterpret_cast<InputBox*>(::GetWindowLongPtrA(dialog, GWLP_USERDATA));
+  auto& box = *reinterpret_cast<InputBox*>(::GetWindowLongPtrW(dialog, GWLP_USERDATA));
   if (id == IDOK) {
     const HWND field = ::GetDlgItem(dialog, kFieldId);
-    box.answer.resize(static_cast<std::size_t>(::GetWindowTextLengthA(field)) + 1);
-    const int size = static_cast<int>(box.answer.size());
-    const int count = ::GetWindowTextA(field, box.answer.data(), size);
-    box.answer.resize(static_cast<std::size_t>(count));
+    std::wstring answer(static_cast<std::size_t>(::GetWindowTextLengthW(field)) + 1, L'\0');
+    const int count = ::GetWindowTextW(field, answer.data(), static_cast<int>(answer.size()));
+    box.answer = NarrowText({answer.data(), static_cast<std::size_t>(count)});
   }
   ::EndDialog(dialog, id);
   return TRUE;
@@ -139,10 +138,10 @@ std::string AskForText(const InputQuestion& text, HWND owner, HFONT font, int dp
   empty.head.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
   if (owner == nullptr) empty.head.style |= DS_SETFOREGROUND;
   // A font of its own: the window's is replaced when its density changes, also while this is open.
-  LOGFONTA look{};
-  ::GetObjectA(font, sizeof look, &look);
-  InputBox box{text, ::CreateFontIndirectA(&look), dpi, ""};
-  ::DialogBoxIndirectParamA(::GetModuleHandleA(nullptr), &empty.head, owner, Procedure,
+  LOGFONTW look{};
+  ::GetObjectW(font, sizeof look, &look);
+  InputBox box{text, ::CreateFontIndirectW(&look), dpi, ""};
+  ::DialogBoxIndirectParamW(::GetModuleHandleW(nullptr), &empty.head, owner, Procedure,
                             reinterpret_cast<LPARAM>(&box));
   ::DeleteObject(box.font);
   return box.answer;

@@ -9,6 +9,6 @@ inline void LoadSystemLibrariesOnly() {
   using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
   constexpr DWORD kSearchSystem32 = 0x800;  // libloaderapi.h, LOAD_LIBRARY_SEARCH_SYSTEM32
   const auto setDefaultDllDirectories =
-      LookUp<SetDefaultDllDirectoriesFunction>("kernel32.dll", "SetDefaultDllDirectories");
+      LookUp<SetDefaultDllDirectoriesFunction>(L"kernel32.dll", "SetDefaultDllDirectories");
   if (setDefaultDllDirectories != nullptr) setDefaultDllDirectories(kSearchSystem32);
 }

@@ -7,10 +7,10 @@ constexpr LPARAM kWasDown = 1L << 30;
 
 PressHook* Current = nullptr;
 
-bool HasClass(HWND window, const char* name) {
-  char text[16] = "";
-  ::GetClassNameA(window, text, sizeof text);
-  return ::lstrcmpiA(text, name) == 0;
+bool HasClass(HWND window, const wchar_t* name) {
+  wchar_t text[16] = L"";
+  ::GetClassNameW(window, text, sizeof text / sizeof text[0]);
+  return ::lstrcmpiW(text, name) == 0;
 }
 
 struct ButtonMessages {
@@ -61,7 +61,7 @@ bool IsButton(const MSG& message, Press& press) {
 
 // Shown and painted: what isn't painted yet can't have been read.
 BOOL CALLBACK IsShownBox(HWND window, LPARAM found) {
-  if (!::IsWindowVisible(window) || !HasClass(window, "#32770")) return TRUE;
+  if (!::IsWindowVisible(window) || !HasClass(window, L"#32770")) return TRUE;
   *reinterpret_cast<bool*>(found) = !::GetUpdateRect(window, nullptr, FALSE);
   return FALSE;
 }
@@ -71,7 +71,7 @@ BOOL CALLBACK IsShownBox(HWND window, LPARAM found) {
 // The timer looks while nobody does anything, so that no press is the first that is seen of a box.
 PressHook::PressHook(PressFilter& filter)
     : filter_(filter),
-      hook_(::SetWindowsHookExA(WH_MSGFILTER, Procedure, nullptr, ::GetCurrentThreadId())),
+      hook_(::SetWindowsHookExW(WH_MSGFILTER, Procedure, nullptr, ::GetCurrentThreadId())),
       timer_(::SetTimer(nullptr, 0, kLook, OnTimer)) {
   Current = this;
 }
@@ -98,7 +98,7 @@ bool PressHook::Drops(const MSG& message) {
   Press press;
   if (!IsKey(message, press) && !IsButton(message, press)) return false;
   press.shownFor = shown_ ? static_cast<std::int32_t>(message.time - shownAt_) : -1;
-  press.intoField = HasClass(message.hwnd, "Edit");
+  press.intoField = HasClass(message.hwnd, L"Edit");
   return !filter_.Takes(press);
 }
 
@@ -122,7 +122,7 @@ void DropQueuedPresses() {
                                       {WM_NCLBUTTONDOWN, WM_NCXBUTTONDBLCLK}};
   MSG message;
   for (const Range& range : kRanges) {
-    while (::PeekMessageA(&message, nullptr, range.first, range.last, PM_REMOVE)) {
+    while (::PeekMessageW(&message, nullptr, range.first, range.last, PM_REMOVE)) {
       if (message.message != WM_QUIT) continue;  // which comes whatever is asked for
       ::PostQuitMessage(static_cast<int>(message.wParam));
       return;

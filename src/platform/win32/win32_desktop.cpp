@@ -18,11 +18,13 @@ class RealDesktop final : public Desktop {
   }
 
   int GetWindowTextLength(WindowHandle window) override {
-    return ::GetWindowTextLengthA(Native(window));
+    return ::GetWindowTextLengthW(Native(window));
   }
 
-  int GetWindowText(WindowHandle window, char* buffer, int size) override {
-    return ::GetWindowTextA(Native(window), buffer, size);
+  std::string GetWindowText(WindowHandle window, int size) override {
+    std::wstring title(size > 0 ? static_cast<std::size_t>(size) : 0, L'\0');
+    const int count = ::GetWindowTextW(Native(window), title.data(), size);
+    return NarrowText({title.data(), static_cast<std::size_t>(count)});
   }
 
   bool IsWindowVisible(WindowHandle window) override {
@@ -30,11 +32,11 @@ class RealDesktop final : public Desktop {
   }
 
   bool PostMessage(WindowHandle window, std::uint32_t message) override {
-    return ::PostMessageA(Native(window), message, 0, 0) != FALSE;
+    return ::PostMessageW(Native(window), message, 0, 0) != FALSE;
   }
 
   WindowHandle FindWindow(const std::string& className) override {
-    return reinterpret_cast<WindowHandle>(::FindWindowA(className.c_str(), nullptr));
+    return reinterpret_cast<WindowHandle>(::FindWindowW(WideText(className).c_str(), nullptr));
   }
 
   std::uint32_t GetWindowThreadProcessId(WindowHandle window) override {
@@ -50,7 +52,7 @@ class RealDesktop final : public Desktop {
   bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
                           std::uint32_t milliseconds) override {
     DWORD_PTR result = 0;
-    return ::SendMessageTimeoutA(Native(window), message, 0, 0, SMTO_NORMAL, milliseconds,
+    return ::SendMessageTimeoutW(Native(window), message, 0, 0, SMTO_NORMAL, milliseconds,
                                  &result) != 0;
   }
 

@@ -13,7 +13,7 @@ class RealDevices final : public Devices {
   Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
                     std::uint32_t disposition, std::uint32_t flags) override {
     return reinterpret_cast<Handle>(
-        ::CreateFileA(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
+        ::CreateFileW(WideText(path).c_str(), access, share, nullptr, disposition, flags, nullptr));
   }
 
   bool SetFilePointerEx(Handle handle, std::uint64_t offset) override {

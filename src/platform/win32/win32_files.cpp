@@ -11,7 +11,7 @@ void ThrowUnless(BOOL ok) {
 class OpenFile {
  public:
   OpenFile(const std::string& path, DWORD access, DWORD share, DWORD disposition)
-      : handle_(::CreateFileA(path.c_str(), access, share, nullptr, disposition,
+      : handle_(::CreateFileW(WideText(path).c_str(), access, share, nullptr, disposition,
                               FILE_ATTRIBUTE_NORMAL, nullptr)) {
     ThrowUnless(handle_ != INVALID_HANDLE_VALUE);
   }
@@ -37,26 +37,41 @@ class OpenFile {
   HANDLE handle_;
 };
 
-void Convert(const WIN32_FIND_DATAA& from, FindData& to) {
-  to.name = from.cFileName;
+void Convert(const WIN32_FIND_DATAW& from, FindData& to) {
+  to.name = NarrowText(from.cFileName);
   to.attributes = from.dwFileAttributes;
   to.size = std::uint64_t{from.nFileSizeHigh} << 32 | from.nFileSizeLow;
   to.lastWriteTime =
       std::uint64_t{from.ftLastWriteTime.dwHighDateTime} << 32 | from.ftLastWriteTime.dwLowDateTime;
 }
 
+// In the system's ANSI code page, with "?" for what that lacks and nothing that only looks alike.
+std::string CodePageText(const std::string& text) {
+  const std::wstring wide = WideText(text);
+  const auto units = static_cast<int>(wide.size());
+  // The code page may be UTF-8, which takes neither.
+  const bool whole = ::GetACP() == CP_UTF8;
+  const DWORD flags = whole ? 0 : WC_NO_BEST_FIT_CHARS;
+  const char* unknown = whole ? nullptr : "?";
+  std::string bytes(4 * wide.size(), '\0');
+  const int count = ::WideCharToMultiByte(CP_ACP, flags, wide.data(), units, bytes.data(),
+                                          static_cast<int>(bytes.size()), unknown, nullptr);
+  bytes.resize(static_cast<std::size_t>(count));
+  return bytes;
+}
+
 class RealFiles final : public Files {
  public:
   Handle FindFirstFile(const std::string& pattern, FindData& found) override {
-    WIN32_FIND_DATAA data;
-    const HANDLE search = ::FindFirstFileA(pattern.c_str(), &data);
+    WIN32_FIND_DATAW data;
+    const HANDLE search = ::FindFirstFileW(WideText(pattern).c_str(), &data);
     if (search != INVALID_HANDLE_VALUE) Convert(data, found);
     return reinterpret_cast<Handle>(search);
   }
 
   bool FindNextFile(Handle search, FindData& found) override {
-    WIN32_FIND_DATAA data;
-    if (!::FindNextFileA(reinterpret_cast<HANDLE>(search), &data)) return false;
+    WIN32_FIND_DATAW data;
+    if (!::FindNextFileW(reinterpret_cast<HANDLE>(search), &data)) return false;
     Convert(data, found);
     return true;
   }
@@ -66,24 +81,27 @@ class RealFiles final : public Files {
   }
 
   std::uint32_t GetFileAttributes(const std::string& path) override {
-    return ::GetFileAttributesA(path.c_str());
+    return ::GetFileAttributesW(WideText(path).c_str());
   }
 
   void FileCopy(const std::string& from, const std::string& to) override {
-    ThrowUnless(::CopyFileA(from.c_str(), to.c_str(), FALSE));
-    const DWORD attributes = ::GetFileAttributesA(to.c_str());
+    const std::wstring copy = WideText(to);
+    ThrowUnless(::CopyFileW(WideText(from).c_str(), copy.c_str(), FALSE));
+    const DWORD attributes = ::GetFileAttributesW(copy.c_str());
     ThrowUnless(attributes != INVALID_FILE_ATTRIBUTES &&
-                ::SetFileAttributesA(to.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}));
+                ::SetFileAttributesW(copy.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}));
   }
 
-  void FileDelete(const std::string& path) override { ThrowUnless(::DeleteFileA(path.c_str())); }
+  void FileDelete(const std::string& path) override {
+    ThrowUnless(::DeleteFileW(WideText(path).c_str()));
+  }
 
   void FileRename(const std::string& from, const std::string& to) override {
-    ThrowUnless(::MoveFileA(from.c_str(), to.c_str()));
+    ThrowUnless(::MoveFileW(WideText(from).c_str(), WideText(to).c_str()));
   }
 
   void MakeFolder(const std::string& path) override {
-    if (::CreateDirectoryA(path.c_str(), nullptr)) return;
+    if (::CreateDirectoryW(WideText(path).c_str(), nullptr)) return;
     const DWORD error = ::GetLastError();
     // The statement has no number of its own for a name that is taken.
     if (error == ERROR_ALREADY_EXISTS) throw MakeFault(kPathFileAccessError);
@@ -106,7 +124,7 @@ class RealFiles final : public Files {
 
   void AppendLine(const std::string& path, const std::string& line) override {
     OpenFile file(path, FILE_APPEND_DATA, FILE_SHARE_READ, OPEN_ALWAYS);
-    file.Write(line + "\r\n");
+    file.Write(CodePageText(line) + "\r\n");
   }
 };
 

@@ -4,6 +4,9 @@
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
 #endif
+#ifndef UNICODE
+#define UNICODE
+#endif
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
@@ -34,19 +37,15 @@
 #include <string>
 
 #include "platform/fault.h"
+#include "text/wide_text.h"
 
 // The fault that belongs to a system error number of a failed statement.
 Fault FaultOfSystemError(DWORD error);
 
-// Text for the drawing calls. Their single-byte forms take the text for the system's own code page
-// and not for the one that the manifest asks for; all other calls know. And back.
-std::wstring WideText(const std::string& text);
-std::string NarrowText(const std::wstring& wide);
-
 // Gives a system function that the oldest Windows lacks, or null there.
 template <class Function>
-Function LookUp(const char* library, const char* name) {
-  const HMODULE module = ::GetModuleHandleA(library);
+Function LookUp(const wchar_t* library, const char* name) {
+  const HMODULE module = ::GetModuleHandleW(library);
   if (module == nullptr) return nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
 }

@@ -12,30 +12,13 @@ void PrepareProcess() {
   LoadSystemLibrariesOnly();
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 
-  using SetDllDirectoryFunction = BOOL(WINAPI*)(const char*);
-  const auto setDllDirectory = LookUp<SetDllDirectoryFunction>("kernel32.dll", "SetDllDirectoryA");
-  if (setDllDirectory != nullptr) setDllDirectory("");
+  using SetDllDirectoryFunction = BOOL(WINAPI*)(const wchar_t*);
+  const auto setDllDirectory = LookUp<SetDllDirectoryFunction>(L"kernel32.dll", "SetDllDirectoryW");
+  if (setDllDirectory != nullptr) setDllDirectory(L"");
 
   // A current folder on the stick is an open handle there, and the volume couldn't be locked.
-  char folder[MAX_PATH] = "";
-  if (::GetSystemDirectoryA(folder, MAX_PATH) != 0) ::SetCurrentDirectoryA(folder);
-}
-
-std::wstring WideText(const std::string& text) {
-  const int bytes = static_cast<int>(text.size());
-  const int size = ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), size);
-  return wide;
-}
-
-std::string NarrowText(const std::wstring& wide) {
-  const int units = static_cast<int>(wide.size());
-  const int size =
-      ::WideCharToMultiByte(CP_ACP, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
-  std::string text(static_cast<std::size_t>(size), '\0');
-  ::WideCharToMultiByte(CP_ACP, 0, wide.data(), units, text.data(), size, nullptr, nullptr);
-  return text;
+  wchar_t folder[MAX_PATH] = L"";
+  if (::GetSystemDirectoryW(folder, MAX_PATH) != 0) ::SetCurrentDirectoryW(folder);
 }
 
 Fault FaultOfSystemError(DWORD error) {

@@ -1,5 +1,3 @@
-#include <vector>
-
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
 
@@ -22,7 +20,7 @@ struct Child {
 // Puts the suspended process into a job of its own. Windows before 8 refuses that to a program that
 // runs inside a job itself; the child then stands alone.
 HANDLE JobOf(HANDLE process) {
-  const HANDLE job = ::CreateJobObjectA(nullptr, nullptr);
+  const HANDLE job = ::CreateJobObjectW(nullptr, nullptr);
   if (job == nullptr || ::AssignProcessToJobObject(job, process)) return job;
   ::CloseHandle(job);
   return nullptr;
@@ -37,7 +35,7 @@ class NullDevice {
   NullDevice& operator=(const NullDevice&) = delete;
 
   // A hidden child's question would never be seen or answered: its input is at its end at once.
-  void GiveTo(STARTUPINFOA& startup) const {
+  void GiveTo(STARTUPINFOW& startup) const {
     if (handle_ == INVALID_HANDLE_VALUE) return;
     startup.dwFlags |= STARTF_USESTDHANDLES;
     startup.hStdInput = startup.hStdOutput = startup.hStdError = handle_;
@@ -46,20 +44,20 @@ class NullDevice {
  private:
   SECURITY_ATTRIBUTES inherited_{sizeof inherited_, nullptr, TRUE};
   HANDLE handle_ =
-      ::CreateFileA("NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+      ::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                     &inherited_, OPEN_EXISTING, 0, nullptr);
 };
 
-std::string SystemFolder() {
-  char folder[MAX_PATH] = "";
-  return ::GetSystemDirectoryA(folder, MAX_PATH) != 0 ? folder : "";
+std::wstring SystemFolder() {
+  wchar_t folder[MAX_PATH] = L"";
+  return ::GetSystemDirectoryW(folder, MAX_PATH) != 0 ? folder : L"";
 }
 
 class RealProcesses final : public Processes {
  public:
   std::uint32_t Shell(const std::string& program, const std::string& commandLine,
                       int windowStyle) override {
-    STARTUPINFOA startup{};
+    STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = static_cast<WORD>(windowStyle);
@@ -67,10 +65,10 @@ class RealProcesses final : public Processes {
     if (windowStyle == kWindowHidden) null.GiveTo(startup);
     const BOOL inherits = (startup.dwFlags & STARTF_USESTDHANDLES) != 0;
     // The call may write into the command line.
-    std::vector<char> line(commandLine.c_str(), commandLine.c_str() + commandLine.size() + 1);
-    const std::string folder = SystemFolder();
+    std::wstring line = WideText(commandLine);
+    const std::wstring executable = WideText(program), folder = SystemFolder();
     PROCESS_INFORMATION made;
-    if (!::CreateProcessA(program.empty() ? nullptr : program.c_str(), line.data(), nullptr,
+    if (!::CreateProcessW(executable.empty() ? nullptr : executable.c_str(), line.data(), nullptr,
                           nullptr, inherits, CREATE_SUSPENDED, nullptr,
                           folder.empty() ? nullptr : folder.c_str(), &startup, &made)) {
       const DWORD error = ::GetLastError();
@@ -93,7 +91,7 @@ class RealProcesses final : public Processes {
   }
 
   Handle CreateMutex(const std::string& name) override {
-    return reinterpret_cast<Handle>(::CreateMutexA(nullptr, FALSE, name.c_str()));
+    return reinterpret_cast<Handle>(::CreateMutexW(nullptr, FALSE, WideText(name).c_str()));
   }
 
   bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override {
@@ -113,8 +111,9 @@ class RealProcesses final : public Processes {
   std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
                              const std::string& parameters, const std::string& folder,
                              int showCommand) override {
-    return reinterpret_cast<std::intptr_t>(::ShellExecuteA(
-        nullptr, verb.c_str(), file.c_str(), parameters.c_str(), folder.c_str(), showCommand));
+    return reinterpret_cast<std::intptr_t>(
+        ::ShellExecuteW(nullptr, WideText(verb).c_str(), WideText(file).c_str(),
+                        WideText(parameters).c_str(), WideText(folder).c_str(), showCommand));
   }
 
   [[noreturn]] void EndProcess() override { ::ExitProcess(0); }

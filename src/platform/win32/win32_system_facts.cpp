@@ -4,28 +4,32 @@
 namespace {
 
 std::string ProgramPath() {
-  char path[MAX_PATH + 1] = "";  // left one longer: the call doesn't end a full buffer with a NUL
-  ::GetModuleFileNameA(nullptr, path, MAX_PATH);
-  return path;
+  wchar_t path[MAX_PATH + 1] = L"";  // one longer: the call doesn't end a full buffer with a NUL
+  ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+  return NarrowText(path);
+}
+
+// What a call has put into the buffer. A count beyond it is the size that would have been needed.
+std::string Filled(const std::wstring& buffer, DWORD count) {
+  return count < buffer.size() ? NarrowText({buffer.data(), count}) : "";
 }
 
 class RealSystemFacts final : public SystemFacts {
  public:
-  std::uint32_t GetTempPath(std::uint32_t size, char* buffer) override {
-    const DWORD count = ::GetTempPathA(size, buffer);
-    return count < size ? count : 0;  // a larger count is the size that would have been needed
+  std::string GetTempPath(std::uint32_t size) override {
+    std::wstring path(size, L'\0');
+    return Filled(path, ::GetTempPathW(size, path.data()));
   }
 
-  std::uint32_t GetLongPathName(const std::string& shortPath, char* buffer,
-                                std::uint32_t size) override {
-    const DWORD count = ::GetLongPathNameA(shortPath.c_str(), buffer, size);
-    return count < size ? count : 0;
+  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) override {
+    std::wstring path(size, L'\0');
+    return Filled(path, ::GetLongPathNameW(WideText(shortPath).c_str(), path.data(), size));
   }
 
   bool GetVersionEx(VersionInfo& version) override {
-    OSVERSIONINFOA info{};
+    OSVERSIONINFOW info{};
     info.dwOSVersionInfoSize = sizeof info;
-    if (!::GetVersionExA(&info)) return false;
+    if (!::GetVersionExW(&info)) return false;
     version = {info.dwPlatformId, info.dwMajorVersion, info.dwMinorVersion};
     return true;
   }
@@ -33,7 +37,6 @@ class RealSystemFacts final : public SystemFacts {
   bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
                             std::uint32_t& serial, std::string& fileSystem,
                             std::uint32_t fileSystemSize) override {
-    // The wide call, since a label of few characters can be of many bytes.
     std::wstring wideLabel(labelSize, L'\0'), wideSystem(fileSystemSize, L'\0');
     DWORD number = 0, longestName = 0, flags = 0;
     if (!::GetVolumeInformationW(WideText(root).c_str(), wideLabel.data(), labelSize, &number,
@@ -46,21 +49,30 @@ class RealSystemFacts final : public SystemFacts {
     return true;
   }
 
-  std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                              char* buffer, std::uint32_t size) override {
-    return ::FormatMessageA(flags, nullptr, code, language, buffer, size, nullptr);
+  std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
+                            std::uint32_t size) override {
+    std::wstring text(size, L'\0');
+    return Filled(text,
+                  ::FormatMessageW(flags, nullptr, code, language, text.data(), size, nullptr));
+  }
+
+  std::string TextOfCodePage(const std::string& bytes) override {
+    std::wstring wide(bytes.size(), L'\0');  // no code page has more characters than bytes
+    const auto size = static_cast<int>(bytes.size());
+    const int count = ::MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, wide.data(), size);
+    return NarrowText({wide.data(), static_cast<std::size_t>(count)});
   }
 
   std::string Environment(const std::string& name) override {
-    std::string value(::GetEnvironmentVariableA(name.c_str(), nullptr, 0), '\0');
-    const auto size = static_cast<DWORD>(value.size());
-    value.resize(size == 0 ? 0 : ::GetEnvironmentVariableA(name.c_str(), value.data(), size));
-    return value;
+    const std::wstring wideName = WideText(name);
+    std::wstring value(::GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
+    return Filled(value, ::GetEnvironmentVariableW(wideName.c_str(), value.data(),
+                                                   static_cast<DWORD>(value.size())));
   }
 
   std::string SystemFolder() override {
-    char folder[MAX_PATH] = "";
-    return ::GetSystemDirectoryA(folder, MAX_PATH) < MAX_PATH ? folder : "";
+    std::wstring folder(MAX_PATH, L'\0');
+    return Filled(folder, ::GetSystemDirectoryW(folder.data(), MAX_PATH));
   }
 
   std::string ProgramFolder() override {

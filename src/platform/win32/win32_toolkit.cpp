@@ -54,7 +54,7 @@ UINT StyleOf(const Box& box) {
 SIZE ScreenPixels() {
   MONITORINFO info{};
   info.cbSize = sizeof info;
-  ::GetMonitorInfoA(::MonitorFromWindow(TheForm.Frame(), MONITOR_DEFAULTTOPRIMARY), &info);
+  ::GetMonitorInfoW(::MonitorFromWindow(TheForm.Frame(), MONITOR_DEFAULTTOPRIMARY), &info);
   return {info.rcMonitor.right - info.rcMonitor.left, info.rcMonitor.bottom - info.rcMonitor.top};
 }
 
@@ -76,7 +76,7 @@ class RealToolkit final : public Toolkit {
   void RunEventLoop() override {
     MSG message;
     TheForm.ShowRows();
-    while (TheForm.IsOpen() && ::GetMessageA(&message, nullptr, 0, 0) > 0) {
+    while (TheForm.IsOpen() && ::GetMessageW(&message, nullptr, 0, 0) > 0) {
       TheForm.HandOut(message);
       TheForm.HandOutLateClose();
       TheForm.ShowRows();
@@ -84,7 +84,7 @@ class RealToolkit final : public Toolkit {
   }
 
   void SetCaption(const std::string& caption) override {
-    ::SetWindowTextA(TheForm.Frame(), caption.c_str());
+    ::SetWindowTextW(TheForm.Frame(), WideText(caption).c_str());
   }
 
   float FormHeight() override { return TheForm.OuterTwips(true); }
@@ -135,7 +135,6 @@ class RealToolkit final : public Toolkit {
   std::string ItemText(Control list, int row) override {
     const ListMessages& messages = MessagesOf(list);
     const auto index = static_cast<WPARAM>(row);
-    // The single-byte length is an estimate that knows of two bytes a character at most.
     const FormWindow::Quiet quiet(TheForm);
     const HWND window = TheForm.Of(list);
     const LRESULT length = ::SendMessageW(window, messages.textLength, index, 0);
@@ -171,7 +170,8 @@ class RealToolkit final : public Toolkit {
     const FormWindow::Modal modal(TheForm);
     TheForm.ShowRows();
     const PressHook hook(filter);
-    switch (::MessageBoxA(Owner(), box.text.c_str(), box.title.c_str(), StyleOf(box))) {
+    switch (::MessageBoxW(Owner(), WideText(box.text).c_str(), WideText(box.title).c_str(),
+                          StyleOf(box))) {
       case IDYES:
         return Answer::Yes;
       case IDNO:
@@ -195,7 +195,7 @@ class RealToolkit final : public Toolkit {
   void DoEvents() override {
     MSG message;
     TheForm.ShowRows();
-    while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
       if (message.message == WM_QUIT) {
         ::PostQuitMessage(static_cast<int>(message.wParam));
         break;
@@ -208,7 +208,7 @@ class RealToolkit final : public Toolkit {
  private:
   static LRESULT Send(Control control, UINT message, WPARAM wParam, LPARAM lParam) {
     const FormWindow::Quiet quiet(TheForm);
-    return ::SendMessageA(TheForm.Of(control), message, wParam, lParam);
+    return ::SendMessageW(TheForm.Of(control), message, wParam, lParam);
   }
 };
 
