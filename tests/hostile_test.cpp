@@ -23,7 +23,9 @@ const std::vector<std::string> kTaken{"B&calc",
                                       "B^&calc",
                                       "B(1)",
                                       "B%COMSPEC",
-                                      "B!PATH",
+                                      "B%20PE%20x64",
+                                      "B 50% - 100%",
+                                      "B!PATH!",
                                       "B;calc",
                                       "B,x",
                                       "B=x",
@@ -39,7 +41,8 @@ const std::vector<std::string> kTaken{"B&calc",
                                       "Bxxx",
                                       "B" + Times(100, "\xE5\xAE\xB9"),
                                       "B" + Times(240, "x")};
-const std::vector<std::string> kRefused{"B%COMSPEC%", "B!PATH!", "B\"&calc&\"", "B\"", "B\ncalc"};
+const std::vector<std::string> kRefused{"B%COMSPEC%",  "B%x%date%", "B%CD:a%",
+                                        "B\"&calc&\"", "B\"",       "B\ncalc"};
 
 std::string Base;  // of the world under work; an Act's prepare takes no arguments of a test's own
 

@@ -3,11 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/interpreter_rules.h"
 #include "report/routine.h"
 #include "shell/drive_inventory.h"
 #include "shell/startup.h"
+#include "tests/support.h"
 #include "text/exact_integer.h"
 #include "text/extents_text.h"
 #include "text/wide_text.h"
@@ -121,19 +122,36 @@ TEST(Text, ExtentsLines) {
 }
 
 TEST(Text, NamesThatTheInterpreterWouldChange) {
+  ProgramOnPc program;
+  program.Prepare();
   enum Change { kNever, kBare, kAlways };
   std::vector<std::pair<std::string, Change>> cases{{"E:\\_ISO\\a.volPAK", kNever},
                                                     {"E:\\a b", kNever},
                                                     {"E:\\\xC3\x9C", kNever},
-                                                    {"E:\\%OS%", kAlways},
-                                                    {"E:\\a!b!", kAlways},
+                                                    {"E:\\Win%20PE%20x64.volPAK", kNever},
+                                                    {"E:\\50% - 100%.volPAK", kNever},
+                                                    {"E:\\Wow! New!", kNever},
+                                                    {"E:\\100%%COMSPEC", kNever},
+                                                    {"E:\\%ComSpec%", kAlways},
+                                                    {"E:\\%none%COMSPEC%", kAlways},
+                                                    {"E:\\%COMSPEC:a%", kAlways},
+                                                    {"E:\\%date%", kAlways},
+                                                    {"E:\\%=x%", kAlways},
                                                     {"E:\\a\"", kAlways},
                                                     {"E:\\a\n", kAlways}};
-  for (const char c : std::string("&|<>^%()!+*?,;=")) cases.push_back({{'a', c, 'b'}, kBare});
+  for (const char c : std::string("&|<>^()+*?,;=")) cases.push_back({{'a', c, 'b'}, kBare});
   for (const auto& [path, change] : cases) {
     EXPECT_EQ(InterpreterChangesQuoted(path), change == kAlways) << path;
     EXPECT_EQ(InterpreterChangesBare(path), change != kNever) << path;
   }
+  auto& settings = program.pc.facts.interpreterSettings;
+  settings[{SettingsOf::Machine, "DelayedExpansion"}] = "1";
+  EXPECT_TRUE(InterpreterChangesQuoted("E:\\Wow!"));
+  settings[{SettingsOf::User, "DelayedExpansion"}] = "0";
+  EXPECT_FALSE(InterpreterChangesQuoted("E:\\Wow!"));
+  settings[{SettingsOf::Machine, "AutoRun"}] = "set 20PE=x";
+  EXPECT_TRUE(InterpreterChangesQuoted("E:\\Win%20PE%20"));
+  EXPECT_FALSE(InterpreterChangesQuoted("E:\\100%"));
 }
 
 }  // namespace

@@ -102,6 +102,9 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
                         {"redirection", "E:\\a>E:\\new", true, "> E:\\new"},
                         {"caret vanishes", "E:\\a^b.txt E:\\new", false, ""},
                         {"percent expands", "E:\\a%TEMP%b.txt E:\\new", false, "%TEMP%"},
+                        {"made up as well", "E:\\a%date%b.txt E:\\new", false, "%date%"},
+                        {"no such variable", "E:\\a%20%b.txt E:\\new", true, ""},
+                        {"exclamation marks stay", "E:\\a!b!.txt E:\\new", true, ""},
                         {"hidden is passed over", "E:\\hidden.txt E:\\new", false, ""}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -109,7 +112,7 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
     VirtualVolume& e = demo::Make(own).e;
     own.facts.environment["TEMP"] = "C:\\Temp";
     for (const char* path : {"\\a.txt", "\\a b.txt", "\\a,b.txt", "\\a^b.txt", "\\a&b.txt", "\\old",
-                             "\\a%TEMP%b.txt"}) {
+                             "\\a%TEMP%b.txt", "\\a%20%b.txt", "\\a!b!.txt"}) {
       e.AddText(path, path);
     }
     e.AddText("\\hidden.txt", "h").attributes = kAttributeHidden;

@@ -1,7 +1,5 @@
 #include "imagefiles/child_process.h"
 
-#include <algorithm>
-
 #include "platform/platform.h"
 #include "report/log.h"
 #include "report/routine.h"
@@ -25,11 +23,6 @@ bool IsSurelyMissing(const std::string& path) {
   if (Sys.files->GetFileAttributes(path) != kInvalidAttributes) return false;
   const std::uint32_t error = Sys.devices->GetLastError();
   return error == kErrorFileNotFound || error == kErrorPathNotFound;
-}
-
-bool HasControlOrQuote(const std::string& path) {
-  return std::any_of(path.begin(), path.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"'; });
 }
 
 }  // namespace
@@ -82,15 +75,4 @@ void RunCmd(const std::string& CmdPath, int WindowStyle) {
   if (process == kNoHandle) return;
   Sys.processes->WaitForSingleObject(process, kInfinite);
   Sys.devices->CloseHandle(process);
-}
-
-bool InterpreterChangesQuoted(const std::string& path) {
-  // A pair of % names a variable, a pair of ! does where delayed expansion is on.
-  return HasControlOrQuote(path) || std::count(path.begin(), path.end(), '%') > 1 ||
-         std::count(path.begin(), path.end(), '!') > 1;
-}
-
-bool InterpreterChangesBare(const std::string& path) {
-  // The + joins files, * and ? match others, and , ; = split arguments as a blank does.
-  return HasControlOrQuote(path) || path.find_first_of("&|<>^%()!+*?,;=") != std::string::npos;
 }

@@ -31,11 +31,3 @@ std::int32_t SyncShell(const std::string& commandLine, int windowStyle);
 
 // The same without an exit code, without a time limit and without a trace of a failure.
 void RunCmd(const std::string& CmdPath, int WindowStyle);
-
-// True where the command interpreter would act on a character of the path even between quotes, or
-// where the path can't stand between quotes.
-bool InterpreterChangesQuoted(const std::string& path);
-
-// True where the command interpreter would act on a character of the path without quotes, other
-// than splitting it at blanks.
-bool InterpreterChangesBare(const std::string& path);

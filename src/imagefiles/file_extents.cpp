@@ -5,6 +5,7 @@
 #include "disk/file_probe.h"
 #include "disk/raw_sector_io.h"
 #include "imagefiles/child_process.h"
+#include "imagefiles/interpreter_rules.h"
 #include "imagefiles/measured_file.h"
 #include "platform/platform.h"
 #include "report/log.h"
@@ -31,7 +32,7 @@ std::string Quoted(const std::string& text) {
 // The quote opens behind the drive's colon: a command text that begins with a quote would lose its
 // first and last one to the interpreter.
 std::string ToolCommand(const std::string& file) {
-  return Quoted(Sys.facts->Environment("COMSPEC")) + " /c " + GFE_Path.substr(0, 2) +
+  return Quoted(Sys.facts->Environment("COMSPEC").value_or("")) + " /c " + GFE_Path.substr(0, 2) +
          Quoted(GFE_Path.size() > 2 ? GFE_Path.substr(2) : "") + " " + Quoted(file) + " > " +
          Quoted(Measured.GFE_File);
 }

@@ -5,6 +5,7 @@
 
 #include "disk/file_probe.h"
 #include "imagefiles/child_process.h"
+#include "imagefiles/interpreter_rules.h"
 #include "imagefiles/file_compare.h"
 #include "imagefiles/file_order.h"
 #include "imagefiles/image_name.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 // The fields of OSVERSIONINFO that the program uses (winnt.h).
@@ -10,6 +11,8 @@ struct VersionInfo {
   std::uint32_t major = 0;
   std::uint32_t minor = 0;
 };
+
+enum class SettingsOf : std::uint8_t { User, Machine };
 
 constexpr std::uint32_t kFormatMessageFromSystem = 0x1000;
 
@@ -36,8 +39,13 @@ class SystemFacts {
   // The text of bytes that a device sent, read in the system's ANSI code page.
   virtual std::string TextOfCodePage(const std::string& bytes) = 0;
 
-  // The value of an environment variable, or the empty text.
-  virtual std::string Environment(const std::string& name) = 0;
+  // The value of an environment variable; none where there is no such variable.
+  virtual std::optional<std::string> Environment(const std::string& name) = 0;
+
+  // A value of the command interpreter's registry key, Software\Microsoft\Command Processor. A
+  // number comes as its decimal digits.
+  virtual std::optional<std::string> InterpreterSetting(SettingsOf whose,
+                                                        const std::string& name) = 0;
 
   // Windows' own folder for programs, without a closing backslash; the empty text on failure.
   virtual std::string SystemFolder() = 0;

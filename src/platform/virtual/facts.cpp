@@ -71,9 +71,17 @@ std::string VirtualFacts::TextOfCodePage(const std::string& bytes) {
   return FromCodePage(bytes);
 }
 
-std::string VirtualFacts::Environment(const std::string& name) {
+std::optional<std::string> VirtualFacts::Environment(const std::string& name) {
   const auto found = environment.find(UpperCase(name));
-  return found == environment.end() ? "" : found->second;
+  if (found == environment.end()) return std::nullopt;
+  return found->second;
+}
+
+std::optional<std::string> VirtualFacts::InterpreterSetting(SettingsOf whose,
+                                                            const std::string& name) {
+  const auto found = interpreterSettings.find({whose, name});
+  if (found == interpreterSettings.end()) return std::nullopt;
+  return found->second;
 }
 
 int VirtualFacts::LogicalDriveCount() {

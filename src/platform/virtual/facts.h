@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "platform/system_facts.h"
 #include "platform/virtual/machine.h"
@@ -22,7 +23,8 @@ class VirtualFacts : public SystemFacts {
   std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
                             std::uint32_t size) override;
   std::string TextOfCodePage(const std::string& bytes) override;
-  std::string Environment(const std::string& name) override;
+  std::optional<std::string> Environment(const std::string& name) override;
+  std::optional<std::string> InterpreterSetting(SettingsOf whose, const std::string& name) override;
   std::string SystemFolder() override { return systemFolder; }
   std::string ProgramFolder() override { return programFolder; }
   std::string ProgramName() override { return programName; }
@@ -32,6 +34,7 @@ class VirtualFacts : public SystemFacts {
   std::map<std::string, std::string> longPaths;  // short to long
   VersionInfo version{2, 6, 2};
   std::map<std::string, std::string> environment;  // by upper-case name
+  std::map<std::pair<SettingsOf, std::string>, std::string> interpreterSettings;
   std::string systemFolder = "C:\\Windows\\system32";
   std::string programFolder = "C:\\Rotate";
   std::string programName = "Rotate_TSD";

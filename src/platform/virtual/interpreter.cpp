@@ -19,20 +19,23 @@ std::string StripOuterQuotes(const std::string& text) {
 }
 
 std::string Expand(const std::string& text, Interpretation& result,
-                   const std::function<std::string(const std::string&)>& environment) {
+                   const InterpreterEnvironment& environment) {
   std::string expanded;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const std::size_t end = text[i] == '%' ? text.find('%', i + 1) : std::string::npos;
-    const std::string value =
-        end != std::string::npos ? environment(text.substr(i + 1, end - i - 1)) : "";
-    if (value.empty()) {
+    const std::string name = end != std::string::npos ? text.substr(i + 1, end - i - 1) : "";
+    const auto value = environment.variable(name.substr(0, name.find(':', 1)));
+    if (name.empty() || !value) {
       expanded += text[i];
       continue;
     }
     result.expansions.push_back(text.substr(i, end - i + 1));
-    expanded += value;
+    expanded += *value;
     i = end;
   }
+  if (!environment.delayedExpansion || expanded.find('!') == std::string::npos) return expanded;
+  result.expansions.push_back("!");
+  std::erase(expanded, '!');
   return expanded;
 }
 
@@ -65,8 +68,7 @@ void SplitWords(InterpretedCommand& command) {
 
 }  // namespace
 
-Interpretation Interpret(std::string text,
-                         const std::function<std::string(const std::string&)>& environment) {
+Interpretation Interpret(std::string text, const InterpreterEnvironment& environment) {
   Interpretation result;
   text = Expand(StripOuterQuotes(text), result, environment);
   result.commands.emplace_back();

@@ -1,10 +1,12 @@
 // The command interpreter's reading of one command line: what runs, with which words, into which
 // file.
 //
-// Does not model: batch files, parentheses, delayed expansion, redirection of other handles.
+// Does not model: batch files, parentheses, redirection of other handles; of "%NAME:...%" and
+// "!NAME!" only that the text is no longer what it was.
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,9 +22,13 @@ struct Interpretation {
   std::vector<std::string> expansions;       // "%NAME%" that were replaced
 };
 
+struct InterpreterEnvironment {
+  std::function<std::optional<std::string>(const std::string& name)> variable;
+  bool delayedExpansion = false;
+};
+
 // text is what stands behind "/c ".
-Interpretation Interpret(std::string text,
-                         const std::function<std::string(const std::string&)>& environment);
+Interpretation Interpret(std::string text, const InterpreterEnvironment& environment);
 
 // The arguments of a built-in command: split at blanks, commas, semicolons, equals signs and tabs
 // outside quotes; quotes taken off.

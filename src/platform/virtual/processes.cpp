@@ -20,9 +20,12 @@ std::string FirstWord(const std::string& line, std::string& rest) {
 
 }  // namespace
 
-std::string VirtualProcesses::Environment(const std::string& name) const {
-  const auto found = facts_.environment.find(UpperCase(name));
-  return found == facts_.environment.end() ? "" : found->second;
+// The environment, and what the interpreter adds to it.
+std::optional<std::string> VirtualProcesses::Variable(const std::string& name) const {
+  const std::string upper = UpperCase(name);
+  if (upper == "CD") return machine_.currentFolder;
+  if (upper == "DATE" || upper == "RANDOM" || upper == "PROMPT") return "made up";
+  return facts_.Environment(name);
 }
 
 // Where a name has no folder, the program's own comes first.
@@ -40,7 +43,7 @@ std::string VirtualProcesses::FindProgram(const std::string& name) {
 bool VirtualProcesses::IsInterpreter(const std::string& program) const {
   const std::string path = UpperCase(program);
   return path == UpperCase(facts_.systemFolder + "\\cmd.exe") ||
-         path == UpperCase(Environment("COMSPEC"));
+         path == UpperCase(Variable("COMSPEC").value_or(""));
 }
 
 ChildScript VirtualProcesses::TakeScript(const std::string& commandLine) {
@@ -82,8 +85,10 @@ std::uint32_t VirtualProcesses::Shell(const std::string& program, const std::str
 }
 
 void VirtualProcesses::RunCommandLine(const std::string& text, Child& child) {
-  const Interpretation read =
-      Interpret(text, [this](const std::string& name) { return Environment(name); });
+  const auto delayed = facts_.InterpreterSetting(SettingsOf::User, "DelayedExpansion");
+  const Interpretation read = Interpret(
+      text,
+      {[this](const std::string& name) { return Variable(name); }, delayed.value_or("0") != "0"});
   for (const std::string& name : read.expansions) NoteExecuted(name);
   bool first = true;
   for (const InterpretedCommand& command : read.commands) {

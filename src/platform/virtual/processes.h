@@ -69,7 +69,7 @@ class VirtualProcesses : public Processes {
     std::string heldFile;  // output file that a child without end keeps open
   };
   std::uint32_t WaitForMutex(const std::string& name, std::uint32_t milliseconds);
-  std::string Environment(const std::string& name) const;
+  std::optional<std::string> Variable(const std::string& name) const;
   std::string FindProgram(const std::string& name);
   bool IsInterpreter(const std::string& program) const;
   ChildScript TakeScript(const std::string& commandLine);

@@ -3,6 +3,7 @@
 #include <memory>
 
 VirtualPc::VirtualPc() {
+  facts.environment["OS"] = "Windows_NT";
   facts.environment["COMSPEC"] = "C:\\Windows\\system32\\cmd.exe";
 }
 

@@ -14,6 +14,36 @@ std::string Filled(const std::wstring& buffer, DWORD count) {
   return count < buffer.size() ? NarrowText({buffer.data(), count}) : "";
 }
 
+class RegistryKey {
+ public:
+  RegistryKey(HKEY root, const wchar_t* path) {
+    if (::RegOpenKeyExW(root, path, 0, KEY_QUERY_VALUE, &key_) != ERROR_SUCCESS) key_ = nullptr;
+  }
+  ~RegistryKey() {
+    if (key_ != nullptr) ::RegCloseKey(key_);
+  }
+  RegistryKey(const RegistryKey&) = delete;
+  RegistryKey& operator=(const RegistryKey&) = delete;
+
+  // A text, or a number as text. One that is neither is the empty text.
+  [[nodiscard]] std::optional<std::string> Value(const std::wstring& name) const {
+    DWORD type = 0, bytes = 0;
+    const auto query = [&](BYTE* data) {
+      return key_ != nullptr &&
+             ::RegQueryValueExW(key_, name.c_str(), nullptr, &type, data, &bytes) == ERROR_SUCCESS;
+    };
+    if (!query(nullptr)) return std::nullopt;
+    std::wstring data(bytes / sizeof(wchar_t) + 2, L'\0');
+    if (!query(reinterpret_cast<BYTE*>(data.data()))) return std::nullopt;
+    if (type == REG_SZ || type == REG_EXPAND_SZ) return NarrowText(data.c_str());
+    const DWORD number = data[0] | DWORD{data[1]} << 16;
+    return type == REG_DWORD ? std::to_string(number) : "";
+  }
+
+ private:
+  HKEY key_ = nullptr;
+};
+
 class RealSystemFacts final : public SystemFacts {
  public:
   std::string GetTempPath(std::uint32_t size) override {
@@ -63,11 +93,19 @@ class RealSystemFacts final : public SystemFacts {
     return NarrowText({wide.data(), static_cast<std::size_t>(count)});
   }
 
-  std::string Environment(const std::string& name) override {
+  std::optional<std::string> Environment(const std::string& name) override {
     const std::wstring wideName = WideText(name);
     std::wstring value(::GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
+    if (value.empty()) return std::nullopt;
     return Filled(value, ::GetEnvironmentVariableW(wideName.c_str(), value.data(),
                                                    static_cast<DWORD>(value.size())));
+  }
+
+  std::optional<std::string> InterpreterSetting(SettingsOf whose,
+                                                const std::string& name) override {
+    const RegistryKey key(whose == SettingsOf::User ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
+                          L"Software\\Microsoft\\Command Processor");
+    return key.Value(WideText(name));
   }
 
   std::string SystemFolder() override {
