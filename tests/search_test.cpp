@@ -1,4 +1,6 @@
 // Image files of a volume, what is shown beside them, and the path back out of a line.
+#include <algorithm>
+
 #include "disk/drive_discovery.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/image_search.h"
@@ -54,6 +56,23 @@ TEST(Search, FoldersAndNames) {
       EXPECT_EQ(s.Found(), found != kNever ? Texts{path} : Texts());
       EXPECT_EQ(s.pc.toolkit.pointer, Pointer::Default);
     }
+  }
+}
+
+// What was found by then is kept, and the folders found are entered.
+TEST(Search, FolderThatBreaksOff) {
+  for (const std::size_t nth : {2U, 3U}) {  // behind the folder itself and the one above it
+    SCOPED_TRACE(nth);
+    Searching s;
+    for (const char* path : {"E:\\_ISO\\0\\deep\\a.volPAK", "E:\\_ISO\\a.volPAK"}) s.Add(path);
+    s.TurnLoggingOn();
+    s.pc.machine.plan = {.kind = FaultKind::Refusal, .nth = nth, .mask = MaskOf(Op::FindNext)};
+    EXPECT_EQ(s.Found(), nth == 2 ? Texts{"E:\\_ISO\\a.volPAK"}
+                                  : (Texts{"E:\\_ISO\\0\\deep\\a.volPAK", "E:\\_ISO\\a.volPAK"}));
+    const Texts log = s.TakeLog();
+    EXPECT_EQ(std::count(log.begin(), log.end(),
+                         "FindFilesAPI: E:\\_ISO\\* can't be searched to its end, error 1117"),
+              1);
   }
 }
 
