@@ -45,6 +45,22 @@ void Convert(const WIN32_FIND_DATAW& from, FindData& to) {
       std::uint64_t{from.ftLastWriteTime.dwHighDateTime} << 32 | from.ftLastWriteTime.dwLowDateTime;
 }
 
+// Without the short names and with many entries a call, which Windows knows since 7; older ones
+// refuse that.
+HANDLE BeginSearch(const wchar_t* pattern, WIN32_FIND_DATAW& data) {
+  constexpr auto kBasic = static_cast<FINDEX_INFO_LEVELS>(1);  // winbase.h, FindExInfoBasic
+  constexpr DWORD kLargeFetch = 2;                             // FIND_FIRST_EX_LARGE_FETCH
+  static bool refused = false;
+  if (!refused) {
+    const HANDLE search =
+        ::FindFirstFileExW(pattern, kBasic, &data, FindExSearchNameMatch, nullptr, kLargeFetch);
+    if (search != INVALID_HANDLE_VALUE || ::GetLastError() != ERROR_INVALID_PARAMETER)
+      return search;
+    refused = true;
+  }
+  return ::FindFirstFileW(pattern, &data);
+}
+
 // In the system's ANSI code page, with "?" for what that lacks and nothing that only looks alike.
 std::string CodePageText(const std::string& text) {
   const std::wstring wide = WideText(text);
@@ -64,7 +80,7 @@ class RealFiles final : public Files {
  public:
   Handle FindFirstFile(const std::string& pattern, FindData& found) override {
     WIN32_FIND_DATAW data;
-    const HANDLE search = ::FindFirstFileW(WideText(pattern).c_str(), &data);
+    const HANDLE search = BeginSearch(WideText(pattern).c_str(), data);
     if (search != INVALID_HANDLE_VALUE) Convert(data, found);
     return reinterpret_cast<Handle>(search);
   }
