@@ -98,6 +98,16 @@ setup_root() {
   inside "$debian" scripts/setup.sh stories
 }
 
+# The package of the version below from the mirror's pool, by its sum alone.
+fetch_known() {
+  [ "$(version_here)" = '10.0~repack-6' ] || return 1
+  # shellcheck disable=SC2016
+  uri=$(APT_CONFIG= apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Origin: Debian' |
+    head -n 1)
+  /usr/lib/apt/apt-helper -qq download-file "${uri}pool/main/w/wine/libwine_10.0~repack-6_i386.deb" \
+    libwine_i386.deb SHA256:fef4802a6553a17eaa40003333a86fc697440d1d21c5824f2dbd1c444f01527b
+}
+
 fetch_modules() {
   new=$modules.new
   rm -rf "$new"
@@ -115,8 +125,11 @@ APT::Architecture "i386";
 APT::Architectures:: "i386";
 APT::Sandbox::User "root";
 END
-  (cd "$new" && export APT_CONFIG="$new/apt/apt.conf" && apt-get -qq update &&
-    apt-get -qq download "libwine:i386=$(version_here)" && dpkg-deb -x libwine_*.deb package) || return 1
+  # The index of the i386 packages may lag behind the rest of a mirror: then the package is fetched as
+  # it is, where its sum is known.
+  (cd "$new" && export APT_CONFIG="$new/apt/apt.conf" && { {
+    apt-get -qq update && apt-get -qq download "libwine:i386=$(version_here)"
+  } || fetch_known; } && dpkg-deb -x libwine_*.deb package) || return 1
   mv "$new/package/usr/lib/i386-linux-gnu/wine/i386-windows" "$new/i386-windows"
   # A module's part for the host's system is looked for beside it.
   ln -s "$(dpkg -L libwine:amd64 | grep -m 1 '/x86_64-unix$')" "$new/x86_64-unix"

@@ -5,10 +5,10 @@
 
 #include "disk/file_probe.h"
 #include "imagefiles/child_process.h"
-#include "imagefiles/interpreter_rules.h"
 #include "imagefiles/file_compare.h"
 #include "imagefiles/file_order.h"
 #include "imagefiles/image_name.h"
+#include "imagefiles/interpreter_rules.h"
 #include "platform/platform.h"
 #include "report/message_box.h"
 #include "report/routine.h"
