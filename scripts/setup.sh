@@ -12,8 +12,8 @@ packages() {
     windows) echo cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 python3 ;;
     dist) echo cmark-gfm git python3 ;;
     stories) echo wine wine64 xvfb xauth imagemagick ntfs-3g exfat-fuse exfatprogs fusefat mtools \
-      dosfstools e2fsprogs fdisk mount python3 ;;
-    wine) echo "$(packages stories)" nasm g++-mingw-w64-x86-64 ;;
+      dosfstools e2fsprogs fdisk mount nasm python3 ;;
+    wine) echo "$(packages stories)" g++-mingw-w64-x86-64 ;;
     debootstrap) echo debootstrap debian-archive-keyring ;;
     boot) echo qemu-system-x86 ovmf nasm fdisk python3 ;;
     format) echo clang-format git ;;
