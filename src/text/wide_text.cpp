@@ -52,6 +52,11 @@ void AppendCharacter(std::string& text, std::uint32_t value) {
   append(0x80 | (value & 0x3F));
 }
 
+// 0 after the end.
+std::uint32_t UnitAt(std::wstring_view wide, std::size_t at) {
+  return at < wide.size() ? static_cast<std::uint32_t>(wide[at]) : 0;
+}
+
 }  // namespace
 
 std::wstring WideText(std::string_view text) {
@@ -73,8 +78,8 @@ std::string NarrowText(std::wstring_view wide) {
   std::string text;
   text.reserve(wide.size());
   for (std::size_t at = 0; at < wide.size(); ++at) {
-    auto value = static_cast<std::uint32_t>(wide[at]);
-    const std::uint32_t next = at + 1 < wide.size() ? static_cast<std::uint32_t>(wide[at + 1]) : 0;
+    std::uint32_t value = UnitAt(wide, at);
+    const std::uint32_t next = UnitAt(wide, at + 1);
     if (IsHighHalf(value) && IsLowHalf(next)) {
       value = 0x10000 + ((value - 0xD800) << 10) + (next - 0xDC00);
       ++at;
