@@ -20,6 +20,7 @@ import fat_story
 import instance_story
 import keys_story
 import make_stick
+import names_story
 import order_story
 import places_story
 import signed_story
@@ -249,6 +250,7 @@ story(instance_story.second_start)
 story(two_sticks_story.two_sticks)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
+story(names_story.every_alphabet)
 story(contract_story.contract)
 
 LONG = [order_story.order_repair, changed_story.changed_drive, places_story.impossible_places]
