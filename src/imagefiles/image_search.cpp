@@ -16,13 +16,13 @@ constexpr std::string_view kCompanionMark = " :&: ";
 constexpr std::string_view kFourthMark = " :&X4: ";
 constexpr std::uint32_t kErrorNoMoreFiles = 18;  // winerror.h
 
-// Calls visit with each entry of the search, "." and ".." left out. A search that breaks off leaves
-// entries out, which nobody would notice.
+// Calls visit with each entry of the search, "." and ".." left out. True: with all of them. A
+// search that breaks off leaves entries out, which nobody would notice.
 template <class Visit>
-void ForEachEntry(const std::string& pattern, Visit visit) {
+bool ForEachEntry(const std::string& pattern, Visit visit) {
   FindData found;
   const Handle search = Sys.files->FindFirstFile(pattern, found);
-  if (search == kInvalidHandle) return;
+  if (search == kInvalidHandle) return false;
   do {
     found.name = found.name.substr(0, found.name.find('\0'));
     if (found.name != "." && found.name != "..") visit(found);
@@ -32,6 +32,14 @@ void ForEachEntry(const std::string& pattern, Visit visit) {
     WriteLog("FindFilesAPI: " + pattern + " can't be searched to its end, error " + Decimal(error));
   }
   Sys.files->FindClose(search);
+  return error == kErrorNoMoreFiles;
+}
+
+// False: the mask can't match the name. The system has the last word on what it does match.
+bool MayMatch(const std::string& name, const std::string& mask) {
+  const bool hasStars = mask.size() > 2 && mask.front() == '*' && mask.back() == '*';
+  const std::string middle = hasStars ? mask.substr(1, mask.size() - 2) : "";
+  return middle.find_first_of("*?") != std::string::npos || ContainsIgnoringCase(name, middle);
 }
 
 bool IsFolder(const std::string& path, bool ifUnknown) {
@@ -85,19 +93,23 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
   Sys.toolkit->MousePointer(Pointer::Hourglass);
   if (!path.ends_with('\\')) path += '\\';
   std::vector<std::string> folders;
-  ForEachEntry(path + "*", [&](const FindData& entry) {
+  bool mayHoldMatches = false;
+  const bool sawAll = ForEachEntry(path + "*", [&](const FindData& entry) {
+    mayHoldMatches = mayHoldMatches || MayMatch(entry.name, SearchStr);
     // A call an entry would cost more than the search itself; only what may be a folder is asked.
     if ((entry.attributes & kAttributeDirectory) == 0) return;
     if (!IsFolder(path + entry.name, false)) return;
     folders.push_back(entry.name);
     ++DirCount;
   });
-  ForEachEntry(path + SearchStr, [&](const FindData& entry) {
+  const auto list = [&](const FindData& entry) {
     if (IsFolder(path + entry.name, true) || !MayHoldImages(path)) return;
     ++FileCount;
     const std::string line = ImageLine(path, entry.name);
     if (!ContainsIgnoringCase(path, "$RECYCLE.BIN")) Sys.toolkit->AddItem(Control::List1, line);
-  });
+  };
+  // Most folders hold no image, and a second search of each would double the time.
+  if (mayHoldMatches || !sawAll) ForEachEntry(path + SearchStr, list);
   for (const std::string& name : folders) {
     std::string folder = path + name;
     if (!MayBeEntered(folder)) continue;
