@@ -10,6 +10,8 @@
 
 namespace {
 
+using namespace extents_tool;
+
 constexpr std::size_t kSector = 512;  // the unit of an LBA
 constexpr int kProofTries = 10;
 constexpr DWORD kProofPause = 500;  // milliseconds

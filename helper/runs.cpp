@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace extents_tool {
+
 namespace {
 
 constexpr std::uint64_t kSector = 512;
@@ -135,3 +137,5 @@ Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,
   placed.extents = MergeExtents(placed.extents);
   return placed;
 }
+
+}  // namespace extents_tool

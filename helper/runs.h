@@ -12,6 +12,8 @@
 
 #include "text/extents_text.h"
 
+namespace extents_tool {
+
 // What a volume's first sector says.
 struct VolumeLayout {
   std::uint64_t sectorBytes = 0;
@@ -51,3 +53,5 @@ bool ShowsWhatLiesThere(const std::uint8_t* shown, const std::uint8_t* onDisk, s
 // volumeStart. Refuses gaps, holes, clusters outside the volume, and runs that end before the file.
 Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,
                     std::uint64_t volumeStart, std::uint64_t fileBytes);
+
+}  // namespace extents_tool

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
+namespace extents_tool {
+
 namespace {
 
 // Control codes and structures of winioctl.h, by hand where Windows XP's headers lack them.
@@ -187,3 +189,5 @@ VolumeLayout LayoutOfVolume(const Opened& volume, const std::string& root) {
   }
   return layout;
 }
+
+}  // namespace extents_tool

@@ -8,6 +8,8 @@
 #include "platform/win32/win32_headers.h"
 #include "runs.h"
 
+namespace extents_tool {
+
 // Why there is no result. The text is what the tool prints, in UTF-8 like every text here.
 struct Refusal {
   std::string why;
@@ -63,3 +65,5 @@ std::string ErrorText(DWORD error);
 std::vector<Run> RunsOfFile(const Opened& file);
 VolumePlace PlaceOfVolume(const Opened& volume);
 VolumeLayout LayoutOfVolume(const Opened& volume, const std::string& root);
+
+}  // namespace extents_tool

@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace extents_tool;
+
 using RunList = std::vector<Run>;
 using BootSector = std::array<std::uint8_t, 512>;
 

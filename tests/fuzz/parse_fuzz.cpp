@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace extents_tool;
+
 void JudgeSector(const std::uint8_t* sector) {
   SectorBuffer.assign(sector, sector + kSectorSize);
   ParseSectorBuffer();
