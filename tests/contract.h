@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "platform/platform.h"
 
@@ -29,7 +30,7 @@ int FaultOf(Statement&& statement) {
 // The file at path as a search gives it.
 inline FindData Find(Platform& p, const std::string& path) {
   FindData found;
-  p.files->FindClose(p.files->FindFirstFile(path, found));
+  std::ignore = p.files->FindClose(p.files->FindFirstFile(path, found));
   return found;
 }
 

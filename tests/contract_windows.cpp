@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <tuple>
 
 #include "platform/win32/win32_platform.h"
 #include "tests/contract.h"
@@ -40,7 +41,7 @@ bool HiddenChildrenHaveNoInput(Platform& p, const std::string& program) {
   std::uint32_t code = 0;
   const bool ended = p.processes->WaitForSingleObject(process, 180000) == kWaitObject0 &&
                      p.processes->GetExitCodeProcess(process, code);
-  p.devices->CloseHandle(process);
+  std::ignore = p.devices->CloseHandle(process);
   p.processes->EndChild(child);
   return ended && code == kEndOfInput;
 }

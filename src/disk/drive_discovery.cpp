@@ -1,6 +1,7 @@
 #include "disk/drive_discovery.h"
 
 #include <array>
+#include <tuple>
 
 #include "disk/file_probe.h"
 #include "disk/raw_sector_io.h"
@@ -51,8 +52,8 @@ Record PassThroughRecord(std::uint8_t operation) {
 std::uint32_t SendRecord(Handle disk, Record& record) {
   std::uint32_t returned = 0;
   const auto size = static_cast<std::uint32_t>(record.size());
-  Sys.devices->DeviceIoControl(disk, kIoctlScsiPassThrough, record.data(), size, record.data(),
-                               size, returned);
+  std::ignore = Sys.devices->DeviceIoControl(disk, kIoctlScsiPassThrough, record.data(), size,
+                                             record.data(), size, returned);
   return returned;
 }
 

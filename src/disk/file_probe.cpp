@@ -1,12 +1,14 @@
 #include "disk/file_probe.h"
 
+#include <tuple>
+
 #include "platform/platform.h"
 
 std::optional<FindData> FindFile(const std::string& path) {
   FindData found;
   const Handle search = Sys.files->FindFirstFile(path, found);
   if (search == kInvalidHandle) return std::nullopt;
-  Sys.files->FindClose(search);
+  std::ignore = Sys.files->FindClose(search);
   if ((found.attributes & kAttributeDirectory) != 0) return std::nullopt;
   return found;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 #include "disk/drive_discovery.h"
 #include "disk/file_probe.h"
@@ -103,14 +104,14 @@ bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors) {
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
   if (SectorBuffer.size() < bytes) return false;
   if (!Sys.devices->SetFilePointerEx(hDrive, offset)) return false;
-  Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
+  std::ignore = Sys.devices->LockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
   std::uint32_t transferred = 0;
   if (!Sys.devices->WriteFile(hDrive, SectorBuffer.data(), bytes, transferred) ||
       transferred != bytes) {
     return false;
   }
-  Sys.devices->FlushFileBuffers(hDrive);
-  Sys.devices->UnlockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
+  std::ignore = Sys.devices->FlushFileBuffers(hDrive);
+  std::ignore = Sys.devices->UnlockFile(hDrive, LowHalf(offset), HighHalf(offset), bytes, 0);
   return true;
 }
 
@@ -161,7 +162,7 @@ std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
   alignas(16) Sector data;  // some disks read into aligned memory only
   bool read = ReadSectorFrom(disk, sector, data);
   if (!read) read = ReadSectorFrom(disk, sector, data);
-  Sys.devices->CloseHandle(disk);
+  std::ignore = Sys.devices->CloseHandle(disk);
   return read ? std::optional(data) : std::nullopt;
 }
 
@@ -169,7 +170,7 @@ std::uint64_t SectorsOfDisk(std::int32_t drive) {
   const Handle disk = OpenDiskToRead(drive);
   if (disk == kInvalidHandle) return 0;
   const std::uint64_t bytes = GetDiskLength(disk);
-  Sys.devices->CloseHandle(disk);
+  std::ignore = Sys.devices->CloseHandle(disk);
   return bytes / kSectorSize;
 }
 
@@ -182,14 +183,14 @@ std::uint64_t FileLenA(const std::string& path) {
   const std::uint32_t low = Sys.devices->GetFileSize(file, high);
   // As a length a failed call would become a partition of 4 GiB, mostly of other files' sectors.
   const bool failed = low == kInvalidFileSize && Sys.devices->GetLastError() != 0;
-  Sys.devices->CloseHandle(file);
+  std::ignore = Sys.devices->CloseHandle(file);
   return failed ? 0 : static_cast<std::uint64_t>(high) << 32 | low;
 }
 
 void MyCloseHandle(Handle& handle) {
   const Routine me(ReportLayout::Module, "MyCloseHandle");
   WriteLog("------- MyCloseHandle Started ----------------");
-  if (handle > kNoHandle) Sys.devices->CloseHandle(handle);
+  if (handle > kNoHandle) std::ignore = Sys.devices->CloseHandle(handle);
   handle = kNoHandle;
 }
 
@@ -202,7 +203,7 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive) {
   std::uint32_t returned = 0;
   const bool answered = Sys.devices->DeviceIoControl(volume, kIoctlStorageGetDeviceNumber, nullptr,
                                                      0, answer.data(), answer.size(), returned);
-  Sys.devices->CloseHandle(volume);
+  std::ignore = Sys.devices->CloseHandle(volume);
   const bool isDisk = answered && Number32(answer.data()) == kFileDeviceDisk;
   return isDisk ? static_cast<std::int32_t>(Number32(answer.data() + 4)) : kNoDrive;
 }
@@ -214,9 +215,10 @@ bool IsUsbDrive(std::int32_t drv) {
   std::array<std::uint8_t, 512> descriptor{};
   const std::array<std::uint8_t, 12> query{};  // StorageDeviceProperty, PropertyStandardQuery
   std::uint32_t returned = 0;
-  Sys.devices->DeviceIoControl(disk, kIoctlStorageQueryProperty, query.data(), query.size(),
-                               descriptor.data(), descriptor.size(), returned);
-  Sys.devices->CloseHandle(disk);
+  std::ignore =
+      Sys.devices->DeviceIoControl(disk, kIoctlStorageQueryProperty, query.data(), query.size(),
+                                   descriptor.data(), descriptor.size(), returned);
+  std::ignore = Sys.devices->CloseHandle(disk);
   return descriptor[kBusTypeOffset] == kBusTypeUsb;
 }
 

@@ -1,5 +1,7 @@
 #include "disk/window_sweep.h"
 
+#include <tuple>
+
 #include "platform/platform.h"
 
 int OSVersionCode = 0;
@@ -17,7 +19,7 @@ void Close_Windows_By_Title(const std::string& prefix) {
   WindowHandle window = Sys.desktop->GetWindow(Sys.desktop->GetDesktopWindow(), kGwChild);
   while (window != 0) {
     if (GetWindowTitle(window).starts_with(prefix) && IsTaskWindow(window)) {
-      Sys.desktop->PostMessage(window, kWmClose);
+      std::ignore = Sys.desktop->PostMessage(window, kWmClose);
     }
     window = Sys.desktop->GetWindow(window, kGwHwndNext);
   }

@@ -1,5 +1,7 @@
 #include "imagefiles/child_process.h"
 
+#include <tuple>
+
 #include "platform/platform.h"
 #include "report/log.h"
 #include "report/routine.h"
@@ -62,7 +64,7 @@ std::int32_t SyncShell(const std::string& commandLine, int windowStyle) {
            "Failed to retrieve exit code, error " + Decimal(Sys.devices->GetLastError()));
     }
   }
-  Sys.devices->CloseHandle(process);
+  std::ignore = Sys.devices->CloseHandle(process);
   return known ? static_cast<std::int32_t>(exitCode) : 0;
 }
 
@@ -73,6 +75,6 @@ void RunCmd(const std::string& CmdPath, int WindowStyle) {
   if (child == 0) return;
   const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
   if (process == kNoHandle) return;
-  Sys.processes->WaitForSingleObject(process, kInfinite);
-  Sys.devices->CloseHandle(process);
+  std::ignore = Sys.processes->WaitForSingleObject(process, kInfinite);
+  std::ignore = Sys.devices->CloseHandle(process);
 }

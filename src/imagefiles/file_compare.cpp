@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "platform/platform.h"
@@ -41,7 +42,7 @@ Handle OpenPastCache(const std::string& path) {
 }
 
 void Close(Handle file) {
-  if (file != kInvalidHandle) Sys.devices->CloseHandle(file);
+  if (file != kInvalidHandle) std::ignore = Sys.devices->CloseHandle(file);
 }
 
 std::optional<std::uint64_t> SizeOf(Handle file) {

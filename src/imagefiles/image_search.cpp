@@ -1,5 +1,6 @@
 #include "imagefiles/image_search.h"
 
+#include <tuple>
 #include <vector>
 
 #include "disk/drive_discovery.h"
@@ -31,7 +32,7 @@ bool ForEachEntry(const std::string& pattern, Visit visit) {
   if (error != kErrorNoMoreFiles) {
     WriteLog("FindFilesAPI: " + pattern + " can't be searched to its end, error " + Decimal(error));
   }
-  Sys.files->FindClose(search);
+  std::ignore = Sys.files->FindClose(search);
   return error == kErrorNoMoreFiles;
 }
 

@@ -1,6 +1,7 @@
 #include "imagefiles/moving_file.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "disk/file_probe.h"
@@ -102,7 +103,7 @@ std::vector<std::string> MovingFile::AsidesThere() const {
       names.push_back(file_.substr(0, file_.rfind('\\') + 1) + found.name);
     }
   } while (Sys.files->FindNextFile(search, found));
-  Sys.files->FindClose(search);
+  std::ignore = Sys.files->FindClose(search);
   return names;
 }
 

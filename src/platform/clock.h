@@ -13,5 +13,5 @@ class Clock {
  public:
   virtual ~Clock() = default;
   virtual void Sleep(std::uint32_t milliseconds) = 0;  // blocks the thread
-  virtual DateTime Now() = 0;
+  [[nodiscard]] virtual DateTime Now() noexcept = 0;
 };

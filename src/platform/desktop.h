@@ -17,28 +17,29 @@ class Desktop {
  public:
   virtual ~Desktop() = default;
 
-  virtual WindowHandle GetDesktopWindow() = 0;
-  virtual WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) = 0;
-  virtual int GetWindowTextLength(WindowHandle window) = 0;  // UTF-16 units
+  [[nodiscard]] virtual WindowHandle GetDesktopWindow() noexcept = 0;
+  [[nodiscard]] virtual WindowHandle GetWindow(WindowHandle window,
+                                               std::uint32_t relation) noexcept = 0;
+  [[nodiscard]] virtual int GetWindowTextLength(WindowHandle window) noexcept = 0;  // UTF-16 units
   // At most size - 1 units of the title; the empty text on failure.
-  virtual std::string GetWindowText(WindowHandle window, int size) = 0;
-  virtual bool IsWindowVisible(WindowHandle window) = 0;
+  [[nodiscard]] virtual std::string GetWindowText(WindowHandle window, int size) noexcept = 0;
+  [[nodiscard]] virtual bool IsWindowVisible(WindowHandle window) noexcept = 0;
   // Posts the message with both parameters 0.
-  virtual bool PostMessage(WindowHandle window, std::uint32_t message) = 0;
+  [[nodiscard]] virtual bool PostMessage(WindowHandle window, std::uint32_t message) noexcept = 0;
 
   // The topmost window of that class, hidden ones included; 0: none.
-  virtual WindowHandle FindWindow(const std::string& className) = 0;
+  [[nodiscard]] virtual WindowHandle FindWindow(const std::string& className) noexcept = 0;
   // The process that made the window; 0: no such window.
-  virtual std::uint32_t GetWindowThreadProcessId(WindowHandle window) = 0;
+  [[nodiscard]] virtual std::uint32_t GetWindowThreadProcessId(WindowHandle window) noexcept = 0;
   // The window that owner owns and that was active last, a box; owner itself where there is none.
-  virtual WindowHandle GetLastActivePopup(WindowHandle owner) = 0;
+  [[nodiscard]] virtual WindowHandle GetLastActivePopup(WindowHandle owner) noexcept = 0;
   // Sends the message with both parameters 0. False: not answered within the time.
-  virtual bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
-                                  std::uint32_t milliseconds) = 0;
-  virtual bool IsIconic(WindowHandle window) = 0;
-  virtual void ShowWindow(WindowHandle window, int command) = 0;
+  [[nodiscard]] virtual bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
+                                                std::uint32_t milliseconds) noexcept = 0;
+  [[nodiscard]] virtual bool IsIconic(WindowHandle window) noexcept = 0;
+  virtual void ShowWindow(WindowHandle window, int command) noexcept = 0;
   // False: the system keeps another window in front.
-  virtual bool SetForegroundWindow(WindowHandle window) = 0;
+  [[nodiscard]] virtual bool SetForegroundWindow(WindowHandle window) noexcept = 0;
   // Lets every process bring its windows to the front, where this one may.
-  virtual void AllowSetForegroundWindow() = 0;
+  virtual void AllowSetForegroundWindow() noexcept = 0;
 };

@@ -36,42 +36,45 @@ class Devices {
   virtual ~Devices() = default;
 
   // Opens a file, "\\.\E:" or "\\.\PhysicalDrive1". Gives an open handle, or -1 on failure.
-  virtual Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
-                            std::uint32_t disposition, std::uint32_t flags) = 0;
+  [[nodiscard]] virtual Handle CreateFile(const std::string& path, std::uint32_t access,
+                                          std::uint32_t share, std::uint32_t disposition,
+                                          std::uint32_t flags) noexcept = 0;
 
   // Moves the file pointer to offset bytes from the start (FILE_BEGIN). False: not moved.
-  virtual bool SetFilePointerEx(Handle handle, std::uint64_t offset) = 0;
+  [[nodiscard]] virtual bool SetFilePointerEx(Handle handle, std::uint64_t offset) noexcept = 0;
 
   // Transfers bytes at the file pointer, which moves on. True: the call succeeded; transferred is
   // then the count of bytes moved, which may be less than asked. False: transferred is 0.
-  virtual bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
-                        std::uint32_t& transferred) = 0;
-  virtual bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
-                         std::uint32_t& transferred) = 0;
+  [[nodiscard]] virtual bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
+                                      std::uint32_t& transferred) noexcept = 0;
+  [[nodiscard]] virtual bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
+                                       std::uint32_t& transferred) noexcept = 0;
 
   // Locks or unlocks a byte range; offset and count each as low and high 32-bit halves.
-  virtual bool LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                        std::uint32_t bytesLow, std::uint32_t bytesHigh) = 0;
-  virtual bool UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                          std::uint32_t bytesLow, std::uint32_t bytesHigh) = 0;
+  [[nodiscard]] virtual bool LockFile(Handle handle, std::uint32_t offsetLow,
+                                      std::uint32_t offsetHigh, std::uint32_t bytesLow,
+                                      std::uint32_t bytesHigh) noexcept = 0;
+  [[nodiscard]] virtual bool UnlockFile(Handle handle, std::uint32_t offsetLow,
+                                        std::uint32_t offsetHigh, std::uint32_t bytesLow,
+                                        std::uint32_t bytesHigh) noexcept = 0;
 
-  virtual bool FlushFileBuffers(Handle handle) = 0;
+  [[nodiscard]] virtual bool FlushFileBuffers(Handle handle) noexcept = 0;
 
   // The low half of the file's length in bytes; the high half goes into high. kInvalidFileSize is a
   // failure if GetLastError says so, which is 0 behind a call that succeeded.
-  virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) = 0;
+  [[nodiscard]] virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) noexcept = 0;
 
   // Sends a control code. in and out may be null with size 0; they may be the same buffer.
   // returned is the count of bytes put into out; a call that fails with a warning may have put some
   // as well. The record of
   // kIoctlScsiPassThrough is the one of 32-bit programs (44 bytes of header) on every platform.
-  virtual bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
-                               std::uint32_t inSize, void* out, std::uint32_t outSize,
-                               std::uint32_t& returned) = 0;
+  [[nodiscard]] virtual bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
+                                             std::uint32_t inSize, void* out, std::uint32_t outSize,
+                                             std::uint32_t& returned) noexcept = 0;
 
   // Closes any handle that this interface or Processes gave. False: it was not open.
-  virtual bool CloseHandle(Handle handle) = 0;
+  [[nodiscard]] virtual bool CloseHandle(Handle handle) noexcept = 0;
 
   // The error number of the last call that failed (winerror.h).
-  virtual std::uint32_t GetLastError() = 0;
+  [[nodiscard]] virtual std::uint32_t GetLastError() noexcept = 0;
 };

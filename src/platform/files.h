@@ -28,12 +28,13 @@ class Files {
 
   // Searches. The pattern may hold * and ? in its last part; hidden and system entries and folders
   // are found as well. FindFirstFile gives a search handle, or -1 when nothing matches.
-  virtual Handle FindFirstFile(const std::string& pattern, FindData& found) = 0;
-  virtual bool FindNextFile(Handle search, FindData& found) = 0;
-  virtual bool FindClose(Handle search) = 0;
+  [[nodiscard]] virtual Handle FindFirstFile(const std::string& pattern,
+                                             FindData& found) noexcept = 0;
+  [[nodiscard]] virtual bool FindNextFile(Handle search, FindData& found) noexcept = 0;
+  [[nodiscard]] virtual bool FindClose(Handle search) noexcept = 0;
 
   // The attributes of a file or folder, or kInvalidAttributes.
-  virtual std::uint32_t GetFileAttributes(const std::string& path) = 0;
+  [[nodiscard]] virtual std::uint32_t GetFileAttributes(const std::string& path) noexcept = 0;
 
   // Statements: each does all of its work or throws a Fault.
   virtual void FileCopy(const std::string& from, const std::string& to) = 0;    // see below
@@ -43,11 +44,11 @@ class Files {
   // A copy overwrites to, and isn't read-only, so that it can be deleted where its original can't.
 
   // The whole file as text.
-  virtual std::string ReadTextFile(const std::string& path) = 0;
+  [[nodiscard]] virtual std::string ReadTextFile(const std::string& path) = 0;
 
   // Reads up to bytes from the start of the file into data; gives how many there were.
-  virtual std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
-                                     std::size_t bytes) = 0;
+  [[nodiscard]] virtual std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
+                                                   std::size_t bytes) = 0;
 
   // Opens the file for appending (creating it), writes line and CR LF, closes it. The line is
   // written in the system's ANSI code page, with "?" for what that lacks. 76: no folder.

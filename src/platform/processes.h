@@ -26,29 +26,33 @@ class Processes {
   // without a folder, in this program's folder before any other.
   // With a hidden window the child reads from the null device and writes to it.
   // Throws Fault 53 (no such program) or 5 (any other refusal).
-  virtual std::uint32_t Shell(const std::string& program, const std::string& commandLine,
-                              int windowStyle) = 0;
+  [[nodiscard]] virtual std::uint32_t Shell(const std::string& program,
+                                            const std::string& commandLine, int windowStyle) = 0;
 
   // Gives a handle to the process (closed through Devices::CloseHandle), or 0.
-  virtual Handle OpenProcess(std::uint32_t access, std::uint32_t processId) = 0;
+  [[nodiscard]] virtual Handle OpenProcess(std::uint32_t access,
+                                           std::uint32_t processId) noexcept = 0;
 
   // Blocks until the process has ended, or the mutex is this process's own (kWaitObject0) or the
   // time is over (kWaitTimeout).
-  virtual std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) = 0;
+  [[nodiscard]] virtual std::uint32_t WaitForSingleObject(Handle process,
+                                                          std::uint32_t milliseconds) = 0;
 
   // A handle to the mutex of that name, which is made where it isn't there yet; 0 on failure, also
   // where it belongs to another user. A wait for it takes it, for as long as the process lives.
-  virtual Handle CreateMutex(const std::string& name) = 0;
+  [[nodiscard]] virtual Handle CreateMutex(const std::string& name) noexcept = 0;
 
-  virtual bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) = 0;
+  [[nodiscard]] virtual bool GetExitCodeProcess(Handle process,
+                                                std::uint32_t& exitCode) noexcept = 0;
 
   // Ends a child that Shell started, with everything that the child has started.
-  virtual void EndChild(std::uint32_t processId) = 0;
+  virtual void EndChild(std::uint32_t processId) noexcept = 0;
 
   // Above 32: started. No owner window.
-  virtual std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
-                                     const std::string& parameters, const std::string& folder,
-                                     int showCommand) = 0;
+  [[nodiscard]] virtual std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
+                                                   const std::string& parameters,
+                                                   const std::string& folder,
+                                                   int showCommand) noexcept = 0;
 
   // Ends this process at once. Does not come back; a double may leave by an exception that is
   // neither Fault nor std::exception.

@@ -1,5 +1,5 @@
 // The window toolkit: one window with a fixed set of controls, boxes, the pointer, pending events.
-// Nothing here throws. Places and sizes are in twips (1440 to the inch).
+// Nothing here fails with a Fault; what hands out events may leave as they do. Places and sizes are in twips (1440 to the inch).
 #pragma once
 
 #include <cstddef>
@@ -112,53 +112,56 @@ class Toolkit {
   // The window. CreateForm makes it, hidden, and hands user events to handler from then on: from
   // inside RunEventLoop and DoEvents, and at the end of the session. A control that the program
   // changes raises none.
-  virtual void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) = 0;
-  virtual void ShowForm() = 0;
-  virtual void UnloadForm() = 0;    // destroys the window; RunEventLoop then returns
-  virtual void RunEventLoop() = 0;  // hands out events until the window is unloaded
-  virtual void SetCaption(const std::string& caption) = 0;
+  virtual void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) noexcept = 0;
+  virtual void ShowForm() noexcept = 0;
+  virtual void UnloadForm() noexcept = 0;  // destroys the window; RunEventLoop then returns
+  virtual void RunEventLoop() = 0;         // hands out events until the window is unloaded
+  virtual void SetCaption(const std::string& caption) noexcept = 0;
 
   // The outer size and place of the window and the size of the screen that it is on, in twips.
-  virtual float FormHeight() = 0;
-  virtual float FormWidth() = 0;
-  virtual void SetFormHeight(float twips) = 0;
-  virtual void SetFormWidth(float twips) = 0;
-  virtual void MoveForm(float left, float top) = 0;
-  virtual float ScreenHeight() = 0;
-  virtual float ScreenWidth() = 0;
-  virtual bool IsMinimised() = 0;
+  [[nodiscard]] virtual float FormHeight() noexcept = 0;
+  [[nodiscard]] virtual float FormWidth() noexcept = 0;
+  virtual void SetFormHeight(float twips) noexcept = 0;
+  virtual void SetFormWidth(float twips) noexcept = 0;
+  virtual void MoveForm(float left, float top) noexcept = 0;
+  [[nodiscard]] virtual float ScreenHeight() noexcept = 0;
+  [[nodiscard]] virtual float ScreenWidth() noexcept = 0;
+  [[nodiscard]] virtual bool IsMinimised() noexcept = 0;
 
   // Controls.
-  virtual void SetVisible(Control control, bool visible) = 0;
-  virtual void SetEnabled(Control control, bool enabled) = 0;
-  virtual bool IsTicked(Control checkBox) = 0;
-  virtual void SetTicked(Control checkBox, bool ticked) = 0;
+  virtual void SetVisible(Control control, bool visible) noexcept = 0;
+  virtual void SetEnabled(Control control, bool enabled) noexcept = 0;
+  [[nodiscard]] virtual bool IsTicked(Control checkBox) noexcept = 0;
+  virtual void SetTicked(Control checkBox, bool ticked) noexcept = 0;
 
   // Combo1 and List1. Rows count from 0; both keep their rows sorted. ListIndex is -1 while no row
   // is selected. ItemText of a row that is not there is the empty text.
-  virtual void ClearItems(Control list) = 0;
-  virtual void AddItem(Control list, const std::string& text) = 0;
-  virtual int ItemCount(Control list) = 0;
-  virtual std::string ItemText(Control list, int row) = 0;
-  virtual int ListIndex(Control list) = 0;
-  virtual void SetListIndex(Control list, int row) = 0;
+  virtual void ClearItems(Control list) noexcept = 0;
+  virtual void AddItem(Control list, const std::string& text) noexcept = 0;
+  [[nodiscard]] virtual int ItemCount(Control list) noexcept = 0;
+  [[nodiscard]] virtual std::string ItemText(Control list, int row) noexcept = 0;
+  [[nodiscard]] virtual int ListIndex(Control list) noexcept = 0;
+  virtual void SetListIndex(Control list, int row) noexcept = 0;
 
   // Sends message with wParam and lParam 0 to the control's window.
-  virtual void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) = 0;
+  virtual void SendMessage(Control control, std::uint32_t message,
+                           std::intptr_t wParam) noexcept = 0;
 
-  virtual float TwipsPerPixelX() = 0;
-  virtual float TextWidth(const std::string& text) = 0;  // in the window's font, twips
+  [[nodiscard]] virtual float TwipsPerPixelX() noexcept = 0;
+  // In the window's font, twips.
+  [[nodiscard]] virtual float TextWidth(const std::string& text) noexcept = 0;
 
   // Throws away the keys and mouse buttons that wait to be handed out. To be called before each
   // box: what waits goes to the box that opens next.
-  virtual void DropInput() = 0;
+  virtual void DropInput() noexcept = 0;
   // Modal, owned by the window once that is there; takes the keys and mouse buttons that the filter
   // takes. Escape gives Cancel where there is one, and so does a box that can't be shown.
-  virtual Answer MsgBox(const Box& box, PressFilter& filter) = 0;
+  [[nodiscard]] virtual Answer MsgBox(const Box& box, PressFilter& filter) = 0;
   // The same with a text field. Cancel gives the empty text.
-  virtual std::string InputBox(const InputQuestion& question, PressFilter& filter) = 0;
+  [[nodiscard]] virtual std::string InputBox(const InputQuestion& question,
+                                             PressFilter& filter) = 0;
 
-  virtual void MousePointer(Pointer pointer) = 0;
+  virtual void MousePointer(Pointer pointer) noexcept = 0;
 
   // Lets all pending events run.
   virtual void DoEvents() = 0;

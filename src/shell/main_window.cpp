@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <optional>
+#include <tuple>
 
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
@@ -125,7 +126,7 @@ void cmdExit_Click() {
 }
 
 void Label2_Click() {
-  Sys.processes->ShellExecute("open", PRODUCT_HOME_URL, "0", "0", 1);
+  std::ignore = Sys.processes->ShellExecute("open", PRODUCT_HOME_URL, "0", "0", 1);
 }
 
 void ForgetActions() {

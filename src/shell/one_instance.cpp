@@ -1,5 +1,7 @@
 #include "shell/one_instance.h"
 
+#include <tuple>
+
 #include "platform/platform.h"
 #include "report/message_box.h"
 #include "shell/window_design.h"
@@ -36,7 +38,7 @@ WindowHandle FrontWindow(WindowHandle frame) {
 
 void BringToFront(WindowHandle frame, WindowHandle front) {
   if (Sys.desktop->IsIconic(frame)) Sys.desktop->ShowWindow(frame, kShowRestored);
-  Sys.desktop->SetForegroundWindow(front);
+  std::ignore = Sys.desktop->SetForegroundWindow(front);
 }
 
 void TellThatItDoesNotAnswer() {

@@ -1,6 +1,7 @@
 #include "shell/startup.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "disk/file_probe.h"
 #include "disk/raw_sector_io.h"
@@ -165,8 +166,9 @@ void cmd_rebootPE_Click() {
   WriteLog("cmd_rebootPE_Click");
   StartCommandLine("wpeutil reboot", kWindowNormal);
   const std::string wpeutil = SystemProgram("wpeutil.exe");
-  Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil, "reboot", "", 1);
-  Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1);
+  std::ignore = Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil,
+                                            "reboot", "", 1);
+  std::ignore = Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1);
   RunCmd("cmd /c wpeutil reboot", kWindowNormal);
   StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised);
 }

@@ -26,7 +26,7 @@ void VirtualClock::Sleep(std::uint32_t milliseconds) {
   elapsed_ += milliseconds;
 }
 
-DateTime VirtualClock::Now() {
+DateTime VirtualClock::Now() noexcept {
   const Moment now = MomentOf(start) + milliseconds(static_cast<std::int64_t>(elapsed_));
   const sys_days today = floor<days>(now);
   const year_month_day date(today);

@@ -13,7 +13,7 @@ class VirtualClock : public Clock {
   explicit VirtualClock(Journal& journal) : journal_(journal) {}
 
   void Sleep(std::uint32_t milliseconds) override;
-  DateTime Now() override;
+  DateTime Now() noexcept override;
 
   void Advance(std::uint64_t milliseconds) { elapsed_ += milliseconds; }
   std::uint64_t Elapsed() const { return elapsed_; }  // milliseconds since the start

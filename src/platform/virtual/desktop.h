@@ -28,21 +28,21 @@ class VirtualDesktop : public Desktop {
  public:
   explicit VirtualDesktop(Machine& machine) : machine_(machine) {}
 
-  WindowHandle GetDesktopWindow() override;
-  WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) override;
-  int GetWindowTextLength(WindowHandle window) override;
-  std::string GetWindowText(WindowHandle window, int size) override;
-  bool IsWindowVisible(WindowHandle window) override;
-  bool PostMessage(WindowHandle window, std::uint32_t message) override;
-  WindowHandle FindWindow(const std::string& className) override;
-  std::uint32_t GetWindowThreadProcessId(WindowHandle window) override;
-  WindowHandle GetLastActivePopup(WindowHandle owner) override;
+  WindowHandle GetDesktopWindow() noexcept override;
+  WindowHandle GetWindow(WindowHandle window, std::uint32_t relation) noexcept override;
+  int GetWindowTextLength(WindowHandle window) noexcept override;
+  std::string GetWindowText(WindowHandle window, int size) noexcept override;
+  bool IsWindowVisible(WindowHandle window) noexcept override;
+  bool PostMessage(WindowHandle window, std::uint32_t message) noexcept override;
+  WindowHandle FindWindow(const std::string& className) noexcept override;
+  std::uint32_t GetWindowThreadProcessId(WindowHandle window) noexcept override;
+  WindowHandle GetLastActivePopup(WindowHandle owner) noexcept override;
   bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
-                          std::uint32_t milliseconds) override;
-  bool IsIconic(WindowHandle window) override;
-  void ShowWindow(WindowHandle window, int command) override;
-  bool SetForegroundWindow(WindowHandle window) override;
-  void AllowSetForegroundWindow() override {}
+                          std::uint32_t milliseconds) noexcept override;
+  bool IsIconic(WindowHandle window) noexcept override;
+  void ShowWindow(WindowHandle window, int command) noexcept override;
+  bool SetForegroundWindow(WindowHandle window) noexcept override;
+  void AllowSetForegroundWindow() noexcept override {}
 
   std::vector<VirtualWindow> windows;  // in the order of the walk
   std::string inFront;                 // title of the window that was brought to the front

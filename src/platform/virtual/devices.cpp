@@ -132,7 +132,7 @@ bool VirtualDevices::SharingAllows(const OpenHandle& wanted) const {
 
 Handle VirtualDevices::CreateFile(const std::string& path, std::uint32_t access,
                                   std::uint32_t share, std::uint32_t disposition,
-                                  std::uint32_t flags) {
+                                  std::uint32_t flags) noexcept {
   const bool device = path.starts_with("\\\\.\\");
   const std::string name = device ? path.substr(4) : path;
   const Step step = machine_.Begin(Op::Open, name, OpenMode(access, share, flags));
@@ -150,7 +150,7 @@ Handle VirtualDevices::CreateFile(const std::string& path, std::uint32_t access,
   return machine_.Add(std::move(open));
 }
 
-bool VirtualDevices::SetFilePointerEx(Handle handle, std::uint64_t offset) {
+bool VirtualDevices::SetFilePointerEx(Handle handle, std::uint64_t offset) noexcept {
   const Step step = machine_.Begin(Op::Seek, Name(handle), std::to_string(offset));
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -161,7 +161,7 @@ bool VirtualDevices::SetFilePointerEx(Handle handle, std::uint64_t offset) {
 }
 
 bool VirtualDevices::LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                              std::uint32_t bytesLow, std::uint32_t bytesHigh) {
+                              std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept {
   const Step step = machine_.Begin(Op::LockRange, Name(handle));
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -174,7 +174,7 @@ bool VirtualDevices::LockFile(Handle handle, std::uint32_t offsetLow, std::uint3
 }
 
 bool VirtualDevices::UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                                std::uint32_t bytesLow, std::uint32_t bytesHigh) {
+                                std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept {
   const Step step = machine_.Begin(Op::UnlockRange, Name(handle));
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -186,7 +186,7 @@ bool VirtualDevices::UnlockFile(Handle handle, std::uint32_t offsetLow, std::uin
   return machine_.End(step, true);
 }
 
-bool VirtualDevices::FlushFileBuffers(Handle handle) {
+bool VirtualDevices::FlushFileBuffers(Handle handle) noexcept {
   const Step step = machine_.Begin(Op::Flush, Name(handle));
   OpenHandle* open = machine_.At(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -202,7 +202,7 @@ bool VirtualDevices::FlushFileBuffers(Handle handle) {
   return machine_.End(step, true);
 }
 
-std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) {
+std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) noexcept {
   high = 0;
   const Step step = machine_.Begin(Op::FileSize, Name(handle));
   const OpenHandle* open = machine_.At(handle);
@@ -221,7 +221,7 @@ std::uint32_t VirtualDevices::GetFileSize(Handle handle, std::uint32_t& high) {
 
 bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
                                      std::uint32_t inSize, void* out, std::uint32_t outSize,
-                                     std::uint32_t& returned) {
+                                     std::uint32_t& returned) noexcept {
   returned = 0;
   const Step step = machine_.Begin(OpOf(code), Name(handle), ControlName(code));
   machine_.journal[step.entry].code = code;
@@ -252,7 +252,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
   return machine_.End(step, error == 0, error);
 }
 
-bool VirtualDevices::CloseHandle(Handle handle) {
+bool VirtualDevices::CloseHandle(Handle handle) noexcept {
   // A close that is made to fail has closed all the same: what follows must cope with both.
   const Step step = machine_.Begin(Op::Close, Name(handle));
   const bool wasOpen = machine_.Close(handle);

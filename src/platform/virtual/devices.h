@@ -15,22 +15,22 @@ class VirtualDevices : public Devices {
   explicit VirtualDevices(Machine& machine) : machine_(machine) {}
 
   Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
-                    std::uint32_t disposition, std::uint32_t flags) override;
-  bool SetFilePointerEx(Handle handle, std::uint64_t offset) override;
+                    std::uint32_t disposition, std::uint32_t flags) noexcept override;
+  bool SetFilePointerEx(Handle handle, std::uint64_t offset) noexcept override;
   bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
-                std::uint32_t& transferred) override;
+                std::uint32_t& transferred) noexcept override;
   bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
-                 std::uint32_t& transferred) override;
+                 std::uint32_t& transferred) noexcept override;
   bool LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                std::uint32_t bytesLow, std::uint32_t bytesHigh) override;
+                std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept override;
   bool UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                  std::uint32_t bytesLow, std::uint32_t bytesHigh) override;
-  bool FlushFileBuffers(Handle handle) override;
-  std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) override;
+                  std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept override;
+  bool FlushFileBuffers(Handle handle) noexcept override;
+  std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) noexcept override;
   bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in, std::uint32_t inSize,
-                       void* out, std::uint32_t outSize, std::uint32_t& returned) override;
-  bool CloseHandle(Handle handle) override;
-  std::uint32_t GetLastError() override { return machine_.lastError; }
+                       void* out, std::uint32_t outSize, std::uint32_t& returned) noexcept override;
+  bool CloseHandle(Handle handle) noexcept override;
+  std::uint32_t GetLastError() noexcept override { return machine_.lastError; }
 
  private:
   std::string Name(Handle handle);

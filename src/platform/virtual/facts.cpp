@@ -11,17 +11,18 @@ std::string VirtualFacts::Give(const Step& step, const std::string& text, std::u
   return machine_.End(step, fits && !step.Refused(), kErrorInsufficientBuffer) ? text : "";
 }
 
-std::string VirtualFacts::GetTempPath(std::uint32_t size) {
+std::string VirtualFacts::GetTempPath(std::uint32_t size) noexcept {
   return Give(machine_.Begin(Op::Fact, "temp-path"), tempPath, size);
 }
 
-std::string VirtualFacts::GetLongPathName(const std::string& shortPath, std::uint32_t size) {
+std::string VirtualFacts::GetLongPathName(const std::string& shortPath,
+                                          std::uint32_t size) noexcept {
   const auto found = longPaths.find(shortPath);
   return Give(machine_.Begin(Op::Fact, "long-path"),
               found == longPaths.end() ? shortPath : found->second, size);
 }
 
-bool VirtualFacts::GetVersionEx(VersionInfo& info) {
+bool VirtualFacts::GetVersionEx(VersionInfo& info) noexcept {
   const Step step = machine_.Begin(Op::Fact, "version");
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   info = version;
@@ -30,7 +31,8 @@ bool VirtualFacts::GetVersionEx(VersionInfo& info) {
 
 bool VirtualFacts::GetVolumeInformation(const std::string& root, std::string& label,
                                         std::uint32_t labelSize, std::uint32_t& serial,
-                                        std::string& fileSystem, std::uint32_t fileSystemSize) {
+                                        std::string& fileSystem,
+                                        std::uint32_t fileSystemSize) noexcept {
   const Step step = machine_.Begin(Op::Fact, "volume-information", root);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   VirtualVolume* volume =
@@ -48,7 +50,7 @@ bool VirtualFacts::GetVolumeInformation(const std::string& root, std::string& la
 }
 
 std::string VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std::uint32_t,
-                                        std::uint32_t size) {
+                                        std::uint32_t size) noexcept {
   const Step step = machine_.Begin(Op::Fact, "message", std::to_string(code));
   std::string text;
   switch (code) {
@@ -67,24 +69,24 @@ std::string VirtualFacts::FormatMessage(std::uint32_t, std::uint32_t code, std::
   return Give(step, text, size);
 }
 
-std::string VirtualFacts::TextOfCodePage(const std::string& bytes) {
+std::string VirtualFacts::TextOfCodePage(const std::string& bytes) noexcept {
   return FromCodePage(bytes);
 }
 
-std::optional<std::string> VirtualFacts::Environment(const std::string& name) {
+std::optional<std::string> VirtualFacts::Environment(const std::string& name) noexcept {
   const auto found = environment.find(UpperCase(name));
   if (found == environment.end()) return std::nullopt;
   return found->second;
 }
 
 std::optional<std::string> VirtualFacts::InterpreterSetting(SettingsOf whose,
-                                                            const std::string& name) {
+                                                            const std::string& name) noexcept {
   const auto found = interpreterSettings.find({whose, name});
   if (found == interpreterSettings.end()) return std::nullopt;
   return found->second;
 }
 
-int VirtualFacts::LogicalDriveCount() {
+int VirtualFacts::LogicalDriveCount() noexcept {
   const Step step = machine_.Begin(Op::Fact, "drive-count");
   if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return 0;
   const auto there = std::count_if(

@@ -14,21 +14,22 @@ class VirtualFacts : public SystemFacts {
  public:
   explicit VirtualFacts(Machine& machine) : machine_(machine) {}
 
-  std::string GetTempPath(std::uint32_t size) override;
-  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) override;
-  bool GetVersionEx(VersionInfo& version) override;
+  std::string GetTempPath(std::uint32_t size) noexcept override;
+  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) noexcept override;
+  bool GetVersionEx(VersionInfo& version) noexcept override;
   bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
                             std::uint32_t& serial, std::string& fileSystem,
-                            std::uint32_t fileSystemSize) override;
+                            std::uint32_t fileSystemSize) noexcept override;
   std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                            std::uint32_t size) override;
-  std::string TextOfCodePage(const std::string& bytes) override;
-  std::optional<std::string> Environment(const std::string& name) override;
-  std::optional<std::string> InterpreterSetting(SettingsOf whose, const std::string& name) override;
-  std::string SystemFolder() override { return systemFolder; }
-  std::string ProgramFolder() override { return programFolder; }
-  std::string ProgramName() override { return programName; }
-  int LogicalDriveCount() override;
+                            std::uint32_t size) noexcept override;
+  std::string TextOfCodePage(const std::string& bytes) noexcept override;
+  std::optional<std::string> Environment(const std::string& name) noexcept override;
+  std::optional<std::string> InterpreterSetting(SettingsOf whose,
+                                                const std::string& name) noexcept override;
+  std::string SystemFolder() noexcept override { return systemFolder; }
+  std::string ProgramFolder() noexcept override { return programFolder; }
+  std::string ProgramName() noexcept override { return programName; }
+  int LogicalDriveCount() noexcept override;
 
   std::string tempPath = "C:\\Temp\\";           // empty: the call fails
   std::map<std::string, std::string> longPaths;  // short to long

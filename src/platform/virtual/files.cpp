@@ -76,7 +76,7 @@ void VirtualFiles::Fill(FindData& found, VirtualVolume& volume, const std::strin
   found.lastWriteTime = file->lastWriteTime;
 }
 
-Handle VirtualFiles::FindFirstFile(const std::string& pattern, FindData& found) {
+Handle VirtualFiles::FindFirstFile(const std::string& pattern, FindData& found) noexcept {
   found = {};
   const Step step = machine_.Begin(Op::Find, pattern);
   const Place place = Look(pattern);
@@ -111,7 +111,7 @@ Handle VirtualFiles::FindFirstFile(const std::string& pattern, FindData& found) 
   return machine_.Add(std::move(search));
 }
 
-bool VirtualFiles::FindNextFile(Handle handle, FindData& found) {
+bool VirtualFiles::FindNextFile(Handle handle, FindData& found) noexcept {
   OpenHandle* search = machine_.At(handle);
   const Step step = machine_.Begin(Op::FindNext, search != nullptr ? search->name : "?");
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
@@ -124,7 +124,7 @@ bool VirtualFiles::FindNextFile(Handle handle, FindData& found) {
   return machine_.End(step, true);
 }
 
-bool VirtualFiles::FindClose(Handle handle) {
+bool VirtualFiles::FindClose(Handle handle) noexcept {
   const OpenHandle* search = machine_.At(handle);
   const bool isSearch = search != nullptr && search->kind == OpenHandle::Kind::Search;
   const Step step = machine_.Begin(Op::FindClose, isSearch ? search->name : "?");
@@ -133,7 +133,7 @@ bool VirtualFiles::FindClose(Handle handle) {
   return machine_.End(step, isSearch, kErrorInvalidHandle);
 }
 
-std::uint32_t VirtualFiles::GetFileAttributes(const std::string& path) {
+std::uint32_t VirtualFiles::GetFileAttributes(const std::string& path) noexcept {
   const Step step = machine_.Begin(Op::Attributes, path);
   const Place place = Look(path);
   const bool isRoot = place.volume != nullptr && place.path.empty();

@@ -12,10 +12,10 @@ class VirtualFiles : public Files {
  public:
   explicit VirtualFiles(Machine& machine) : machine_(machine) {}
 
-  Handle FindFirstFile(const std::string& pattern, FindData& found) override;
-  bool FindNextFile(Handle search, FindData& found) override;
-  bool FindClose(Handle search) override;
-  std::uint32_t GetFileAttributes(const std::string& path) override;
+  Handle FindFirstFile(const std::string& pattern, FindData& found) noexcept override;
+  bool FindNextFile(Handle search, FindData& found) noexcept override;
+  bool FindClose(Handle search) noexcept override;
+  std::uint32_t GetFileAttributes(const std::string& path) noexcept override;
   void FileCopy(const std::string& from, const std::string& to) override;
   void FileDelete(const std::string& path) override;
   void FileRename(const std::string& from, const std::string& to) override;

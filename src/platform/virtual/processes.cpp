@@ -146,7 +146,7 @@ std::string VirtualProcesses::ToolText(const std::string& path) {
   return ExtentsText(file->extents);
 }
 
-Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t processId) {
+Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t processId) noexcept {
   const std::string name = "process " + std::to_string(processId);
   const Step step = machine_.Begin(Op::OpenProcess, name);
   const auto child = children_.find(processId);
@@ -160,7 +160,7 @@ Handle VirtualProcesses::OpenProcess(std::uint32_t access, std::uint32_t process
   return machine_.Add(std::move(open));
 }
 
-Handle VirtualProcesses::CreateMutex(const std::string& name) {
+Handle VirtualProcesses::CreateMutex(const std::string& name) noexcept {
   const Step step = machine_.Begin(Op::CreateMutex, name);
   if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return kNoHandle;
   OpenHandle open;
@@ -209,7 +209,7 @@ std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_
   return kWaitObject0;
 }
 
-bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCode) {
+bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCode) noexcept {
   constexpr std::uint32_t kStillActive = 259;
   const OpenHandle* open = machine_.At(process);
   const Step step = machine_.Begin(Op::ExitCode, open != nullptr ? open->name : "?");
@@ -223,7 +223,7 @@ bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCod
   return machine_.End(step, true);
 }
 
-void VirtualProcesses::EndChild(std::uint32_t processId) {
+void VirtualProcesses::EndChild(std::uint32_t processId) noexcept {
   const Step step = machine_.Begin(Op::EndChild, "process " + std::to_string(processId));
   const auto child = children_.find(processId);
   if (step.Refused() || child == children_.end()) {
@@ -238,7 +238,7 @@ void VirtualProcesses::EndChild(std::uint32_t processId) {
 
 std::intptr_t VirtualProcesses::ShellExecute(const std::string& verb, const std::string& file,
                                              const std::string& parameters,
-                                             const std::string& folder, int showCommand) {
+                                             const std::string& folder, int showCommand) noexcept {
   const Step step = machine_.Begin(
       Op::ShellExecute, file,
       verb + " [" + parameters + "] [" + folder + "] " + std::to_string(showCommand));

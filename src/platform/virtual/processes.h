@@ -38,14 +38,14 @@ class VirtualProcesses : public Processes {
 
   std::uint32_t Shell(const std::string& program, const std::string& commandLine,
                       int windowStyle) override;
-  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override;
+  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) noexcept override;
   std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
-  Handle CreateMutex(const std::string& name) override;
-  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override;
-  void EndChild(std::uint32_t processId) override;
+  Handle CreateMutex(const std::string& name) noexcept override;
+  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) noexcept override;
+  void EndChild(std::uint32_t processId) noexcept override;
   std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
                              const std::string& parameters, const std::string& folder,
-                             int showCommand) override;
+                             int showCommand) noexcept override;
   [[noreturn]] void EndProcess() override;
 
   std::vector<ChildScript> scripts;

@@ -29,7 +29,7 @@ bool Offers(Buttons buttons, Answer answer) {
 
 }  // namespace
 
-void VirtualToolkit::CreateForm(const FormDesign& formDesign, void (*handler)(UserEvent)) {
+void VirtualToolkit::CreateForm(const FormDesign& formDesign, void (*handler)(UserEvent)) noexcept {
   design = &formDesign;
   handler_ = handler;
   caption = formDesign.caption;
@@ -43,17 +43,17 @@ void VirtualToolkit::CreateForm(const FormDesign& formDesign, void (*handler)(Us
   }
 }
 
-void VirtualToolkit::MoveForm(float toLeft, float toTop) {
+void VirtualToolkit::MoveForm(float toLeft, float toTop) noexcept {
   left = toLeft;
   top = toTop;
 }
 
-void VirtualToolkit::ClearItems(Control list) {
+void VirtualToolkit::ClearItems(Control list) noexcept {
   At(list).rows.clear();
   At(list).selected = -1;
 }
 
-void VirtualToolkit::AddItem(Control list, const std::string& text) {
+void VirtualToolkit::AddItem(Control list, const std::string& text) noexcept {
   ControlState& state = At(list);
   auto place = state.rows.end();
   if (state.sorted) {
@@ -65,21 +65,22 @@ void VirtualToolkit::AddItem(Control list, const std::string& text) {
   state.rows.insert(place, text);
 }
 
-std::string VirtualToolkit::ItemText(Control list, int row) {
+std::string VirtualToolkit::ItemText(Control list, int row) noexcept {
   const ControlState& state = At(list);
   if (row < 0 || row >= static_cast<int>(state.rows.size())) return "";
   return state.rows[static_cast<std::size_t>(row)];
 }
 
-void VirtualToolkit::SetListIndex(Control list, int row) {
+void VirtualToolkit::SetListIndex(Control list, int row) noexcept {
   if (row >= -1 && row < ItemCount(list)) At(list).selected = row;
 }
 
-void VirtualToolkit::SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) {
+void VirtualToolkit::SendMessage(Control control, std::uint32_t message,
+                                 std::intptr_t wParam) noexcept {
   sent.push_back({control, message, wParam});
 }
 
-void VirtualToolkit::MousePointer(Pointer shape) {
+void VirtualToolkit::MousePointer(Pointer shape) noexcept {
   pointer = shape;
   JournalEntry entry;
   entry.op = Op::PointerChange;

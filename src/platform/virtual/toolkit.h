@@ -47,38 +47,42 @@ class VirtualToolkit : public Toolkit {
  public:
   explicit VirtualToolkit(Journal& journal) : journal_(journal) {}
 
-  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) override;
-  void ShowForm() override { shown = true; }
-  void UnloadForm() override { unloaded = true; }
+  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) noexcept override;
+  void ShowForm() noexcept override { shown = true; }
+  void UnloadForm() noexcept override { unloaded = true; }
   void RunEventLoop() override;
-  void SetCaption(const std::string& text) override { caption = text; }
-  float FormHeight() override { return height; }
-  float FormWidth() override { return width; }
-  void SetFormHeight(float twips) override { height = twips; }
-  void SetFormWidth(float twips) override { width = twips; }
-  void MoveForm(float toLeft, float toTop) override;
-  float ScreenHeight() override { return 15360; }
-  float ScreenWidth() override { return 20480; }
-  bool IsMinimised() override { return minimised; }
-  void SetVisible(Control control, bool visible) override { At(control).visible = visible; }
-  void SetEnabled(Control control, bool enabled) override { At(control).enabled = enabled; }
-  bool IsTicked(Control checkBox) override { return At(checkBox).ticked; }
-  void SetTicked(Control checkBox, bool ticked) override { At(checkBox).ticked = ticked; }
-  void ClearItems(Control list) override;
-  void AddItem(Control list, const std::string& text) override;
-  int ItemCount(Control list) override { return static_cast<int>(At(list).rows.size()); }
-  std::string ItemText(Control list, int row) override;
-  int ListIndex(Control list) override { return At(list).selected; }
-  void SetListIndex(Control list, int row) override;
-  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) override;
-  float TwipsPerPixelX() override { return 15; }
-  float TextWidth(const std::string& text) override {
+  void SetCaption(const std::string& text) noexcept override { caption = text; }
+  float FormHeight() noexcept override { return height; }
+  float FormWidth() noexcept override { return width; }
+  void SetFormHeight(float twips) noexcept override { height = twips; }
+  void SetFormWidth(float twips) noexcept override { width = twips; }
+  void MoveForm(float toLeft, float toTop) noexcept override;
+  float ScreenHeight() noexcept override { return 15360; }
+  float ScreenWidth() noexcept override { return 20480; }
+  bool IsMinimised() noexcept override { return minimised; }
+  void SetVisible(Control control, bool visible) noexcept override {
+    At(control).visible = visible;
+  }
+  void SetEnabled(Control control, bool enabled) noexcept override {
+    At(control).enabled = enabled;
+  }
+  bool IsTicked(Control checkBox) noexcept override { return At(checkBox).ticked; }
+  void SetTicked(Control checkBox, bool ticked) noexcept override { At(checkBox).ticked = ticked; }
+  void ClearItems(Control list) noexcept override;
+  void AddItem(Control list, const std::string& text) noexcept override;
+  int ItemCount(Control list) noexcept override { return static_cast<int>(At(list).rows.size()); }
+  std::string ItemText(Control list, int row) noexcept override;
+  int ListIndex(Control list) noexcept override { return At(list).selected; }
+  void SetListIndex(Control list, int row) noexcept override;
+  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) noexcept override;
+  float TwipsPerPixelX() noexcept override { return 15; }
+  float TextWidth(const std::string& text) noexcept override {
     return 90.0F * static_cast<float>(text.size());
   }
-  void DropInput() override { droppedAt_ = journal_.Entries().size(); }
+  void DropInput() noexcept override { droppedAt_ = journal_.Entries().size(); }
   Answer MsgBox(const Box& box, PressFilter& filter) override;
   std::string InputBox(const InputQuestion& question, PressFilter& filter) override;
-  void MousePointer(Pointer shape) override;
+  void MousePointer(Pointer shape) noexcept override;
   void DoEvents() override;
 
   // The state of the window, for looking at.

@@ -52,7 +52,7 @@ bool VirtualDevices::MayWriteAt(const VirtualDisk& disk, std::uint64_t lba,
 }
 
 bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
-                              std::uint32_t& transferred) {
+                              std::uint32_t& transferred) noexcept {
   transferred = 0;
   OpenHandle* open = machine_.At(handle);
   const Step step = machine_.Begin(Op::Read, Name(handle));
@@ -85,7 +85,7 @@ bool VirtualDevices::ReadFile(Handle handle, std::uint8_t* data, std::uint32_t b
 }
 
 bool VirtualDevices::WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
-                               std::uint32_t& transferred) {
+                               std::uint32_t& transferred) noexcept {
   transferred = 0;
   OpenHandle* open = machine_.At(handle);
   const Step step = machine_.Begin(Op::Write, Name(handle));

@@ -7,7 +7,7 @@ class RealClock final : public Clock {
  public:
   void Sleep(std::uint32_t milliseconds) override { ::Sleep(milliseconds); }
 
-  DateTime Now() override {
+  DateTime Now() noexcept override {
     SYSTEMTIME now;
     ::GetLocalTime(&now);
     return {now.wYear,   now.wMonth,  now.wDay,         now.wHour,

@@ -11,19 +11,19 @@ HANDLE Native(Handle handle) {
 class RealDevices final : public Devices {
  public:
   Handle CreateFile(const std::string& path, std::uint32_t access, std::uint32_t share,
-                    std::uint32_t disposition, std::uint32_t flags) override {
+                    std::uint32_t disposition, std::uint32_t flags) noexcept override {
     return reinterpret_cast<Handle>(
         ::CreateFileW(WideText(path).c_str(), access, share, nullptr, disposition, flags, nullptr));
   }
 
-  bool SetFilePointerEx(Handle handle, std::uint64_t offset) override {
+  bool SetFilePointerEx(Handle handle, std::uint64_t offset) noexcept override {
     LARGE_INTEGER distance;
     distance.QuadPart = static_cast<LONGLONG>(offset);
     return ::SetFilePointerEx(Native(handle), distance, nullptr, FILE_BEGIN) != FALSE;
   }
 
   bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
-                std::uint32_t& transferred) override {
+                std::uint32_t& transferred) noexcept override {
     DWORD count = 0;
     const bool ok = ::ReadFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
     transferred = ok ? count : 0;
@@ -31,7 +31,7 @@ class RealDevices final : public Devices {
   }
 
   bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
-                 std::uint32_t& transferred) override {
+                 std::uint32_t& transferred) noexcept override {
     DWORD count = 0;
     const bool ok = ::WriteFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
     transferred = ok ? count : 0;
@@ -39,20 +39,20 @@ class RealDevices final : public Devices {
   }
 
   bool LockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                std::uint32_t bytesLow, std::uint32_t bytesHigh) override {
+                std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept override {
     return ::LockFile(Native(handle), offsetLow, offsetHigh, bytesLow, bytesHigh) != FALSE;
   }
 
   bool UnlockFile(Handle handle, std::uint32_t offsetLow, std::uint32_t offsetHigh,
-                  std::uint32_t bytesLow, std::uint32_t bytesHigh) override {
+                  std::uint32_t bytesLow, std::uint32_t bytesHigh) noexcept override {
     return ::UnlockFile(Native(handle), offsetLow, offsetHigh, bytesLow, bytesHigh) != FALSE;
   }
 
-  bool FlushFileBuffers(Handle handle) override {
+  bool FlushFileBuffers(Handle handle) noexcept override {
     return ::FlushFileBuffers(Native(handle)) != FALSE;
   }
 
-  std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) override {
+  std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) noexcept override {
     DWORD highHalf = 0;
     const DWORD low = ::GetFileSize(Native(handle), &highHalf);
     high = highHalf;
@@ -60,7 +60,8 @@ class RealDevices final : public Devices {
   }
 
   bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in, std::uint32_t inSize,
-                       void* out, std::uint32_t outSize, std::uint32_t& returned) override {
+                       void* out, std::uint32_t outSize,
+                       std::uint32_t& returned) noexcept override {
     if (code == kIoctlScsiPassThrough && sizeof(void*) == 8) {
       return SendWideScsiRecord(handle, out, outSize, returned);
     }
@@ -71,9 +72,11 @@ class RealDevices final : public Devices {
     return ok;
   }
 
-  bool CloseHandle(Handle handle) override { return ::CloseHandle(Native(handle)) != FALSE; }
+  bool CloseHandle(Handle handle) noexcept override {
+    return ::CloseHandle(Native(handle)) != FALSE;
+  }
 
-  std::uint32_t GetLastError() override { return ::GetLastError(); }
+  std::uint32_t GetLastError() noexcept override { return ::GetLastError(); }
 
  private:
   // The same record serves as input and output.

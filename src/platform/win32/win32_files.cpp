@@ -78,25 +78,25 @@ std::string CodePageText(const std::string& text) {
 
 class RealFiles final : public Files {
  public:
-  Handle FindFirstFile(const std::string& pattern, FindData& found) override {
+  Handle FindFirstFile(const std::string& pattern, FindData& found) noexcept override {
     WIN32_FIND_DATAW data;
     const HANDLE search = BeginSearch(WideText(pattern).c_str(), data);
     if (search != INVALID_HANDLE_VALUE) Convert(data, found);
     return reinterpret_cast<Handle>(search);
   }
 
-  bool FindNextFile(Handle search, FindData& found) override {
+  bool FindNextFile(Handle search, FindData& found) noexcept override {
     WIN32_FIND_DATAW data;
     if (!::FindNextFileW(reinterpret_cast<HANDLE>(search), &data)) return false;
     Convert(data, found);
     return true;
   }
 
-  bool FindClose(Handle search) override {
+  bool FindClose(Handle search) noexcept override {
     return ::FindClose(reinterpret_cast<HANDLE>(search)) != FALSE;
   }
 
-  std::uint32_t GetFileAttributes(const std::string& path) override {
+  std::uint32_t GetFileAttributes(const std::string& path) noexcept override {
     return ::GetFileAttributesW(WideText(path).c_str());
   }
 

@@ -82,7 +82,7 @@ class RealProcesses final : public Processes {
     return child_.id;
   }
 
-  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) override {
+  Handle OpenProcess(std::uint32_t access, std::uint32_t processId) noexcept override {
     return reinterpret_cast<Handle>(::OpenProcess(access, FALSE, processId));
   }
 
@@ -90,18 +90,18 @@ class RealProcesses final : public Processes {
     return ::WaitForSingleObject(reinterpret_cast<HANDLE>(process), milliseconds);
   }
 
-  Handle CreateMutex(const std::string& name) override {
+  Handle CreateMutex(const std::string& name) noexcept override {
     return reinterpret_cast<Handle>(::CreateMutexW(nullptr, FALSE, WideText(name).c_str()));
   }
 
-  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) override {
+  bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) noexcept override {
     DWORD code = 0;
     if (!::GetExitCodeProcess(reinterpret_cast<HANDLE>(process), &code)) return false;
     exitCode = code;
     return true;
   }
 
-  void EndChild(std::uint32_t processId) override {
+  void EndChild(std::uint32_t processId) noexcept override {
     if (processId != child_.id || child_.process == nullptr) return;
     if (child_.job == nullptr || !::TerminateJobObject(child_.job, 1)) {
       ::TerminateProcess(child_.process, 1);
@@ -110,7 +110,7 @@ class RealProcesses final : public Processes {
 
   std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
                              const std::string& parameters, const std::string& folder,
-                             int showCommand) override {
+                             int showCommand) noexcept override {
     return reinterpret_cast<std::intptr_t>(
         ::ShellExecuteW(nullptr, WideText(verb).c_str(), WideText(file).c_str(),
                         WideText(parameters).c_str(), WideText(folder).c_str(), showCommand));

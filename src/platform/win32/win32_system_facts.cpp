@@ -46,17 +46,17 @@ class RegistryKey {
 
 class RealSystemFacts final : public SystemFacts {
  public:
-  std::string GetTempPath(std::uint32_t size) override {
+  std::string GetTempPath(std::uint32_t size) noexcept override {
     std::wstring path(size, L'\0');
     return Filled(path, ::GetTempPathW(size, path.data()));
   }
 
-  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) override {
+  std::string GetLongPathName(const std::string& shortPath, std::uint32_t size) noexcept override {
     std::wstring path(size, L'\0');
     return Filled(path, ::GetLongPathNameW(WideText(shortPath).c_str(), path.data(), size));
   }
 
-  bool GetVersionEx(VersionInfo& version) override {
+  bool GetVersionEx(VersionInfo& version) noexcept override {
     OSVERSIONINFOW info{};
     info.dwOSVersionInfoSize = sizeof info;
     if (!::GetVersionExW(&info)) return false;
@@ -66,7 +66,7 @@ class RealSystemFacts final : public SystemFacts {
 
   bool GetVolumeInformation(const std::string& root, std::string& label, std::uint32_t labelSize,
                             std::uint32_t& serial, std::string& fileSystem,
-                            std::uint32_t fileSystemSize) override {
+                            std::uint32_t fileSystemSize) noexcept override {
     std::wstring wideLabel(labelSize, L'\0'), wideSystem(fileSystemSize, L'\0');
     DWORD number = 0, longestName = 0, flags = 0;
     if (!::GetVolumeInformationW(WideText(root).c_str(), wideLabel.data(), labelSize, &number,
@@ -80,20 +80,20 @@ class RealSystemFacts final : public SystemFacts {
   }
 
   std::string FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language,
-                            std::uint32_t size) override {
+                            std::uint32_t size) noexcept override {
     std::wstring text(size, L'\0');
     return Filled(text,
                   ::FormatMessageW(flags, nullptr, code, language, text.data(), size, nullptr));
   }
 
-  std::string TextOfCodePage(const std::string& bytes) override {
+  std::string TextOfCodePage(const std::string& bytes) noexcept override {
     std::wstring wide(bytes.size(), L'\0');  // no code page has more characters than bytes
     const auto size = static_cast<int>(bytes.size());
     const int count = ::MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, wide.data(), size);
     return NarrowText({wide.data(), static_cast<std::size_t>(count)});
   }
 
-  std::optional<std::string> Environment(const std::string& name) override {
+  std::optional<std::string> Environment(const std::string& name) noexcept override {
     const std::wstring wideName = WideText(name);
     std::wstring value(::GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
     if (value.empty()) return std::nullopt;
@@ -102,29 +102,29 @@ class RealSystemFacts final : public SystemFacts {
   }
 
   std::optional<std::string> InterpreterSetting(SettingsOf whose,
-                                                const std::string& name) override {
+                                                const std::string& name) noexcept override {
     const RegistryKey key(whose == SettingsOf::User ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
                           L"Software\\Microsoft\\Command Processor");
     return key.Value(WideText(name));
   }
 
-  std::string SystemFolder() override {
+  std::string SystemFolder() noexcept override {
     std::wstring folder(MAX_PATH, L'\0');
     return Filled(folder, ::GetSystemDirectoryW(folder.data(), MAX_PATH));
   }
 
-  std::string ProgramFolder() override {
+  std::string ProgramFolder() noexcept override {
     const std::string path = ProgramPath();
     return path.substr(0, path.find_last_of('\\'));
   }
 
-  std::string ProgramName() override {
+  std::string ProgramName() noexcept override {
     const std::string path = ProgramPath();
     const std::string file = path.substr(path.find_last_of('\\') + 1);
     return file.substr(0, file.find_last_of('.'));
   }
 
-  int LogicalDriveCount() override { return __builtin_popcount(::GetLogicalDrives()); }
+  int LogicalDriveCount() noexcept override { return __builtin_popcount(::GetLogicalDrives()); }
 };
 
 }  // namespace

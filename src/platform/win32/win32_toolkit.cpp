@@ -60,18 +60,18 @@ SIZE ScreenPixels() {
 
 class RealToolkit final : public Toolkit {
  public:
-  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) override {
+  void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) noexcept override {
     TheForm.Create(design, handler);
   }
 
-  void ShowForm() override {
+  void ShowForm() noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     ::ShowWindow(TheForm.Frame(), SW_SHOWNORMAL);
     ::SetForegroundWindow(TheForm.Frame());
     ::UpdateWindow(TheForm.Frame());
   }
 
-  void UnloadForm() override { TheForm.Destroy(); }
+  void UnloadForm() noexcept override { TheForm.Destroy(); }
 
   void RunEventLoop() override {
     MSG message;
@@ -83,56 +83,60 @@ class RealToolkit final : public Toolkit {
     }
   }
 
-  void SetCaption(const std::string& caption) override {
+  void SetCaption(const std::string& caption) noexcept override {
     ::SetWindowTextW(TheForm.Frame(), WideText(caption).c_str());
   }
 
-  float FormHeight() override { return TheForm.OuterTwips(true); }
-  float FormWidth() override { return TheForm.OuterTwips(false); }
+  float FormHeight() noexcept override { return TheForm.OuterTwips(true); }
+  float FormWidth() noexcept override { return TheForm.OuterTwips(false); }
 
-  void SetFormHeight(float twips) override {
+  void SetFormHeight(float twips) noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     TheForm.SetOuterTwips(true, twips);
   }
 
-  void SetFormWidth(float twips) override {
+  void SetFormWidth(float twips) noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     TheForm.SetOuterTwips(false, twips);
   }
 
-  void MoveForm(float left, float top) override {
+  void MoveForm(float left, float top) noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     ::SetWindowPos(TheForm.Frame(), nullptr, PixelsOf(left, TheForm.Dpi()),
                    PixelsOf(top, TheForm.Dpi()), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
   }
 
-  float ScreenHeight() override { return TwipsOf(ScreenPixels().cy, TheForm.Dpi()); }
-  float ScreenWidth() override { return TwipsOf(ScreenPixels().cx, TheForm.Dpi()); }
-  bool IsMinimised() override { return ::IsIconic(TheForm.Frame()) != FALSE; }
+  float ScreenHeight() noexcept override { return TwipsOf(ScreenPixels().cy, TheForm.Dpi()); }
+  float ScreenWidth() noexcept override { return TwipsOf(ScreenPixels().cx, TheForm.Dpi()); }
+  bool IsMinimised() noexcept override { return ::IsIconic(TheForm.Frame()) != FALSE; }
 
-  void SetVisible(Control control, bool visible) override { TheForm.SetVisible(control, visible); }
-  void SetEnabled(Control control, bool enabled) override { TheForm.SetEnabled(control, enabled); }
+  void SetVisible(Control control, bool visible) noexcept override {
+    TheForm.SetVisible(control, visible);
+  }
+  void SetEnabled(Control control, bool enabled) noexcept override {
+    TheForm.SetEnabled(control, enabled);
+  }
 
-  bool IsTicked(Control checkBox) override {
+  bool IsTicked(Control checkBox) noexcept override {
     return Send(checkBox, BM_GETCHECK, 0, 0) == BST_CHECKED;
   }
 
-  void SetTicked(Control checkBox, bool ticked) override {
+  void SetTicked(Control checkBox, bool ticked) noexcept override {
     Send(checkBox, BM_SETCHECK, ticked ? BST_CHECKED : BST_UNCHECKED, 0);
   }
 
-  void ClearItems(Control list) override { Send(list, MessagesOf(list).clear, 0, 0); }
+  void ClearItems(Control list) noexcept override { Send(list, MessagesOf(list).clear, 0, 0); }
 
-  void AddItem(Control list, const std::string& text) override {
+  void AddItem(Control list, const std::string& text) noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     TheForm.AddRow(list, text);
   }
 
-  int ItemCount(Control list) override {
+  int ItemCount(Control list) noexcept override {
     return static_cast<int>(Send(list, MessagesOf(list).count, 0, 0));
   }
 
-  std::string ItemText(Control list, int row) override {
+  std::string ItemText(Control list, int row) noexcept override {
     const ListMessages& messages = MessagesOf(list);
     const auto index = static_cast<WPARAM>(row);
     const FormWindow::Quiet quiet(TheForm);
@@ -146,25 +150,25 @@ class RealToolkit final : public Toolkit {
     return NarrowText(text);
   }
 
-  int ListIndex(Control list) override {
+  int ListIndex(Control list) noexcept override {
     return static_cast<int>(Send(list, MessagesOf(list).selection, 0, 0));
   }
 
-  void SetListIndex(Control list, int row) override {
+  void SetListIndex(Control list, int row) noexcept override {
     Send(list, MessagesOf(list).select, static_cast<WPARAM>(row), 0);
   }
 
-  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) override {
+  void SendMessage(Control control, std::uint32_t message, std::intptr_t wParam) noexcept override {
     Send(control, message, static_cast<WPARAM>(wParam), 0);
   }
 
-  float TwipsPerPixelX() override { return TwipsOf(1, TheForm.Dpi()); }
+  float TwipsPerPixelX() noexcept override { return TwipsOf(1, TheForm.Dpi()); }
 
-  float TextWidth(const std::string& text) override {
+  float TextWidth(const std::string& text) noexcept override {
     return TwipsOf(TheForm.TextPixels(text).cx, TheForm.Dpi());
   }
 
-  void DropInput() override { DropQueuedPresses(); }
+  void DropInput() noexcept override { DropQueuedPresses(); }
 
   Answer MsgBox(const Box& box, PressFilter& filter) override {
     const FormWindow::Modal modal(TheForm);
@@ -190,7 +194,9 @@ class RealToolkit final : public Toolkit {
     return AskForText(question, Owner(), TheForm.Font(), TheForm.Dpi());
   }
 
-  void MousePointer(Pointer pointer) override { TheForm.SetBusy(pointer == Pointer::Hourglass); }
+  void MousePointer(Pointer pointer) noexcept override {
+    TheForm.SetBusy(pointer == Pointer::Hourglass);
+  }
 
   void DoEvents() override {
     MSG message;
