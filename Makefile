@@ -53,3 +53,4 @@ clean: ## removes build/ and dist/
 
 help: ## this list
 	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
+	@echo "One whole run alone: scripts/stories.sh x64 switch (or x86); see rig/README.md"
