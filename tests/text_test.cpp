@@ -69,13 +69,9 @@ TEST(Text, PadTextAndCommas) {
 }
 
 TEST(Text, NulEndsAText) {
-  EXPECT_EQ(StripNull(" ab "), "ab");
-  EXPECT_EQ(StripNull(""), "");
-  EXPECT_EQ(StripNull(std::string("\0ab", 3)), "");
   EXPECT_EQ(StripNull(std::string("ab\0cd", 5)), "ab");
+  EXPECT_EQ(StripNull(" ab "), "ab");
   EXPECT_EQ(StripNulls(std::string("  ab\0cd ", 8)), "ab");
-  EXPECT_EQ(StripNulls(std::string("\0", 1)), "");
-  EXPECT_EQ(StripNulls(" x "), "x");
 }
 
 TEST(Text, WideAndBack) {
@@ -101,14 +97,11 @@ TEST(Text, WideAndBack) {
 }
 
 TEST(Text, WindowsVersions) {
-  const unsigned cases[][4] = {// platform, major, minor, code
-                               {1, 4, 0, 1}, {1, 4, 10, 2}, {1, 4, 90, 3}, {2, 3, 51, 4},
-                               {2, 4, 0, 5}, {2, 5, 0, 6},  {2, 5, 1, 7},  {2, 5, 2, 8},
-                               {2, 6, 0, 9}, {2, 6, 1, 10}, {2, 6, 2, 11}, {2, 10, 0, 0},
-                               {1, 4, 1, 0}, {0, 0, 0, 0}};
-  for (const auto& [platform, major, minor, code] : cases) {
-    EXPECT_EQ(VersionCode(platform, major, minor), static_cast<int>(code)) << major << "." << minor;
-  }
+  EXPECT_EQ(VersionCode(1, 4, 10), 2);
+  EXPECT_EQ(VersionCode(2, 3, 51), 4) << "any minor version";
+  EXPECT_EQ(VersionCode(2, 5, 1), 7) << "the last one whose folder windows are closed";
+  EXPECT_EQ(VersionCode(2, 6, 2), 11) << "what Windows 8 and later answer";
+  EXPECT_EQ(VersionCode(2, 10, 0), 0) << "unknown";
 }
 
 TEST(Text, ExtentsLines) {
