@@ -1,13 +1,19 @@
 # A thin front over the CMake presets and scripts/. Each task installs what it lacks from Debian's
 # packages when run as root, and says what is missing otherwise.
 .DEFAULT_GOAL := help
-.PHONY: run test windows rehearse bench pictures fuzz dist tidy format clean help
+.PHONY: run test unit windows rehearse bench pictures fuzz dist tidy format clean help
 
 run: ## the real window under Wine on a demo stick; without a display a robot user works it
 	@scripts/run.sh
 
 test: ## everything: unit tests, sanitizers, whole runs of both executables under Wine, boots
 	@scripts/test.sh
+
+unit: ## the native unit tests alone, without the long loops over faults, cuts and random worlds
+	@scripts/setup.sh native
+	@cmake --preset native >/dev/null && cmake --build --preset native
+	@ctest --preset native -LE loops -j "$$(nproc)" >build/unit.log; \
+	  failed=$$?; grep -v ' Passed \|^ *Start ' build/unit.log; exit $$failed
 
 windows: ## the executables, to build/win64 and build/win32
 	@scripts/setup.sh windows

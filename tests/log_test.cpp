@@ -70,7 +70,7 @@ TEST(Log, LinesAndTheirStamps) {
   EXPECT_TRUE(l.Content("Rotate_TSD.log").starts_with("2019-03-04 17:06:09.125\tApp.path"));
 }
 
-TEST(Log, RotatesBehind60001Lines) {
+TEST(Log, RotatesAfter60001Lines) {
   Logging l;
   LoggingEnabled = true;
   for (int line = 1; line <= 60002; ++line) {
