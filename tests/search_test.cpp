@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "disk/drive_discovery.h"
+#include "disk/file_probe.h"
 #include "disk/sector_buffer.h"
 #include "imagefiles/image_search.h"
 #include "platform/platform.h"
@@ -99,6 +100,13 @@ TEST(Search, VolumesAreLookedUpAnewBehindTheCompanion) {
   for (const char* file : {"E:\\_ISO\\a.volPAKX4b", "F:\\_ISO\\a", "F:\\_ISO\\b"}) s.Add(file);
   vol1 = vol2 = vol3 = vol4 = "";
   EXPECT_EQ(s.Found(), Texts{"E:\\_ISO\\a.volPAKX4b :&X4: F:\\_ISO\\b"});
+}
+
+TEST(Search, FileInUseIsThereThoughItTellsNoAttributes) {
+  Searching s;
+  s.Add("E:\\_ISO\\a");
+  s.pc.machine.plan = {.kind = FaultKind::Refusal, .mask = MaskOf(Op::Attributes), .error = 32};
+  EXPECT_TRUE(FileIsThere("E:\\_ISO\\a"));
 }
 
 TEST(Search, CountsAndRoots) {

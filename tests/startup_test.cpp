@@ -67,16 +67,18 @@ TEST(Startup, Order) {
   p.pc.facts.longPaths["C:\\TEMP~1\\"] = "C:\\Temp\\";
   EXPECT_EQ(p.Start(), RunEnd::Returned);
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
-  const auto lines = p.Lines(MaskOf(Op::Find, Op::Fact, Op::Copy, Op::Shell));
+  const auto lines = p.Lines(MaskOf(Op::Attributes, Op::Find, Op::Fact, Op::Copy));
   const Texts expected{"fact version ok",
-                       "find X:\\Windows\\system32\\wpeutil.exe failed",
+                       "attributes X:\\Windows\\system32\\wpeutil.exe failed",
+                       "attributes C:\\Rotate\\getFileExtents.exe ok",
                        "find C:\\Rotate\\getFileExtents.exe ok",
                        "fact temp-path ok",
                        "fact long-path ok",
                        "copy C:\\Rotate\\getFileExtents.exe -> C:\\Temp\\getFileExtents.exe ok",
+                       "attributes C:\\Temp\\getFileExtents.exe ok",
                        "find C:\\Temp\\getFileExtents.exe ok"};
   ASSERT_GT(lines.size(), expected.size());
-  EXPECT_EQ(std::vector(lines.begin(), lines.begin() + 7), expected);
+  EXPECT_EQ(std::vector(lines.begin(), lines.begin() + 9), expected);
   EXPECT_EQ(p.Lines(MaskOf(Op::ChildTool, Op::Append)),
             Texts{"child-tool C:\\Rotate\\getFileExtents.exe ok"})
       << "the tool is run on itself, once, and nothing is logged";

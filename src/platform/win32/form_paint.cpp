@@ -119,7 +119,9 @@ bool FormWindow::ShowPointer(HWND under) const {
 
 void FormWindow::SetBusy(bool busy) {
   busy_ = busy;
-  ::SetCursor(SystemCursor(busy ? IDC_WAIT : IDC_ARROW));
+  if (!busy || hourglassShown_) return;
+  hourglassShown_ = true;
+  ::SetCursor(SystemCursor(IDC_WAIT));
 }
 
 SIZE FormWindow::TextPixels(const std::string& text) const {

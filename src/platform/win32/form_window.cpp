@@ -203,6 +203,10 @@ void FormWindow::AddRow(Control list, const std::string& text) {
 }
 
 void FormWindow::ShowRows() {
+  if (hourglassShown_ && !busy_) {
+    hourglassShown_ = false;
+    ::SetCursor(::LoadCursorW(nullptr, IDC_ARROW));
+  }
   for (Part& part : parts_) {
     if (!part.frozen) continue;
     part.frozen = false;

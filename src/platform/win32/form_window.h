@@ -29,6 +29,8 @@ class FormWindow {
   [[nodiscard]] float OuterTwips(bool vertical) const;
   void SetOuterTwips(bool vertical, float twips);
 
+  // The hourglass is shown at once; the default pointer, like the rows below, only when events are
+  // handed out or a box opens. A search turns it twice in each folder.
   void SetBusy(bool busy);
   // Hides or disables a control; the focus moves on if it stood there.
   void SetVisible(Control control, bool visible);
@@ -113,6 +115,7 @@ class FormWindow {
   int quiet_ = 0;
   int modal_ = 0;
   bool busy_ = false;
+  bool hourglassShown_ = false;
   bool closeWaits_ = false;
 };
 
