@@ -43,7 +43,7 @@ virtual_usb.VirtualUsb.answer = timed_answer
 
 
 def tool_seconds(lines):
-    """From the operation in front of each tool run to the program's next one behind it."""
+    """From the operation before each tool run to the program's next one after it."""
     total = 0
     for i in range(1, len(lines)):
         if lines[i][1].startswith("runs "):
@@ -107,7 +107,7 @@ def plain_switch():
         run.robot.box("Change partition table", "OK")
         run.robot.wait_ready()
         # Without a window manager Wine takes two seconds to close a box, so the second half counts
-        # from the first operation behind it.
+        # from the first operation after it.
         behind = next(i for i, (_, line) in enumerate(times) if line.startswith("box ")) + 1
         busy = (shown - clicked) + (times[-1][0] - times[behind][0])
         tools = tool_seconds(times)

@@ -116,7 +116,7 @@ Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,
   Placement placed;
   std::uint64_t vcn = 0;
   for (const Run& run : runs) {
-    if (vcn >= needed) break;  // room kept behind the file's end
+    if (vcn >= needed) break;  // room kept past the file's end
     if (run.startVcn < 0 || static_cast<std::uint64_t>(run.startVcn) != vcn ||
         run.nextVcn <= run.startVcn) {
       return {{}, "the runs of the file don't follow each other"};

@@ -26,14 +26,14 @@ struct VolumeLayout {
 // is then unchanged. bootSector holds 512 bytes.
 bool ReadBootSector(const std::uint8_t* bootSector, VolumeLayout& layout);
 
-// One run as FSCTL_GET_RETRIEVAL_POINTERS gives it.
+// One run as FSCTL_GET_RETRIEVAL_POINTERS returns it.
 struct Run {
   std::int64_t startVcn, nextVcn;
   std::int64_t lcn;  // -1: nothing on the disk
 };
 
 // Takes a RETRIEVAL_POINTERS_BUFFER (winioctl.h) of bytes bytes apart and appends its runs that lie
-// at or behind startVcn. The system may begin before the VCN asked for: a run that begins there is
+// at or after startVcn. The system may begin before the VCN asked for: a run that begins there is
 // cut. False: the buffer doesn't add up; runs is then unchanged.
 bool AppendRuns(const std::uint8_t* buffer, std::size_t bytes, std::int64_t startVcn,
                 std::vector<Run>& runs);

@@ -27,7 +27,7 @@ class Opened {
   bool Ask(DWORD code, void* out, DWORD outSize, DWORD& error) const;
 
   // Reads bytes at offset, both multiples of the sector size, past all caches where the handle was
-  // opened so. Gives how many there were.
+  // opened so. Returns how many there were.
   std::size_t ReadAt(std::uint64_t offset, std::uint8_t* data, std::size_t bytes) const;
 
   [[nodiscard]] HANDLE Get() const { return handle_; }

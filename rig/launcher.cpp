@@ -1,5 +1,5 @@
 // Starts a program with a library in it: launcher LIBRARY PROGRAM [ARGUMENTS]. The library is
-// loaded before the program's first statement; the program's file is not changed. Gives the
+// loaded before the program's first statement; the program's file is not changed. Returns the
 // program's exit code. As getFileExtents.exe it stands for the extents tool, which other programs
 // start: library and program come from the environment then.
 #include <windows.h>

@@ -42,7 +42,7 @@ def code(source, *defines):
 
 
 def put_boot_code(image, start, offset, name, hidden=28):
-    """Our boot code into a volume's boot record, behind its parameter block, which has the hidden
+    """Our boot code into a volume's boot record, after its parameter block, which has the hidden
     sectors at the byte given."""
     record = bytearray(stick.read(image, start))
     record[offset:510] = code("volume.asm", f"-DCODE={offset}", f"-DNAME='{name}'",
@@ -124,7 +124,7 @@ def fill_main(folder, images):
 
 
 def check_places(folder):
-    """One piece each, beyond the near start; companion behind image, fourth file behind both."""
+    """One piece each, beyond the near start; companion after image, fourth file after both."""
     places = {}
     for name in (RESCUE, UEBUNG, EXT, PACK, COMPANION, FOURTH):
         pieces = stick.file_runs(os.path.join(folder, name), MAIN_START)

@@ -21,7 +21,7 @@ TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
 
 
 def add(image, name, size, at=0):
-    """Each piece by a mount of its own, which puts it behind what is there."""
+    """Each piece by a mount of its own, which puts it after what is there."""
     with stick.Mounted(image, own("look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
@@ -50,7 +50,7 @@ class Camera:
         self.run, self.folder, self.dpi = run, folder, dpi
 
     def take(self, name):
-        time.sleep(0.5)  # painted when the messages behind it are handed out
+        time.sleep(0.5)  # painted once the messages after it are handed out
         path = os.path.join(self.folder, f"{name}-{self.dpi * 100 // 96}.png")
         self.run.picture(path)
         stick.run("convert", path, "-trim", "+repage", path)

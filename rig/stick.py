@@ -18,7 +18,7 @@ _mounts = {}  # folder to the file system's driver, where that is a child of our
 
 
 def run(*command, **options):
-    """Runs a command, gives its output; a failure raises with what the command said."""
+    """Runs a command and returns its output; a failure raises with what the command said."""
     environment = dict(os.environ, LC_ALL="C.UTF-8", MTOOLS_SKIP_CHECK="1")
     done = subprocess.run(command, capture_output=True, text=True, env=environment, **options)
     if done.returncode != 0:

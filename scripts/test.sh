@@ -1,5 +1,5 @@
 #!/bin/sh
-# Everything that can be tested here, one stage behind the other; the last line is the total.
+# Everything that can be tested here, one stage after the other; the last line is the total.
 # A stage that cannot run here is skipped with a reason, but never when CI is "true".
 set -u
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -28,9 +28,9 @@ quiet() {
   fi
 }
 
-# told NAME COMMAND...: a stage that ends with its own "N passed, N failed"; collect NAME counts it,
+# counted NAME COMMAND...: a stage that ends with its own "N passed, N failed"; collect NAME counts it,
 # so that stages can run side by side.
-told() {
+counted() {
   name=$1
   shift
   "$@" 2>&1 | tee "build/log/$name.log"
@@ -96,17 +96,17 @@ stories() {
   if ! wait "$wine10"; then
     cat build/log/wine10.log
     skip "Wine 10 is not there, see above" "stories of the x86 executable, boot tests"
-    told stories-x64 scripts/stories.sh x64
+    counted stories-x64 scripts/stories.sh x64
     collect stories-x64
     return
   fi
-  told stories-x64 scripts/stories.sh x64 &
+  counted stories-x64 scripts/stories.sh x64 &
   x64=$!
-  told stories-x86 scripts/stories.sh x86
+  counted stories-x86 scripts/stories.sh x86
   wait "$x64"
   collect stories-x64
   collect stories-x86
-  told boot python3 -B tests/boot/boot_tests.py
+  counted boot python3 -B tests/boot/boot_tests.py
   collect boot
 }
 

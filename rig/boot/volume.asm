@@ -1,5 +1,5 @@
 ; Boot code of a volume: its name, its hidden-sectors field and the start that the partition entry
-; tells, to COM1. Assembled with -DCODE=offset (behind the parameter block), -DHIDDEN=offset (of that
+; tells, to COM1. Assembled with -DCODE=offset (after the parameter block), -DHIDDEN=offset (of that
 ; field) and -DNAME='"text"'; the file system keeps the bytes in front of CODE and the last two of the
 ; sector.
 bits 16

@@ -18,8 +18,8 @@ std::string MediaKind;
 
 namespace {
 
-// SCSI_PASS_THROUGH (ntddscsi.h, 32-bit layout) with 32 bytes of sense space behind its 44 and the
-// data area behind that.
+// SCSI_PASS_THROUGH (ntddscsi.h, 32-bit layout) with 32 bytes of sense space after its 44 and the
+// data area after that.
 constexpr std::size_t kRecordSize = 585;
 constexpr std::size_t kSenseOffset = 44;
 constexpr std::size_t kDataOffset = 76;
@@ -32,7 +32,7 @@ using Record = std::vector<std::uint8_t>;
 Record PassThroughRecord(std::uint8_t operation) {
   Record record(kRecordSize, 0);
   record[0] = 44;                          // Length, 16 bits
-  record[3] = 0;                           // PathId, behind ScsiStatus
+  record[3] = 0;                           // PathId, after ScsiStatus
   record[4] = 1;                           // TargetId
   record[5] = 0;                           // Lun
   record[6] = 6;                           // CdbLength
@@ -48,7 +48,7 @@ Record PassThroughRecord(std::uint8_t operation) {
   return record;
 }
 
-// Sends the record; gives the count of bytes that came back, which alone tells of an answer.
+// Sends the record and returns the count of bytes that came back. Only that count shows an answer.
 std::uint32_t SendRecord(Handle disk, Record& record) {
   std::uint32_t returned = 0;
   const auto size = static_cast<std::uint32_t>(record.size());

@@ -23,7 +23,7 @@ bool Open_Physical_Disk_hDrive(std::int32_t driveNo);
 // nSectors sectors at iStartSec between hDrive and SectorBuffer from index 0. False where the
 // buffer is too small, the seek or the transfer failed, or fewer bytes moved than asked.
 bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors);
-// Locks the range first, as far as that goes; flushes behind the write.
+// Locks the range first, as far as that goes; flushes after the write.
 bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors);
 
 // Reads sector SecNo of the disk that holds the volume (a letter and a colon) into SectorBuffer,

@@ -8,7 +8,7 @@
 #include "platform/devices.h"
 
 // One control code to an open volume handle. True: the request succeeded. MyUnlock_Volume and
-// MyDismount_Volume leave a handle below 1 alone and give False.
+// MyDismount_Volume leave a handle below 1 alone and return False.
 bool MyLock_Volume(Handle handle);
 bool MyUnlock_Volume(Handle handle);
 bool MyDismount_Volume(Handle handle);

@@ -26,7 +26,7 @@ std::string SystemProgram(const std::string& name);
 std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle);
 
 // Starts a command line and waits for its end, 60 s at most: a child that takes longer is ended,
-// with all that it started. Gives its exit code, or 0 after a failure, which is then recorded.
+// with all that it started. Returns its exit code, or 0 after a failure, which is then recorded.
 std::int32_t SyncShell(const std::string& commandLine, int windowStyle);
 
 // The same without an exit code, without a time limit and without a trace of a failure.

@@ -29,7 +29,7 @@ std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
 
-// The quote opens behind the drive's colon: a command text that begins with a quote would lose its
+// The quote opens after the drive's colon: a command text that begins with a quote would lose its
 // first and last one to the interpreter.
 std::string ToolCommand(const std::string& file) {
   return Quoted(Sys.facts->Environment("COMSPEC").value_or("")) + " /c " + GFE_Path.substr(0, 2) +

@@ -26,5 +26,5 @@ void DeleteToolCopy();
 void GetFileStart(const std::string& fFILE);
 
 // Value of a hexadecimal text, blanks around it allowed; no check of the digits. An empty text and
-// one of more than 24 digits give 0.
+// one of more than 24 digits return 0.
 ExactInteger HexToDec(std::string sHex);

@@ -39,7 +39,7 @@ struct LoopPlan {
 constexpr LoopPlan kFirstLoop{kFirstLoopRounds, true, 1, 2, 3, 4, 7, 8};
 constexpr LoopPlan kSecondLoop{kSecondLoopRounds, false, 21, 22, 23, 24, 27, 28};
 
-// Moves last until it lies behind first. True: it does.
+// Moves last until it lies after first. True: it does.
 bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
   RoundPositions Positions;
   for (int n = 1; n <= plan.rounds; ++n) {

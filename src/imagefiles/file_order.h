@@ -1,5 +1,6 @@
-// Brings one file behind another on the disk. A file can't be placed; it can be copied and the old
-// one deleted, which lets the file system choose a new place (moving_file.h says how, safely).
+// Moves one file to a place after another on the disk. A file can't be placed; it can be copied and
+// the old one deleted, which lets the file system choose a new place (moving_file.h says how,
+// safely).
 #pragma once
 
 #include <array>
@@ -20,7 +21,7 @@ extern ExactInteger LastStart;
 void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
                const std::string& ImageFile);
 
-// True if File2 starts behind File1; false also where one of them lies in pieces.
+// True if File2 starts after File1; false also where one of them lies in pieces.
 bool ComparePos(const std::string& File1, const std::string& File2);
 
 // True if the place of round 1 comes again in round 3 or later.

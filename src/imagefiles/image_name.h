@@ -1,6 +1,6 @@
 // What the name of an image file says, and where the files lie that belong to it.
 //
-// The extension is the text from the last dot on. Marks in it, looked for anywhere behind the dot,
+// The extension is the text from the last dot on. Marks in it, looked for anywhere after the dot,
 // also in the fourth file's name:
 //   "2"        table entry 2 is kept
 //   "23"       table entries 2 and 3 are kept

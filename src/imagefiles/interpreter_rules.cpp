@@ -44,7 +44,7 @@ bool IsVariable(const std::string& name) {
          Sys.facts->Environment(name).has_value();
 }
 
-// What stands between two %: a name, or a name and behind a colon what becomes of its value.
+// What stands between two %: a name, or a name, a colon and a change to its value.
 bool NamesVariable(const std::string& text) {
   for (std::size_t colon = text.find(':'); colon != std::string::npos;
        colon = text.find(':', colon + 1)) {

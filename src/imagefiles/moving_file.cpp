@@ -197,8 +197,8 @@ void MovingFile::GiveName() {
   }
 }
 
-// A rename that was told as done may be undone where the stick dropped out, so what is on the disk
-// counts.
+// A rename that was reported as done may be undone where the stick dropped out, so what is on the
+// disk counts.
 bool MovingFile::IsSuccessorOf(const std::string& aside) const {
   return Ask(file_) == Name::Stands && IsLike(FindFile(aside), FindFile(file_)) && IsFlushed(file_);
 }

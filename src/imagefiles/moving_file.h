@@ -10,8 +10,8 @@
 
 class MovingFile {
  public:
-  // The copy is called as the file with copyEnding behind it. The original is set aside under its
-  // name with "yyy" behind it, or "yyy2" to "yyy40" where that one is taken. A failure that the
+  // The copy has the file's name with copyEnding appended. The original is set aside under its
+  // name with "yyy" appended, or "yyy2" to "yyy40" where that one is taken. A failure that the
   // user should hear of is the calling routine's.
   MovingFile(const std::string& file, const char* copyEnding)
       : file_(file), copy_(file + copyEnding) {}

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-// An open disk, volume, file or process. Above 0: open. 0: none. -1: what a failed open gives.
+// An open disk, volume, file or process. Above 0: open. 0: none. -1: what a failed open returns.
 using Handle = std::intptr_t;
 constexpr Handle kNoHandle = 0;
 constexpr Handle kInvalidHandle = -1;
@@ -35,7 +35,7 @@ class Devices {
  public:
   virtual ~Devices() = default;
 
-  // Opens a file, "\\.\E:" or "\\.\PhysicalDrive1". Gives an open handle, or -1 on failure.
+  // Opens a file, "\\.\E:" or "\\.\PhysicalDrive1". Returns an open handle, or -1 on failure.
   [[nodiscard]] virtual Handle CreateFile(const std::string& path, std::uint32_t access,
                                           std::uint32_t share, std::uint32_t disposition,
                                           std::uint32_t flags) noexcept = 0;
@@ -61,7 +61,7 @@ class Devices {
   [[nodiscard]] virtual bool FlushFileBuffers(Handle handle) noexcept = 0;
 
   // The low half of the file's length in bytes; the high half goes into high. kInvalidFileSize is a
-  // failure if GetLastError says so, which is 0 behind a call that succeeded.
+  // failure if GetLastError says so, which is 0 after a call that succeeded.
   [[nodiscard]] virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) noexcept = 0;
 
   // Sends a control code. in and out may be null with size 0; they may be the same buffer.

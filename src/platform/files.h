@@ -14,7 +14,7 @@ constexpr std::uint32_t kAttributeSystem = 4;
 constexpr std::uint32_t kAttributeDirectory = 16;
 constexpr std::uint32_t kInvalidAttributes = 0xFFFFFFFF;
 
-// One entry of a search, as WIN32_FIND_DATA gives it.
+// One entry of a search, as WIN32_FIND_DATA describes it.
 struct FindData {
   std::string name;                 // bare file name, at most 259 UTF-16 units
   std::uint32_t attributes = 0;     // the bits above, and others
@@ -27,7 +27,7 @@ class Files {
   virtual ~Files() = default;
 
   // Searches. The pattern may hold * and ? in its last part; hidden and system entries and folders
-  // are found as well. FindFirstFile gives a search handle, or -1 when nothing matches.
+  // are found as well. FindFirstFile returns a search handle, or -1 when nothing matches.
   [[nodiscard]] virtual Handle FindFirstFile(const std::string& pattern,
                                              FindData& found) noexcept = 0;
   [[nodiscard]] virtual bool FindNextFile(Handle search, FindData& found) noexcept = 0;
@@ -46,7 +46,7 @@ class Files {
   // The whole file as text.
   [[nodiscard]] virtual std::string ReadTextFile(const std::string& path) = 0;
 
-  // Reads up to bytes from the start of the file into data; gives how many there were.
+  // Reads up to bytes from the start of the file into data; returns how many there were.
   [[nodiscard]] virtual std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
                                                    std::size_t bytes) = 0;
 

@@ -21,7 +21,7 @@ class Processes {
  public:
   virtual ~Processes() = default;
 
-  // Statement: starts a command line and gives the child's process identifier. Does not wait.
+  // Statement: starts a command line and returns the child's process identifier. Does not wait.
   // program is the executable's full path. Where it is empty, the line's first word is looked for:
   // without a folder, in this program's folder before any other.
   // With a hidden window the child reads from the null device and writes to it.
@@ -29,7 +29,7 @@ class Processes {
   [[nodiscard]] virtual std::uint32_t Shell(const std::string& program,
                                             const std::string& commandLine, int windowStyle) = 0;
 
-  // Gives a handle to the process (closed through Devices::CloseHandle), or 0.
+  // Returns a handle to the process (closed through Devices::CloseHandle), or 0.
   [[nodiscard]] virtual Handle OpenProcess(std::uint32_t access,
                                            std::uint32_t processId) noexcept = 0;
 

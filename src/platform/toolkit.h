@@ -1,5 +1,6 @@
 // The window toolkit: one window with a fixed set of controls, boxes, the pointer, pending events.
-// Nothing here fails with a Fault; what hands out events may leave as they do. Places and sizes are in twips (1440 to the inch).
+// Nothing here fails with a Fault; what hands out events may leave as they do. Places and sizes are
+// in twips (1440 to the inch).
 #pragma once
 
 #include <cstddef>
@@ -155,9 +156,9 @@ class Toolkit {
   // box: what waits goes to the box that opens next.
   virtual void DropInput() noexcept = 0;
   // Modal, owned by the window once that is there; takes the keys and mouse buttons that the filter
-  // takes. Escape gives Cancel where there is one, and so does a box that can't be shown.
+  // takes. Escape returns Cancel where there is one, and so does a box that can't be shown.
   [[nodiscard]] virtual Answer MsgBox(const Box& box, PressFilter& filter) = 0;
-  // The same with a text field. Cancel gives the empty text.
+  // The same with a text field. Cancel returns the empty text.
   [[nodiscard]] virtual std::string InputBox(const InputQuestion& question,
                                              PressFilter& filter) = 0;
 

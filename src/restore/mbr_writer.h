@@ -8,7 +8,7 @@ extern std::int16_t SettleDelay;
 
 // Writes SectorBuffer to LBA 0 of Physical_Drive_no with the drive's volumes dismounted, has the
 // table read again and refreshes the drive list, keeping the selected drive. False: the write
-// failed, which a box has told; nothing behind it was done. Sets no error mode: a failed step
+// failed, which a box has said; nothing after it was done. Sets no error mode: a failed step
 // passes to the caller.
 bool SWITCH();
 

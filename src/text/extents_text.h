@@ -18,5 +18,5 @@ std::vector<Extent> MergeExtents(const std::vector<Extent>& extents);
 
 // One line an extent: "File offset " offset " LBA: " lba " Sectors: " count CR LF, all three in
 // upper-case hexadecimal without leading zeros. The first line begins "File offset 0 LBA: ".
-// Joins neighbours first. No extents give the empty text.
+// Joins neighbours first. No extents make the empty text.
 std::string ExtentsText(const std::vector<Extent>& extents);

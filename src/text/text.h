@@ -1,4 +1,4 @@
-// UTF-8 text: the few operations that the program needs. Upper and lower case are told apart for
+// UTF-8 text: the few operations that the program needs. Upper and lower case are distinguished for
 // the letters of ASCII only, which is all that marks and drive letters consist of; every other
 // character passes unchanged.
 #pragma once
@@ -14,7 +14,7 @@ std::string UpperCase(std::string_view text);
 // Without the blanks (only blanks) at both ends.
 std::string Trim(std::string_view text);
 
-// Position of what in text at or behind from, counted from 0; npos if it isn't there.
+// Position of what in text at or after from, counted from 0; npos if it isn't there.
 std::size_t FindIgnoringCase(std::string_view text, std::string_view what, std::size_t from = 0);
 bool ContainsIgnoringCase(std::string_view text, std::string_view what);
 
@@ -29,8 +29,8 @@ std::string BooleanText(bool value);
 // it doesn't fit into 64 bits.
 std::uint64_t HexPrefixValue(std::string_view text);
 
-// Upper-case hexadecimal digits without leading zeros; 0 gives "0". A fraction is dropped.
+// Upper-case hexadecimal digits without leading zeros; 0 becomes "0". A fraction is dropped.
 std::string HexDigits(double value);
 
-// The digits of value behind width zeros, cut to the last width characters.
+// The digits of value after width zeros, cut to the last width characters.
 std::string HexPadded(double value, std::int16_t width);

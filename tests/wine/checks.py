@@ -173,7 +173,7 @@ def same(image, source):
 
 
 def doubleclick(run, name, before_question=lambda: None):
-    """Double-clicks an image and agrees; gives the words of the last question."""
+    """Double-clicks an image and agrees; returns the words of the last question."""
     run.usb.journal.clear()
     run.robot.doubleclick(name.replace("/", "\\"))
     before_question()

@@ -26,7 +26,7 @@ def mounted(image):
 
 
 def add(image, name, data, at=0):
-    """Each file by a mount of its own, which puts it at the first free place: behind the last."""
+    """Each file by a mount of its own, which puts it at the first free place: after the last."""
     with mounted(image) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
             file.seek(at)
@@ -34,7 +34,7 @@ def add(image, name, data, at=0):
 
 
 def set_valid_length(image, name, written):
-    """Shortens how far NTFS says that a file was ever written: what lies behind stays on the disk,
+    """Shortens how far NTFS says that a file was ever written: what lies beyond stays on the disk,
     and the system shows zeros. Edits the file's record in the file table ([MS-FSCC] has the terms)."""
     with mounted(image) as folder:
         number = os.stat(os.path.join(folder, name)).st_ino
@@ -50,7 +50,7 @@ def set_valid_length(image, name, written):
 
 
 def lay_unwritten(image):
-    """Files of which a part, or nothing, was ever written; gives where they lie."""
+    """Files of which a part, or nothing, was ever written; returns where they lie."""
     for name, written in ((TAIL, 5 * CLUSTER + 700), (NEVER, 0)):
         add(image, name, content(9, "t")[:-100])
         set_valid_length(image, name, written)
@@ -76,7 +76,7 @@ def link_target():
 
 
 def lay_files(image):
-    """Puts the files onto the stick; gives bytes and pieces of those that have a place."""
+    """Puts the files onto the stick; returns bytes and pieces of those that have a place."""
     data = content(20, "p")[:-1234]
     add(image, PIECES, data[:7 * CLUSTER])
     add(image, "between.bin", content(3, "b"))

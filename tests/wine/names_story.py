@@ -13,7 +13,7 @@ NAMES = ("_ISO/Загрузка/" + CHINESE, "_ISO/Загрузка/Ё " + "Ж" 
 
 
 def lay_files(image):
-    """Gives each image's (start, sectors)."""
+    """Returns each image's (start, sectors)."""
     with mounted(image) as folder:
         os.makedirs(os.path.join(folder, os.path.dirname(NAMES[0])))
         with open(os.path.join(folder, make_stick.COMPANION), "rb") as file:

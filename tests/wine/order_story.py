@@ -101,7 +101,7 @@ def refuse(image, places):
 
 
 def repair(image):
-    """Yes, and on to the switch; gives what the last question says and the raw writes' sectors."""
+    """Yes, and on to the switch; returns what the last question says and the raw writes' sectors."""
     with started("order_repair", image, writable=True) as run:
         plant(run, "cmd.exe")
         run.robot.wait_ready()

@@ -13,7 +13,7 @@ IMAGE = make_stick.RESCUE + "2"  # keeps entry 2, so that the table still has a 
 
 
 def lay_stick(image):
-    """The main volume is partition 2; gives the table."""
+    """The main volume is partition 2; returns the table."""
     with mounted(image) as folder:
         os.rename(os.path.join(folder, make_stick.RESCUE), os.path.join(folder, IMAGE))
     table = stick.read(image, 0)

@@ -163,7 +163,7 @@ def other_format(place):
 
 
 def press(run, key, what):
-    """Presses a key; gives the state in which what it moves has moved."""
+    """Presses a key; returns the state in which what it moves has moved."""
     before = run.robot.state()[what]
     run.robot.do(f"keys {key}")
     return run.robot.wait(f"another {what} than {before}", lambda now: now[what] not in ("", before))

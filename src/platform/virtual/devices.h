@@ -53,7 +53,7 @@ struct ControlRequest {
   std::uint32_t returned = 0;
 };
 
-// Each gives 0 or the Windows error.
+// Each returns 0 or the Windows error.
 std::uint32_t AnswerDiskQuery(const VirtualDisk& disk, ControlRequest& request);
 std::uint32_t AnswerDeviceNumber(const OpenHandle& open, ControlRequest& request);
 std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code);

@@ -1,6 +1,6 @@
 // Facts of the virtual system. The volumes' facts are the volumes' own.
 //
-// Does not model: short paths (every path is its own long form unless told otherwise).
+// Does not model: short paths (every path is its own long form unless set otherwise).
 #pragma once
 
 #include <map>

@@ -39,7 +39,7 @@ std::string Expand(const std::string& text, Interpretation& result,
   return expanded;
 }
 
-// Takes the word behind a redirection sign.
+// Takes the word after a redirection sign.
 std::string TakeTarget(const std::string& text, std::size_t& at) {
   while (at < text.size() && text[at] == ' ') ++at;
   std::string target;

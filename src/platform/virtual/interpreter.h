@@ -13,8 +13,8 @@
 struct InterpretedCommand {
   std::vector<std::string> words;  // split at blanks only, quotes still in place
   std::string raw;                 // the command without its redirections
-  std::string outputFile;          // behind ">", without quotes; empty: none
-  std::string inputFile;           // behind "<"
+  std::string outputFile;          // after ">", without quotes; empty: none
+  std::string inputFile;           // after "<"
 };
 
 struct Interpretation {
@@ -27,7 +27,7 @@ struct InterpreterEnvironment {
   bool delayedExpansion = false;
 };
 
-// text is what stands behind "/c ".
+// text is what follows "/c ".
 Interpretation Interpret(std::string text, const InterpreterEnvironment& environment);
 
 // The arguments of a built-in command: split at blanks, commas, semicolons, equals signs and tabs

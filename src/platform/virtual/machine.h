@@ -45,7 +45,7 @@ struct OpenHandle {
   std::uint64_t offset = 0;
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
-  std::vector<std::string> rest;  // searches: names still to give
+  std::vector<std::string> rest;  // searches: names still to return
   bool dead = false;              // its device was pulled out, whatever has come in its place
 
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }

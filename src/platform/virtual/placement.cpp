@@ -31,7 +31,7 @@ void CopyContents(VirtualDisk& to, const std::vector<Extent>& target, const Virt
         return piece.lba + (offset - piece.fileOffset) / 512;
       }
     }
-    return std::uint64_t{0};  // behind a copy that was cut short
+    return std::uint64_t{0};  // after a copy that was cut short
   };
   for (const Extent& piece : target) Wipe(to, piece, piece.sectors);
   for (const Extent& piece : source) {

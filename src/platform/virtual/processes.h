@@ -25,7 +25,7 @@ struct ProgramHangs {};
 struct ChildScript {
   std::string match;
   int refusedWith = 0;          // Shell throws this Fault
-  bool goneBeforeOpen = false;  // OpenProcess gives 0
+  bool goneBeforeOpen = false;  // OpenProcess returns 0
   bool neverEnds = false;
   bool hidesExitCode = false;
   std::uint32_t milliseconds = 0;  // that pass before it ends

@@ -116,7 +116,7 @@ class VirtualToolkit : public Toolkit {
   std::optional<UserAction> atEveryDoEvents;     // not within what it caused itself
   bool defaultsAllowed = false;                  // questions without an answer are no failure
 
-  // A live user in place of the script. nextAction gives none at the end of the input.
+  // A live user in place of the script. nextAction returns none at the end of the input.
   std::function<std::optional<UserAction>()> nextAction;
   std::function<Answer(const Box&)> onBox;
   std::function<std::string(const ShownInput&)> onInput;

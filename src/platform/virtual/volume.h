@@ -27,7 +27,7 @@ constexpr std::uint32_t kShareReadWriteOnly = 3;  // not deleting and renaming
 // Another program, a scanner for instance, that has a file open for reading.
 struct Holder {
   std::uint32_t share = kShareAll;
-  std::size_t operations = 0;  // of this program, after which it lets go; 0: when it is told to
+  std::size_t operations = 0;  // of this program, after which it lets go; 0: when a test says so
 };
 
 struct VirtualFile {

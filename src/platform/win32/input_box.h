@@ -6,5 +6,5 @@
 #include "platform/box.h"
 #include "platform/win32/win32_headers.h"
 
-// Modal; owner may be null. Gives the text of the field, or the empty text after Cancel.
+// Modal; owner may be null. Returns the text of the field, or the empty text after Cancel.
 std::string AskForText(const InputQuestion& text, HWND owner, HFONT font, int dpi);

@@ -9,10 +9,10 @@
 constexpr std::size_t kNarrowScsiHeader = 44;  // sizeof(SCSI_PASS_THROUGH) for 32-bit programs
 constexpr std::size_t kWideScsiHeader = 56;    // and for 64-bit ones
 
-// The 64-bit form of a 32-bit record with everything behind its header; both offsets move along.
+// The 64-bit form of a 32-bit record with everything after its header; both offsets move along.
 // Empty when the record is shorter than its header.
 std::vector<std::uint8_t> WidenScsiRecord(const std::uint8_t* record, std::size_t size);
 
-// Takes the answer back: status, lengths, and everything behind the header, as far as size goes.
+// Takes the answer back: status, lengths, and everything after the header, as far as size goes.
 void NarrowScsiAnswer(const std::vector<std::uint8_t>& wide, std::uint8_t* record,
                       std::size_t size);

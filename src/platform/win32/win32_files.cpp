@@ -19,7 +19,7 @@ class OpenFile {
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
-  // Gives the count of bytes read, 0 at the end of the file.
+  // Returns the count of bytes read, 0 at the end of the file.
   std::size_t Read(void* data, std::size_t bytes) {
     DWORD count = 0;
     ThrowUnless(::ReadFile(handle_, data, static_cast<DWORD>(bytes), &count, nullptr));

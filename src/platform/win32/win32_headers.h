@@ -42,7 +42,7 @@
 // The fault that belongs to a system error number of a failed statement.
 Fault FaultOfSystemError(DWORD error);
 
-// Gives a system function that the oldest Windows lacks, or null there.
+// Returns a system function that the oldest Windows lacks, or null there.
 template <class Function>
 Function LookUp(const wchar_t* library, const char* name) {
   const HMODULE module = ::GetModuleHandleW(library);
