@@ -18,8 +18,8 @@ std::string MediaKind;
 
 namespace {
 
-// SCSI_PASS_THROUGH (ntddscsi.h, 32-bit layout) with 32 bytes of sense space after its 44 and the
-// data area after that.
+// SCSI_PASS_THROUGH (ntddscsi.h, 32-bit layout): 44 bytes of header, 32 of sense data, then the
+// data area.
 constexpr std::size_t kRecordSize = 585;
 constexpr std::size_t kSenseOffset = 44;
 constexpr std::size_t kDataOffset = 76;
@@ -48,7 +48,8 @@ Record PassThroughRecord(std::uint8_t operation) {
   return record;
 }
 
-// Sends the record and returns the count of bytes that came back. Only that count shows an answer.
+// Sends the record and returns the count of bytes that came back. Only that shows whether the disk
+// answered.
 std::uint32_t SendRecord(Handle disk, Record& record) {
   std::uint32_t returned = 0;
   const auto size = static_cast<std::uint32_t>(record.size());
@@ -80,7 +81,7 @@ void TakeInquiryReply(Handle disk) {
   };
   ScsiVendorField = field(36, 43);
   const std::string vendor = field(8, 15);
-  const char* between = vendor == "VBOX HAR" ? "" : " ";  // there one name fills both fields
+  const char* between = vendor == "VBOX HAR" ? "" : " ";  // its one name fills both fields
   ScsiProductText = Trim(vendor + between + field(16, 31));
   ScsiRevisionText = field(32, 35);
   MediaKind = (data[1] & 0x80) != 0 ? kRemovableMedia : kFixedMedia;

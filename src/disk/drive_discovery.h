@@ -1,4 +1,4 @@
-// From a physical drive to its volumes, and what a drive says of itself.
+// The volumes of a physical drive, and what the drive reports about itself.
 #pragma once
 
 #include <cstdint>
@@ -21,19 +21,18 @@ constexpr const char* kFixedMedia = "FIXED MEDIA";
 bool Get_Drive_Volumes(std::int32_t driveNo, std::string& volume1, std::string& volume2,
                        std::string& volume3, std::string& volume4);
 
-// The drive's volume that holds the Tesseldyn files, else its first one, else empty. Leaves the
-// drive's volumes in vol1 to vol4.
+// Returns the drive's volume with the Tesseldyn files, else its first volume, else the empty text.
+// Sets vol1 to vol4 to the drive's volumes.
 std::string GetDriveLetter(std::int32_t Dno);
 
 // Length of an open disk in bytes; 0 for a handle of -1 or when the request fails.
 std::uint64_t GetDiskLength(Handle handle);
 
-// The drive's capacity in bytes, 0 on failure: the larger of what its capacity reply and the
-// platform say. Fills the texts above from the drive's inquiry data.
+// Returns the drive's capacity in bytes, 0 on failure: the larger of the READ CAPACITY answer and
+// GetDiskLength. Fills the texts above from the drive's inquiry data.
 std::uint64_t GetSCSICapacity(std::int32_t drv);
 
-// The bytes from start to end (both inclusive) as text, trimmed of blanks; with stopAtNul only
-// those before the first zero byte. An end of -1 or beyond the array becomes its last index, in
-// the caller's variable too.
+// Returns the bytes from start to end (both inclusive) as text, trimmed of blanks; with stopAtNul
+// only those before the first zero byte. An end of -1 or beyond the array is set to the last index.
 std::string GetSTRbyBuff(const std::vector<std::uint8_t>& bytes, std::int32_t start,
                          std::int32_t& end, bool stopAtNul);

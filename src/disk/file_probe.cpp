@@ -9,7 +9,7 @@ namespace {
 constexpr std::uint32_t kErrorFileNotFound = 2;  // winerror.h
 constexpr std::uint32_t kErrorPathNotFound = 3;
 
-// Other errors may come of a file that is there: one in use tells no attributes.
+// Other errors don't prove absence: a file in use may refuse its attributes.
 bool IsSurelyAbsent(const std::string& path) {
   if (Sys.files->GetFileAttributes(path) != kInvalidAttributes) return false;
   const std::uint32_t error = Sys.devices->GetLastError();
@@ -28,7 +28,7 @@ std::optional<FindData> FindFile(const std::string& path) {
 }
 
 std::string ProbeFile(const std::string& path) {
-  // Most that is asked for isn't there, and to ask for attributes costs a tenth of a search.
+  // Most of the files asked for don't exist, and reading attributes costs a tenth of a search.
   if (IsSurelyAbsent(path)) return "";
   const std::optional<FindData> found = FindFile(path);
   return found ? found->name : "";

@@ -47,14 +47,13 @@ bool ReadSectorFrom(Handle disk, std::int64_t number, Sector& sector) {
          transferred == kSectorSize;
 }
 
-// Worn sticks acknowledge what they drop.
+// Worn sticks acknowledge writes that they lose.
 bool HasArrived(std::int32_t drive, std::int64_t number) {
   const std::optional<Sector> sector = ReadSectorApart(drive, number);
   return sector && std::equal(sector->begin(), sector->end(), SectorBuffer.begin());
 }
 
-// Drive 0 is most likely the one that the system lives on. It may be another disk by the time that
-// the user answers.
+// Drive 0 is most likely the system disk, and may be another disk by the time the user answers.
 bool UserAllowsDrive0(std::int64_t sector) {
   const std::optional<Sector> before = ReadSectorApart(0, 0);
   const Answer answer = MsgBox({.title = "WARNING: Writing to Drive 0!",
@@ -89,7 +88,7 @@ bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors) {
   const std::uint32_t bytes = static_cast<std::uint32_t>(nSectors) * kSectorSize;
   if (SectorBuffer.size() < bytes) return false;
   if (!Sys.devices->SetFilePointerEx(hDrive, offset)) return false;
-  // A sector of which only a part came would be judged, and could be written back, half pattern.
+  // After a short read the rest would be fill pattern, judged and perhaps written back.
   std::uint32_t transferred = 0;
   return Sys.devices->ReadFile(hDrive, SectorBuffer.data(), bytes, transferred) &&
          transferred == bytes;
@@ -181,7 +180,7 @@ std::uint64_t FileLenA(const std::string& path) {
   if (file == kInvalidHandle) return 0;
   std::uint32_t high = 0;
   const std::uint32_t low = Sys.devices->GetFileSize(file, high);
-  // As a length a failed call would become a partition of 4 GiB, mostly of other files' sectors.
+  // A failure taken for a length would make a partition of 4 GiB, mostly of other files' sectors.
   const bool failed = low == kInvalidFileSize && Sys.devices->GetLastError() != 0;
   std::ignore = Sys.devices->CloseHandle(file);
   return failed ? 0 : static_cast<std::uint64_t>(high) << 32 | low;

@@ -1,5 +1,5 @@
-// Sectors between SectorBuffer and a physical disk. Each read or write is one closed sequence:
-// open, transfer, close, pause of 50 ms. Sector numbers count 512-byte sectors of the disk.
+// Sector transfers between SectorBuffer and a physical disk. Each read or write is one closed
+// sequence: open, transfer, close, pause of 50 ms. Sector numbers count 512-byte sectors.
 #pragma once
 
 #include <cstdint>
@@ -16,36 +16,36 @@ constexpr std::int32_t kNoDrive = 99;
 // The user has agreed once to write to drive 0.
 extern bool WRITES_OK;
 
-// Opens the disk for reading and writing into hDrive, after closing what that held. True: open;
-// else hDrive is -1.
+// Opens the disk for reading and writing as hDrive, after closing the previous one. False: not
+// open, and hDrive is -1.
 bool Open_Physical_Disk_hDrive(std::int32_t driveNo);
 
-// nSectors sectors at iStartSec between hDrive and SectorBuffer from index 0. False where the
-// buffer is too small, the seek or the transfer failed, or fewer bytes moved than asked.
+// Transfers nSectors sectors from iStartSec on between hDrive and SectorBuffer, from index 0.
+// False: the buffer is too small, the seek or transfer failed, or fewer bytes moved than asked for.
 bool DirectReadDrive(std::int64_t iStartSec, std::int32_t nSectors);
-// Locks the range first, as far as that goes; flushes after the write.
+// Tries to lock the range first; flushes after the write.
 bool DirectWriteDrive(std::int64_t iStartSec, std::int32_t nSectors);
 
 // Reads sector SecNo of the disk that holds the volume (a letter and a colon) into SectorBuffer,
-// trying twice, and judges it. Sets Physical_Drive_no. False without a read for an unknown volume:
-// buffer and flags then stay. Where nothing was read they are those of the fill pattern i mod 16;
-// of a sector of which only a part came they tell nothing.
+// trying twice, and judges it. Sets Physical_Drive_no. Returns false without a read for an unknown
+// volume, and leaves buffer and verdicts unchanged. If nothing was read, they are those of the fill
+// pattern i mod 16; after a partial read they mean nothing.
 bool ReadandParseSector(const std::string& volume, std::int64_t SecNo);
 
 // Writes the first 512 bytes of SectorBuffer to the sector, flushes them, and reads them back
-// through a handle of its own: true only where they have arrived. Sets Physical_Drive_no. Refuses
-// drive 0 unless all drives are shown, asking once where it is not a USB drive, and every number
-// above kHighestDrive.
+// through a second handle: true only if they arrived. Sets Physical_Drive_no. Refuses every number
+// above kHighestDrive, and drive 0 unless all drives are shown; asks once before it writes to a
+// drive 0 that isn't a USB drive.
 bool WriteSector(std::int32_t drv, std::int64_t SECTOR);
 
-// Reads one sector of the disk through a handle of its own, trying twice. Changes nothing that is
-// shared: neither SectorBuffer and its verdicts nor hDrive nor Physical_Drive_no. Empty: not read.
+// Reads one sector of the disk through its own handle, trying twice. Changes no shared state: not
+// SectorBuffer and its verdicts, hDrive or Physical_Drive_no. Empty: not read.
 std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector);
 
-// The disk's length in sectors, 0 where the disk doesn't say.
+// The disk's length in sectors, 0 if unknown.
 std::uint64_t SectorsOfDisk(std::int32_t drive);
 
-// The length of a file in bytes, exact over 64 bits; 0 when it can't be had.
+// The length of a file in bytes, exact over 64 bits; 0 on failure.
 std::uint64_t FileLenA(const std::string& path);
 
 // Closes the handle and forgets it, so that a second call does nothing.

@@ -17,7 +17,7 @@ bool ShowAllDrives = false;
 
 namespace {
 
-constexpr std::size_t kLastMarkOffset = 446;  // a mark may begin here at the latest
+constexpr std::size_t kLastMarkOffset = 446;  // the last offset at which a mark may begin
 
 bool TextAt(std::size_t offset, std::string_view text) {
   return std::memcmp(SectorBuffer.data() + offset, text.data(), text.size()) == 0;

@@ -1,4 +1,4 @@
-// The one sector under work, the verdicts on it, and the drive under work.
+// The current sector, the verdicts on it, and the current drive.
 //
 // MBR (offsets from the start of the 512-byte sector, numbers little-endian):
 //   0    446 boot code            446  4 x 16 partition entries
@@ -19,7 +19,7 @@
 constexpr std::size_t kSectorSize = 512;
 using Sector = std::array<std::uint8_t, kSectorSize>;
 
-// Where a switch saves sector 0; also sector numbers of the disk.
+// The sectors of the disk in which a switch saves sector 0.
 constexpr std::int64_t kBackupSector1 = 30;
 constexpr std::int64_t kBackupSector2 = 60;
 
@@ -35,10 +35,10 @@ constexpr std::size_t kSignature = 510;
 
 constexpr std::uint8_t kTypeSmallPartition = 0x21;
 
-// The sector under work. Start-up sizes it to 4097 bytes, every sector read to 512.
+// The current sector. Start-up sizes it to 4097 bytes, every sector read to 512.
 extern std::vector<std::uint8_t> SectorBuffer;
 
-// The verdicts on SectorBuffer at the moment of the last ParseSectorBuffer.
+// The verdicts of the last ParseSectorBuffer on SectorBuffer.
 struct SectorVerdicts {
   bool SigOK = false;   // 55 AA at the end
   bool Ptn1OK = false;  // entry 1: boot byte 0x00 or 0x80, type not 0
@@ -53,7 +53,7 @@ struct SectorVerdicts {
 };
 extern SectorVerdicts SectorFlags;
 
-// The drive under work.
+// The current drive.
 extern std::string MYDRIVE;                 // letter and colon
 extern std::int32_t Physical_Drive_no;      // above 80: none
 extern Handle hDrive;                       // the open disk, -1 after a failed open

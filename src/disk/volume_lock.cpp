@@ -37,7 +37,7 @@ void LockVolumes(std::int32_t drive) {
     VolumeHandles[i] = OpenVolume(volumes[i], 0);
     if (VolumeHandles[i] == kInvalidHandle) continue;
     SendControl(VolumeHandles[i], kFsctlLockVolume);
-    MyDismount_Volume(VolumeHandles[i]);  // also where the lock was refused
+    MyDismount_Volume(VolumeHandles[i]);  // even if the lock was refused
   }
 }
 

@@ -1,5 +1,6 @@
-// Takes the mounted volumes of a disk out of the way of a write, and has its table read again
-// behind it. All of it is best effort: a volume that won't open, lock or dismount stops nothing.
+// Locks and dismounts the volumes of a disk before a write, and has the system read the disk's
+// table again afterwards. All of it is best effort: a volume that won't open, lock or dismount
+// stops nothing.
 #pragma once
 
 #include <cstdint>
@@ -19,16 +20,16 @@ void Open_Volume_get_lngHandle(const std::string& vol);
 // Opens, locks and dismounts the volume; lngHandle stays open.
 void Open_Lock_Dismount_Volume(const std::string& vol);
 
-// Closes the folder windows of each volume of the drive, locks and dismounts it and lets it go
-// before the next one: no handle and no lock is left.
+// For each volume of the drive in turn: closes its folder windows, locks, dismounts and closes it.
+// Leaves no handle and no lock.
 void DisMount_All_VolumesX(std::int32_t drive);
 
 // "LOCK": opens, locks and dismounts the drive's volumes and holds them. Any other mode: unlocks
 // and closes those held.
 void Lock_Unlock_All_Volumes(std::int32_t drive, const std::string& mode);
 
-// Has the disk's table read again. False when the disk can't be opened or refuses.
+// Has the system read the disk's table again. False: the disk can't be opened or refuses.
 bool ReMount_Drive(std::int32_t diskno);
 
-// Forgets the handles held, without a call. For the program's fresh state.
+// Forgets the held handles without closing them. For the program's fresh state.
 void ForgetHeldVolumes();
