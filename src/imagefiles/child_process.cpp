@@ -12,14 +12,14 @@ ShellFailure LastShellFailure;
 
 namespace {
 
-constexpr std::uint32_t kLongestWait = 60000;  // ms; the tool answers within one
+constexpr std::uint32_t kLongestWait = 60000;  // ms; the tool needs far less
 
 std::int32_t Fail(std::uint32_t number, const std::string& description) {
   LastShellFailure = {number, description};
   return 0;
 }
 
-// A look that fails says nothing: the name alone would then start whatever is found first.
+// Any other failure proves nothing, and starting the bare name would run whatever is found first.
 bool IsSurelyMissing(const std::string& path) {
   constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;  // winerror.h
   if (Sys.files->GetFileAttributes(path) != kInvalidAttributes) return false;

@@ -1,4 +1,4 @@
-// External commands that are waited for. Neither routine lets window events run meanwhile.
+// External commands, run to their end. Neither routine lets window events run meanwhile.
 #pragma once
 
 #include <cstdint>
@@ -16,18 +16,19 @@ constexpr std::uint32_t kShellNoHandle = 0x8004AA01;
 constexpr std::uint32_t kShellNotStarted = 0x8004AA02;
 constexpr std::uint32_t kShellNeverEnded = 0x8004AA03;
 
-// The full path in the system folder of a program that is named without a folder, "cmd" or
-// "cmd.exe"; empty where it isn't there or the name has a folder. By its bare name one in this
-// program's own folder would be found first.
+// Returns the full path in the system folder of a program named without a folder, "cmd" or
+// "cmd.exe"; empty if it isn't there or the name has a folder. Windows would look for the bare name
+// in this program's own folder first.
 std::string SystemProgram(const std::string& name);
 
-// Statement: starts a command line, with the system's own program where that is there. Returns the
-// child's process identifier.
+// Statement: starts a command line, using the program in the system folder if it is there. Returns
+// the child's process identifier.
 std::uint32_t StartCommandLine(const std::string& commandLine, int windowStyle);
 
 // Starts a command line and waits for its end, 60 s at most: a child that takes longer is ended,
-// with all that it started. Returns its exit code, or 0 after a failure, which is then recorded.
+// together with everything it started. Returns its exit code, or 0 after a failure, which it
+// records.
 std::int32_t SyncShell(const std::string& commandLine, int windowStyle);
 
-// The same without an exit code, without a time limit and without a trace of a failure.
+// The same without exit code, time limit or record of a failure.
 void RunCmd(const std::string& CmdPath, int WindowStyle);

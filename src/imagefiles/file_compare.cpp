@@ -10,8 +10,8 @@
 
 namespace {
 
-// Reads past the cache begin at whole sectors, ask for whole sectors and go into memory that is
-// aligned as a sector is. 4096 is the largest sector of any device.
+// Uncached reads need offsets, lengths and memory aligned to whole sectors. No device has sectors
+// larger than 4096 bytes.
 constexpr std::size_t kAlignment = 4096;
 constexpr std::uint64_t kChunk = 1 << 20;
 
@@ -19,7 +19,7 @@ std::uint32_t NextChunk(std::uint64_t left) {
   return static_cast<std::uint32_t>(std::min(left, kChunk));
 }
 
-// The end of the file cuts its last sector short; asking for a part of it isn't allowed.
+// Reads must ask for whole sectors, and the file's end cuts the last one short.
 std::uint32_t InWholeSectors(std::uint32_t bytes) {
   return static_cast<std::uint32_t>((bytes + kAlignment - 1) / kAlignment * kAlignment);
 }

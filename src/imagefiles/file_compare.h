@@ -3,8 +3,7 @@
 
 #include <string>
 
-// True if both files could be read whole and hold the same bytes. Reads past the system's cache,
-// so that what the device never kept is noticed. False also where a file is open for writing
-// elsewhere, where a read fails or moves fewer bytes than there are, and for a folder. Lets no
-// events run.
+// True if both files could be read whole and hold the same bytes. Reads past the system's cache, so
+// that what the device lost is noticed. False also for a folder, for a file that is open for
+// writing elsewhere, and after a failed or short read. Runs no events.
 bool HoldSameBytes(const std::string& path1, const std::string& path2);

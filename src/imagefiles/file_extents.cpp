@@ -29,15 +29,15 @@ std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
 
-// The quote opens after the drive's colon: a command text that begins with a quote would lose its
-// first and last one to the interpreter.
+// The quote opens after the drive's colon: the interpreter strips the first and last quote of a
+// command text that begins with one.
 std::string ToolCommand(const std::string& file) {
   return Quoted(Sys.facts->Environment("COMSPEC").value_or("")) + " /c " + GFE_Path.substr(0, 2) +
          Quoted(GFE_Path.size() > 2 ? GFE_Path.substr(2) : "") + " " + Quoted(file) + " > " +
          Quoted(Measured.GFE_File);
 }
 
-// An output that an earlier run left would be taken for this one's if the tool didn't start.
+// If the tool didn't start, the output of an earlier run would be taken for this one's.
 bool OldOutputIsGone() {
   if (!FileIsThere(Measured.GFE_File)) return true;
   FileDelete(Measured.GFE_File);
@@ -81,7 +81,7 @@ bool IsHex(std::string_view text) {
          text.find_first_not_of("0123456789ABCDEFabcdef") == std::string_view::npos;
 }
 
-// The first LBA out of GFE_Text. False: there is none that a table entry could hold.
+// Takes the first LBA from GFE_Text. False: there is none that a table entry could hold.
 bool TakeStart() {
   const std::string& text = Measured.GFE_Text;
   const std::size_t blank = text.find(' ', kResultBegins.size());
@@ -93,7 +93,7 @@ bool TakeStart() {
   return true;
 }
 
-// The tool's own count. It goes into the log and is then replaced.
+// Takes the tool's own count for the log; TakeLength then replaces it.
 void TakeToolCount() {
   const std::string& text = Measured.GFE_Text;
   const std::size_t sectors = text.find(kSectors, kResultBegins.size());
@@ -154,7 +154,7 @@ void GetFileStart(const std::string& fFILE) {
   if (Measured.GFE_File.empty()) Measured.GFE_File = "GFE.txt";
   Measured.GFE_Command = ToolCommand(fFILE);
   if (InterpreterChangesQuoted(fFILE)) {
-    // Another file than this one would be measured.
+    // The tool would measure another file than this one.
     Measured.FLengthSectors = 0;
     MsgBox({.title = "getFileExtents failed",
             .text = "ERROR: The command interpreter would change this file name. Rename the "

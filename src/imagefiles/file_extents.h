@@ -1,4 +1,4 @@
-// Where a file begins on the physical disk, how long it is, and whether it lies in one piece. The
+// Where a file begins on the physical disk, how long it is, and whether it is contiguous. The
 // answer comes from the external tool getFileExtents.exe.
 #pragma once
 
@@ -15,16 +15,17 @@ extern std::string GFE_Path;
 // is run with this program's rights.
 extern Handle ToolCopyHandle;
 
-// Holds the copy at GFE_Path. True: it is held and is byte for byte the tool at original.
+// Opens the copy at GFE_Path and holds it. True: it is held and identical to the tool at original.
 bool HoldToolCopy(const std::string& original);
 
-// Lets the copy go and deletes it if it is there.
+// Releases the copy and deletes it if it exists.
 void DeleteToolCopy();
 
 // Measures the file. The results are the fields FStart to GFE_File of Measured; FStartSectors is 0
-// when there is no usable one, MoreThanOneExtent tells of a file in pieces. Shows its own boxes.
+// if there is no usable result, and MoreThanOneExtent is set for a fragmented file. Shows its own
+// boxes.
 void GetFileStart(const std::string& fFILE);
 
-// Value of a hexadecimal text, blanks around it allowed; no check of the digits. An empty text and
-// one of more than 24 digits return 0.
+// Value of a hexadecimal text, with or without blanks around it; the digits aren't checked. Returns
+// 0 for an empty text and for more than 24 digits.
 ExactInteger HexToDec(std::string sHex);

@@ -30,7 +30,7 @@ void ReportMoveFault(const Fault& fault) {
           .icon = Icon::Stop});
 }
 
-// What tells the two loops apart: their lengths, the pause, and the values of StepNo.
+// How the two loops differ: length, pause, and the values of StepNo.
 struct LoopPlan {
   int rounds;
   bool pauses;

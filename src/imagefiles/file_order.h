@@ -14,17 +14,17 @@ using RoundPositions = std::array<ExactInteger, 501>;
 // The start sector of File2 at the last ComparePos.
 extern ExactInteger LastStart;
 
-// Copies LastFile, then FirstFile once, then LastFile again until LastFile starts after FirstFile,
-// the places go round in a circle or the rounds run out; tells the outcome in its own boxes. On
-// return the fields of GetFileStart describe the file measured last. Nothing is moved where a
-// temporary name is that of ImageFile or of the companion or fourth file that belongs to it.
+// Copies LastFile, then FirstFile once, then LastFile again, until LastFile starts after FirstFile,
+// its places repeat or the rounds run out; reports the outcome in its own boxes. On return Measured
+// describes the file measured last. Moves nothing if a temporary name is that of ImageFile or of
+// its companion or fourth file.
 void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
                const std::string& ImageFile);
 
-// True if File2 starts after File1; false also where one of them lies in pieces.
+// True if File2 starts after File1; false also if one of them is fragmented.
 bool ComparePos(const std::string& File1, const std::string& File2);
 
-// True if the place of round 1 comes again in round 3 or later.
+// True if the place of round 1 returns in round 3 or later.
 bool RepeatPos(const RoundPositions& Positions);
 
 // True for a file that is neither hidden nor a system file.

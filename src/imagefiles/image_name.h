@@ -1,7 +1,7 @@
-// What the name of an image file says, and where the files lie that belong to it.
+// What an image file's name means, and where the files that belong to it are looked for.
 //
-// The extension is the text from the last dot on. Marks in it, looked for anywhere after the dot,
-// also in the fourth file's name:
+// The extension is the text from the last dot on. A mark may stand anywhere after the dot, even in
+// the fourth file's name:
 //   "2"        table entry 2 is kept
 //   "23"       table entries 2 and 3 are kept
 //   "X4" name  (x4 too) that file becomes table entry 4
@@ -35,9 +35,9 @@ struct Place {
 std::vector<Place> CompanionPlaces(const ImageName& name);
 
 // \_ISO of the other volumes, the image's own folder, \_ISO of its volume. None without a fourth
-// name. A row of List1 looks into \_ISO of vol2 before the image's own folder also where vol2 is
-// the image's volume.
+// name. For a row of List1, \_ISO of vol2 comes before the image's own folder even if vol2 is the
+// image's volume.
 std::vector<Place> FourthPlaces(const ImageName& name, bool forRow);
 
-// The first place where a file stands; of empty texts where there is none.
+// The first place that holds a file; empty texts if none does.
 Place FirstFileAt(const std::vector<Place>& places);

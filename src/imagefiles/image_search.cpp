@@ -17,8 +17,8 @@ constexpr std::string_view kCompanionMark = " :&: ";
 constexpr std::string_view kFourthMark = " :&X4: ";
 constexpr std::uint32_t kErrorNoMoreFiles = 18;  // winerror.h
 
-// Calls visit with each entry of the search, "." and ".." left out. True: with all of them. A
-// search that breaks off leaves entries out, which nobody would notice.
+// Calls visit with each entry of the search except "." and "..". False: the search broke off, and
+// entries are missing.
 template <class Visit>
 bool ForEachEntry(const std::string& pattern, Visit visit) {
   FindData found;
@@ -36,7 +36,7 @@ bool ForEachEntry(const std::string& pattern, Visit visit) {
   return error == kErrorNoMoreFiles;
 }
 
-// False: the mask can't match the name. The system has the last word on what it does match.
+// False: the mask can't match the name. True: it may; the system decides.
 bool MayMatch(const std::string& name, const std::string& mask) {
   const bool hasStars = mask.size() > 2 && mask.front() == '*' && mask.back() == '*';
   const std::string middle = hasStars ? mask.substr(1, mask.size() - 2) : "";
@@ -52,7 +52,7 @@ bool IsFolder(const std::string& path, bool ifUnknown) {
 std::string ImageLine(const std::string& path, const std::string& bareName) {
   const ImageName name = ParseImageName(path + bareName);
   const std::string companion = FirstFileAt(CompanionPlaces(name)).shown;
-  GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
+  GetDriveLetter(Physical_Drive_no);  // sets vol1 to vol4 to this drive's
   const std::string fourth = FirstFileAt(FourthPlaces(name, true)).shown;
   std::string line = path + bareName;
   if (!companion.empty()) line.append(kCompanionMark).append(companion);
@@ -97,7 +97,7 @@ void FindFilesAPI(std::string& path, const std::string& SearchStr, std::int32_t&
   bool mayHoldMatches = false;
   const bool sawAll = ForEachEntry(path + "*", [&](const FindData& entry) {
     mayHoldMatches = mayHoldMatches || MayMatch(entry.name, SearchStr);
-    // A call an entry would cost more than the search itself; only what may be a folder is asked.
+    // A call per entry would cost more than the search itself, so only possible folders are asked.
     if ((entry.attributes & kAttributeDirectory) == 0) return;
     if (!IsFolder(path + entry.name, false)) return;
     folders.push_back(entry.name);

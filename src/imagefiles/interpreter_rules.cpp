@@ -9,7 +9,7 @@
 
 namespace {
 
-// What the interpreter makes up, or sets where its environment lacks it.
+// Variables that the interpreter computes, or sets if its environment lacks them.
 constexpr std::string_view kOwnVariables[] = {
     "CD",   "CMDCMDLINE", "CMDEXTVERSION", "COMSPEC", "DATE", "ERRORLEVEL", "HIGHESTNUMANODENUMBER",
     "PATH", "PATHEXT",    "PROMPT",        "RANDOM",  "TIME"};
@@ -19,7 +19,7 @@ bool HasControlOrQuote(const std::string& path) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"'; });
 }
 
-// The user's setting counts, and the machine's where the user has none.
+// The user's setting, or the machine's if the user has none.
 std::string Setting(const std::string& name) {
   const auto own = Sys.facts->InterpreterSetting(SettingsOf::User, name);
   return own ? *own : Sys.facts->InterpreterSetting(SettingsOf::Machine, name).value_or("");
@@ -29,7 +29,7 @@ bool IsOn(const std::string& setting) {
   return !setting.empty() && setting != "0";
 }
 
-// Commands that run before each other one. They may set any variable.
+// AutoRun commands run before every other one and may set any variable.
 bool RunsCommandsFirst() {
   constexpr const char* kName = "AutoRun";
   return !Sys.facts->InterpreterSetting(SettingsOf::User, kName).value_or("").empty() ||
@@ -53,7 +53,7 @@ bool NamesVariable(const std::string& text) {
   return IsVariable(text);
 }
 
-// Where a pair of % names nothing, its second one may begin a name.
+// If a pair of % names nothing, its second % may begin another name.
 bool HoldsVariable(const std::string& text) {
   std::size_t first = text.find('%');
   if (first == std::string::npos || text.find('%', first + 1) == std::string::npos) return false;

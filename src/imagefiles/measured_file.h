@@ -21,7 +21,7 @@ struct MeasuredFile {
 
 extern MeasuredFile Measured;
 
-// Sectors of the disk that follow one another, as a table entry holds them.
+// Contiguous sectors of the disk, as a table entry holds them.
 struct SectorRun {
   std::uint32_t first = 0, count = 0;
 };

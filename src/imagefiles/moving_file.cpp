@@ -25,8 +25,8 @@ constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;
 
 enum class Name { Free, Stands, Unknown };
 
-// A name is free only where the system says so. While a deleted file is held open somewhere its
-// name can neither be used nor looked at.
+// A name is free only if the system says so. While a deleted file is held open somewhere, its name
+// can be neither used nor queried.
 Name Ask(const std::string& path) {
   const std::uint32_t attributes = Sys.files->GetFileAttributes(path);
   if (attributes != kInvalidAttributes) {
@@ -41,7 +41,7 @@ bool IsLike(const std::optional<FindData>& file, const std::optional<FindData>& 
   return file && other && file->size == other->size && file->lastWriteTime == other->lastWriteTime;
 }
 
-// What a file consists of must be on the device before another one goes in its favour.
+// A file's contents must be on the device before another file is deleted for it.
 bool IsFlushed(const std::string& path) {
   const Handle file =
       Sys.devices->CreateFile(path, kGenericReadWrite, kShareRead, kOpenExisting, 0);
@@ -65,8 +65,8 @@ std::string BareName(const std::string& path) {
   return path.substr(path.rfind('\\') + 1);
 }
 
-// Letters outside ASCII count as the same: their upper case isn't known here, and a name taken
-// for another one costs a repair, not a file.
+// Letters outside ASCII all count as equal: their upper case isn't known here, and mistaking two
+// names for one costs a repair, not a file.
 std::string Folded(const std::string& name) {
   std::string folded = UpperCase(name);
   for (char& c : folded) {
@@ -141,7 +141,7 @@ bool MovingFile::CanBeCopied() const {
 }
 
 void MovingFile::Copy() {
-  if (copyIsOurs_) DropCopy();  // of a round that couldn't
+  if (copyIsOurs_) DropCopy();  // left by a round that couldn't
   copyIsProven_ = false;
   copyIsFresh_ = CanBeCopied();
   if (!copyIsFresh_) return;
@@ -165,7 +165,7 @@ bool MovingFile::KeepWholeCopy() {
   return true;
 }
 
-// The name of a file that somebody holds open stays taken after its delete.
+// A deleted file that somebody holds open keeps its name.
 std::string MovingFile::FreeAsideName() const {
   int number = 1;
   while (number < kAsideNames && Ask(AsideName(number)) != Name::Free) ++number;
@@ -197,8 +197,7 @@ void MovingFile::GiveName() {
   }
 }
 
-// A rename that was reported as done may be undone where the stick dropped out, so what is on the
-// disk counts.
+// A rename reported as done may be undone when the stick drops out, so what is on the disk counts.
 bool MovingFile::IsSuccessorOf(const std::string& aside) const {
   return Ask(file_) == Name::Stands && IsLike(FindFile(aside), FindFile(file_)) && IsFlushed(file_);
 }
@@ -216,7 +215,7 @@ void MovingFile::TakeBack() {
 }
 
 void MovingFile::DropCopy() {
-  // Where the original isn't seen the copy may be all that there is.
+  // If the original can't be found, the copy may be all that there is.
   if (Ask(file_) == Name::Stands && Ask(copy_) != Name::Free) DeleteQuietly(copy_);
 }
 

@@ -1,5 +1,5 @@
 // A file on its way to a new place on the disk: copied to a temporary name, set aside under
-// another one, replaced by its copy, and only then deleted. At every moment a whole file stands.
+// another one, replaced by its copy, and only then deleted. At every moment there is a whole file.
 #pragma once
 
 #include <optional>
@@ -10,9 +10,9 @@
 
 class MovingFile {
  public:
-  // The copy has the file's name with copyEnding appended. The original is set aside under its
-  // name with "yyy" appended, or "yyy2" to "yyy40" where that one is taken. A failure that the
-  // user should hear of is the calling routine's.
+  // The copy has the file's name with copyEnding appended. The original is set aside under its name
+  // with "yyy" appended, or "yyy2" to "yyy40" if that is taken. The calling routine reports
+  // failures.
   MovingFile(const std::string& file, const char* copyEnding)
       : file_(file), copy_(file + copyEnding) {}
 
@@ -25,16 +25,16 @@ class MovingFile {
   // Nothing is copied, renamed or deleted from now on.
   void StayInPlace() { mayMove_ = false; }
 
-  // Clears up after a run that was stopped. A file that is missing gets its name back. Otherwise
-  // a copy is deleted, and an original that was set aside if it holds the file's bytes. Where a
-  // copy's name doesn't become free by that, the file stays in its place.
+  // Clears up after an interrupted run. A file that is missing gets its name back. Otherwise
+  // deletes a copy, and an original that was set aside if it holds the file's bytes. If the copy's
+  // name is still taken afterwards, the file stays in its place.
   void ClearUp();
 
-  // Not started where the interpreter would do something else with the line than copy, where the
-  // copy's name isn't free, or where the original isn't seen or couldn't be deleted.
+  // Does nothing if the interpreter would change the command line, the copy's name isn't free, or
+  // the original isn't found or couldn't be deleted.
   void Copy();
 
-  // Writes the log line of FileExists. False for anything but what the last Copy made.
+  // Writes the log line of FileExists. True only for a file that the last Copy made.
   [[nodiscard]] bool CopyIsThere() const;
 
   // True for a copy with the original's length, last-write time and, on the device, bytes. Any
@@ -50,8 +50,8 @@ class MovingFile {
   // True while the file stands under a temporary name only, as far as is known.
   [[nodiscard]] bool IsNameless();
 
-  // At the end: tries for some seconds more to name a nameless file, and tells in a box where it
-  // is if that fails; else deletes what is left over. True if the file was nameless.
+  // At the end: tries for some seconds more to name a nameless file, and shows in a box where it is
+  // if that fails; else deletes the leftovers. True if the file was nameless.
   bool Finish();
 
  private:
@@ -70,7 +70,7 @@ class MovingFile {
 
   std::string file_, copy_;
   bool mayMove_ = true;
-  bool copyIsOurs_ = false;           // what bears the copy's name, if anything, was made here
+  bool copyIsOurs_ = false;           // any file with the copy's name was made here
   bool copyIsFresh_ = false;          // by the last Copy
   bool copyIsProven_ = false;         // to be as the original
   std::optional<FindData> original_;  // as it was then
