@@ -5,11 +5,11 @@
 
 #include "platform/box.h"
 
-// So long a box is on the screen before it takes a key or mouse button: nobody has read it sooner.
+// How long a box is on the screen before it takes a key or mouse button: nobody reads faster.
 constexpr std::int32_t kDeafMilliseconds = 400;
 
-// One box's filter. It takes what goes down after the deaf time, and of that the releases, second
-// clicks and, into a text field, repeats. A key held since before the box never gets in.
+// The filter of one box. It takes presses after that time, and of those the releases, second clicks
+// and, in a text field, repeats. A key held since before the box opened is never taken.
 class BoxGuard final : public PressFilter {
  public:
   bool Takes(const Press& press) override;

@@ -5,8 +5,8 @@
 // what the user moved or ticked meanwhile is put back.
 void DoEvents();
 
-// Builds the list of drives anew, as after a write.
+// Rebuilds the drive list, as after a write.
 void cmdRefreshDrive_Click();
 
-// Selects a row of that list and makes its drive the one under work (Combo1_Click).
+// Selects a row of that list and makes its drive the current one (Combo1_Click).
 void SelectDriveRow(int row);

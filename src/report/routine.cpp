@@ -34,7 +34,7 @@ std::string APIErrorDescription(std::uint32_t code) {
   WriteLog("------- APIErrorDescription Started ----------------");
   constexpr std::uint32_t kBuffer = 255;
   std::string text = Sys.facts->FormatMessage(kFormatMessageFromSystem, code, 0, kBuffer);
-  // As in a buffer of blanks, which the log shows whole.
+  // StripNull logs its whole argument: a buffer of blanks that begins with the text and a NUL.
   if (!text.empty()) text += '\0';
   if (text.size() < kBuffer) text.resize(kBuffer, ' ');
   return StripNull(text);

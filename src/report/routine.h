@@ -1,6 +1,6 @@
-// The two error modes in which every routine runs. A routine that has a mode of its own says so in
-// its first line; a statement (report/statements.h) that fails is reported, or passed over, as the
-// routine that runs wants it, and never ends that routine.
+// The two error modes in which every routine runs. A routine with its own mode says so in its first
+// line. A statement (report/statements.h) that fails is reported or ignored, as the running
+// routine's mode says, and never ends that routine.
 #pragma once
 
 #include <cstdint>
@@ -16,31 +16,31 @@ enum class ReportLayout {
   ModuleNoBlank,  // as Module, no blank before the label
 };
 
-// Lives as long as the routine. One made later, in a routine that this one calls, comes first.
+// Lives as long as the routine. One made later, in a called routine, takes precedence.
 class Routine {
  public:
-  // Ignore mode: a statement that fails is passed over.
+  // Ignore mode: a failed statement is ignored.
   Routine() = default;
 
-  // Reporting mode: a failure is logged and shown under the routine's RoutineLabel.
+  // Reporting mode: a failure is logged and shown under RoutineLabel.
   Routine(ReportLayout layout, const char* RoutineLabel)
       : layout_(layout), label_(RoutineLabel), reporting_(true) {}
 
-  // Reporting mode with a handler of the routine's own.
+  // Reporting mode with the routine's own handler.
   explicit Routine(void (*handler)(const Fault&)) : handler_(handler), reporting_(true) {}
 
   ~Routine() { running_ = caller_; }
   Routine(const Routine&) = delete;
   Routine& operator=(const Routine&) = delete;
 
-  // For a routine that changes between the modes from stretch to stretch.
+  // For a routine that switches between the modes.
   void Ignore() { reporting_ = false; }
   void Report() { reporting_ = label_ != nullptr || handler_ != nullptr; }
 
-  // The routine that runs deals with the failure. Without a routine nobody does.
+  // Passes the failure to the running routine. Without one it is ignored.
   static void Failed(const Fault& fault);
 
-  int Erl = 0;  // the mark passed last, for the report; 0 in routines without marks
+  int Erl = 0;  // the last mark passed, for the report; 0 in routines without marks
 
  private:
   void Show(const Fault& fault) const;
