@@ -16,7 +16,7 @@ std::string SelectedVolume() {
   return window.ItemText(Control::Combo1, window.ListIndex(Control::Combo1)).substr(0, 2);
 }
 
-// The refresh selects the first row; the user stays on the drive worked on if it is still listed.
+// The refresh selects the first row; this selects the drive worked on if it is still listed.
 void SelectVolumeAgain(const std::string& volume) {
   if (volume == SelectedVolume()) return;
   for (int row = 0; row < Sys.toolkit->ItemCount(Control::Combo1); ++row) {

@@ -7,9 +7,9 @@
 extern std::int16_t SettleDelay;
 
 // Writes SectorBuffer to LBA 0 of Physical_Drive_no with the drive's volumes dismounted, has the
-// table read again and refreshes the drive list, keeping the selected drive. False: the write
-// failed, which a box has said; nothing after it was done. Sets no error mode: a failed step
-// passes to the caller.
+// system read the table again and refreshes the drive list, keeping the selected drive. False: the
+// write failed, a box has reported it, and nothing further was done. Sets no error mode: failed
+// steps go to the caller's.
 bool SWITCH();
 
 // Waits half of SettleDelay, then lets events run.

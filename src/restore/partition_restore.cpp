@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::int32_t kHighestRestoreDrive = 60;
 
-// True: the volume shows the normal Tesseldyn files, so there is nothing to bring back.
+// True: the volume shows the normal Tesseldyn files, so there is nothing to restore.
 bool VolumeIsNormal() {
   if (!FileIsThere(MYDRIVE + "\\_ISO\\tsd\\grub\\tsd.cfg")) return false;
   MsgBox(
@@ -41,16 +41,16 @@ void WarnUnlessCsmVolume() {
   }
 }
 
-// Reads a backup sector. Empty, after a box: it could not be read. Else: is it sound?
+// Reads a backup sector. Empty, after a box: it can't be read. Otherwise: whether it is sound.
 std::optional<bool> ReadBackup(std::int64_t sector) {
   if (!ReadPickedDrive(sector)) return std::nullopt;
   return IsSoundSavedTable();
 }
 
-// Sector 0 as it is before the question; empty where it can't be read, which a restore may mend.
+// Sector 0 before the question; empty if it can't be read, which a restore may repair.
 using TableBefore = std::optional<Sector>;
 
-// Without a sector 0 to compare, the saved table tells the stick from another one.
+// Without a sector 0 to compare, the saved table identifies the stick.
 bool SavedTableIsStill(std::int64_t sector) {
   if (ReadSectorApart(Picked_Drive_no, sector) == CopyOfSectorBuffer()) return true;
   return RefuseChangedDrive("Sector " + Decimal(sector) + " of " + DriveText(Picked_Drive_no) +

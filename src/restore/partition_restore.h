@@ -1,5 +1,5 @@
-// The way back: writes a saved MBR over the switched one. Looks at LBA 30, LBA 60 and the file
-// \tsd\MBR.BIN in this order; an old grub4dos backup at LBA 1 is only reported on.
+// Restores the saved MBR over the switched one. Looks at LBA 30, LBA 60 and the file \tsd\MBR.BIN
+// in this order; an old grub4dos backup at LBA 1 is only reported.
 #pragma once
 
 void cmdRestoreTSD_Click();
