@@ -16,7 +16,7 @@
 
 namespace {
 
-// The three entries word the formats differently, to the blank.
+// The three entries word the formats differently, down to the blanks.
 struct FormatTexts {
   const char* fat32;
   const char* ntfs;
@@ -39,8 +39,8 @@ std::string OtherEntry(const char* name, const std::string& text) {
   return std::string(name) + ": " + text + kLineEnd;
 }
 
-// Between the proof of the image's place and the answer another file may have come to lie there. A
-// sector that can't be read now is reported by the work on the boot record.
+// Between the proof of the image's place and the user's answer another file may have been written
+// there. PatchBootRecord reports a sector that can't be read any more.
 bool BootRecordIsStill(const SwitchRun& run) {
   const std::int64_t number = run.Run1.first;
   const std::optional<Sector> now = ReadSectorApart(Picked_Drive_no, number);
@@ -49,7 +49,7 @@ bool BootRecordIsStill(const SwitchRun& run) {
                             " no longer holds what it held before.");
 }
 
-// The boot record is worked on in SectorBuffer as well, so the composed sector steps aside.
+// The boot record is patched in SectorBuffer too, so the composed sector is set aside.
 void PatchBootRecord(SwitchRun& run) {
   Sector SavedSector;
   std::copy_n(SectorBuffer.begin(), kSectorSize, SavedSector.begin());

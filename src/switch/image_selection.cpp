@@ -104,7 +104,7 @@ bool SelectFiles(SwitchRun& run) {
   Mark(run, 410);
   if (!run.CompanionName.empty() && !TakeCompanion(run)) return false;
   Mark(run, 500);
-  GetDriveLetter(Physical_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
+  GetDriveLetter(Physical_Drive_no);  // sets vol1 to vol4 to this drive's
   run.FourthFile = FirstFileAt(FourthPlaces(run.Image, false)).path;
   return run.FourthFile.empty() || TakeFourth(run);
 }

@@ -47,9 +47,9 @@ struct NewEntry {
   Sector firstSector;  // of the file, on the disk
 };
 
-// Measures the file anew, since an order repair may have moved it, also beyond 2 TB, and builds its
-// entry. Empty, after a box: it can't be measured any more, and FStart may hold another file's
-// place, or it lies where no entry can point.
+// Measures the file again, since an order repair may have moved it, even beyond 2 TB, and builds
+// its entry. Empty, after a box: it can't be measured any more (FStart may then hold another file's
+// place), or it lies where no entry can point.
 std::optional<NewEntry> BuildEntry(std::size_t entry, const std::string& file,
                                    const std::string& position) {
   if (!IsOnPickedDrive(file)) return std::nullopt;
@@ -143,7 +143,7 @@ void Patch_PTN_Table(std::size_t EntryOffset, const SectorRun& run, std::uint64_
   WriteLog("Patch_PTN_Table");
   std::uint8_t* entry = SectorBuffer.data() + EntryOffset;
   entry[0] = EntryOffset == kEntry1 ? 0x80 : 0x00;
-  // Where cylinder, head and sector can't say the place, these three bytes say so.
+  // These three bytes mean that CHS can't express the place.
   for (const std::size_t chs : {1U, 5U}) {
     entry[chs] = 0xFE;
     entry[chs + 1] = 0xFF;

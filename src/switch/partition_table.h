@@ -12,15 +12,15 @@ constexpr std::uint8_t kTypeNtfs = 0x07;
 constexpr std::uint8_t kTypeFat32Chs = 0x0B;
 constexpr std::uint8_t kTypeFat32 = 0x0C;
 
-// False: the run stops, and the user has been told.
+// False: the run stops, after a box.
 bool ComposeTable(SwitchRun& run);
 
-// The partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0 (unknown, or
-// the file can't be read, which is reported). first gets what was read.
+// Returns the partition type for an image, from its first sector: 7 (NTFS), 12 (FAT32) or 0
+// (unknown, or the file can't be read, which is reported). Stores in first what was read.
 std::uint8_t Get_Format_Type(const std::string& fname, FirstBytes& first);
 
-// Asks for the type of the "1st", "2nd" or "4th" file, hexadecimal with or without 0x; 0 for
-// Cancel and for anything that isn't a number. May be above 0xFF.
+// Asks for the type of the "1st", "2nd" or "4th" file, hexadecimal with or without 0x. Returns 0
+// for Cancel and for anything but a number; may return more than 0xFF.
 std::uint64_t Ask_User_What_Type(std::uint64_t typ, const std::string& pos);
 
 // FStart and FLength of Measured as numbers. Both must have passed file_limits.h.

@@ -15,7 +15,7 @@
 
 namespace {
 
-// After a pick that failed the list still shows the images of the volume picked before.
+// After a failed pick the list still shows the images of the volume picked before.
 bool RowIsOfPickedVolume() {
   const std::string image = SelectedImage();
   if (image.substr(0, 2) == MYDRIVE) return true;
@@ -50,8 +50,8 @@ bool StartsInside(const PartitionEntry& entry, const Sector& saved) {
          });
 }
 
-// Entry 1 points into the main volume only after a switch. Only an exchange makes an entry that a
-// switch has built, and so has flagged active, the second one.
+// Entry 1 points into the main volume only after a switch. An entry that a switch built, and so
+// flagged active, becomes the second one only by a swap.
 bool IsSwitchedFrom(const Sector& saved, const Sector& table) {
   const auto entries = EntriesOf(table);
   return StartsInside(entries[0], saved) || (entries[1].active && StartsInside(entries[1], saved));
@@ -68,9 +68,9 @@ bool JudgeBackup(SwitchRun& run, std::int64_t sector, bool& usable) {
   return true;
 }
 
-// A switch leaves the start of entry 1 in the disk signature, and a swap may have made that entry
-// the second since. The type says nothing: it may have been answered with 0. Windows may have
-// signed the disk anew since; then the saved table tells.
+// A switch leaves the start of entry 1 in the disk signature, and a swap may since have made that
+// entry the second. The type proves nothing: the user may have answered 0. Windows may have written
+// a new signature since; then the saved table decides.
 bool TableIsSwitched(const SwitchRun& run) {
   const std::uint32_t signature = Number32(&run.Table[kDiskSignature]);
   const auto entries = EntriesOf(run.Table);
