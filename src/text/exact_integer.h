@@ -7,7 +7,7 @@
 
 class ExactInteger {
  public:
-  constexpr ExactInteger(std::int64_t value = 0)  // NOLINT: a plain number is one of these
+  constexpr ExactInteger(std::int64_t value = 0)  // NOLINT: implicit from a plain number
       : high_(value < 0 ? -1 : 0), low_(static_cast<std::uint64_t>(value)) {}
 
   // This number x 16 + digit; digit may be negative.

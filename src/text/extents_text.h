@@ -16,7 +16,7 @@ struct Extent {
 // Joins neighbouring extents that follow each other both in the file and on the disk.
 std::vector<Extent> MergeExtents(const std::vector<Extent>& extents);
 
-// One line an extent: "File offset " offset " LBA: " lba " Sectors: " count CR LF, all three in
-// upper-case hexadecimal without leading zeros. The first line begins "File offset 0 LBA: ".
-// Joins neighbours first. No extents make the empty text.
+// One line per extent: "File offset " offset " LBA: " lba " Sectors: " count CR LF, all three in
+// upper-case hexadecimal without leading zeros. The first line begins "File offset 0 LBA: ". Joins
+// neighbours first. Without extents the text is empty.
 std::string ExtentsText(const std::vector<Extent>& extents);

@@ -18,7 +18,7 @@ std::uint32_t ByteAt(std::string_view text, std::size_t at) {
   return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
 }
 
-// Takes the character that begins at at, and moves at past it.
+// Returns the character at position at, and moves at past it.
 std::uint32_t TakeCharacter(std::string_view text, std::size_t& at) {
   const std::uint32_t first = ByteAt(text, at++);
   if (first < 0x80) return first;
