@@ -1,5 +1,5 @@
-// The entry of the Windows executable. A plain main: WinMain would bring the run-time library's
-// splitting of the command line.
+// The entry of the Windows executable. A plain main: WinMain would link in the run-time library's
+// command-line parser.
 #include "platform/win32/win32_platform.h"
 #include "shell/program.h"
 

@@ -1,5 +1,5 @@
-// The program on the virtual PC, in the terminal: the window as text, clicks and answers typed or
-// piped in. The end of the input ends it.
+// The program on the virtual PC, in the terminal: the window as text, with clicks and answers typed
+// or piped in. It ends at the end of the input.
 #include <unistd.h>
 
 #include <cstdio>
@@ -46,7 +46,7 @@ std::string WithLineFeeds(const std::string& text) {
   return plain;
 }
 
-// A caption as it is seen: without the mark of its accelerator letter.
+// A caption as it is displayed: without the mark of its accelerator letter.
 std::string Plain(const char* caption) {
   std::string text;
   for (const char* c = caption; c != nullptr && *c != '\0'; ++c) {
