@@ -38,6 +38,6 @@ struct Press {
 class PressFilter {
  public:
   virtual ~PressFilter() = default;
-  // False: the box doesn't get it. May be asked more than once of the same press.
+  // False: the box doesn't get it. May be asked more than once for the same press.
   virtual bool Takes(const Press& press) = 0;
 };

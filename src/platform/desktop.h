@@ -31,9 +31,9 @@ class Desktop {
   [[nodiscard]] virtual WindowHandle FindWindow(const std::string& className) noexcept = 0;
   // The process that made the window; 0: no such window.
   [[nodiscard]] virtual std::uint32_t GetWindowThreadProcessId(WindowHandle window) noexcept = 0;
-  // The window that owner owns and that was active last, a box; owner itself where there is none.
+  // Returns the box of owner that was active last; owner itself if there is none.
   [[nodiscard]] virtual WindowHandle GetLastActivePopup(WindowHandle owner) noexcept = 0;
-  // Sends the message with both parameters 0. False: not answered within the time.
+  // Sends the message with both parameters 0. False: not answered in time.
   [[nodiscard]] virtual bool SendMessageTimeout(WindowHandle window, std::uint32_t message,
                                                 std::uint32_t milliseconds) noexcept = 0;
   [[nodiscard]] virtual bool IsIconic(WindowHandle window) noexcept = 0;

@@ -1,5 +1,5 @@
 // Raw disks, volumes and plain files by handle. Each method is the documented Windows call of the
-// same name, with the arguments that nobody here uses left out; each reports by its result.
+// same name without the arguments that are unused here; each reports by its result.
 #pragma once
 
 #include <cstdint>
@@ -43,8 +43,8 @@ class Devices {
   // Moves the file pointer to offset bytes from the start (FILE_BEGIN). False: not moved.
   [[nodiscard]] virtual bool SetFilePointerEx(Handle handle, std::uint64_t offset) noexcept = 0;
 
-  // Transfers bytes at the file pointer, which moves on. True: the call succeeded; transferred is
-  // then the count of bytes moved, which may be less than asked. False: transferred is 0.
+  // Transfers bytes at the file pointer and moves it on. True: the call succeeded; transferred is
+  // then the count of bytes moved, which may be less than asked for. False: transferred is 0.
   [[nodiscard]] virtual bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
                                       std::uint32_t& transferred) noexcept = 0;
   [[nodiscard]] virtual bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
@@ -60,19 +60,18 @@ class Devices {
 
   [[nodiscard]] virtual bool FlushFileBuffers(Handle handle) noexcept = 0;
 
-  // The low half of the file's length in bytes; the high half goes into high. kInvalidFileSize is a
-  // failure if GetLastError says so, which is 0 after a call that succeeded.
+  // Returns the low half of the file's length in bytes; the high half goes into high.
+  // kInvalidFileSize is a failure unless GetLastError is 0, as it is after a successful call.
   [[nodiscard]] virtual std::uint32_t GetFileSize(Handle handle, std::uint32_t& high) noexcept = 0;
 
-  // Sends a control code. in and out may be null with size 0; they may be the same buffer.
-  // returned is the count of bytes put into out; a call that fails with a warning may have put some
-  // as well. The record of
-  // kIoctlScsiPassThrough is the one of 32-bit programs (44 bytes of header) on every platform.
+  // Sends a control code. in and out may be null with size 0; they may be the same buffer. returned
+  // is the count of bytes put into out, which may be above 0 even after a failure. The record of
+  // kIoctlScsiPassThrough is that of 32-bit programs (44 bytes of header) on every platform.
   [[nodiscard]] virtual bool DeviceIoControl(Handle handle, std::uint32_t code, const void* in,
                                              std::uint32_t inSize, void* out, std::uint32_t outSize,
                                              std::uint32_t& returned) noexcept = 0;
 
-  // Closes any handle that this interface or Processes gave. False: it was not open.
+  // Closes any handle that this interface or Processes returned. False: it was not open.
   [[nodiscard]] virtual bool CloseHandle(Handle handle) noexcept = 0;
 
   // The error number of the last call that failed (winerror.h).

@@ -41,7 +41,7 @@ class Files {
   virtual void FileDelete(const std::string& path) = 0;                         // 53, 70, 75
   virtual void FileRename(const std::string& from, const std::string& to) = 0;  // 53, 58, 75
   virtual void MakeFolder(const std::string& path) = 0;                         // 75, 76
-  // A copy overwrites to, and isn't read-only, so that it can be deleted where its original can't.
+  // A copy overwrites to, and loses the read-only attribute, so that it can be deleted.
 
   // The whole file as text.
   [[nodiscard]] virtual std::string ReadTextFile(const std::string& path) = 0;
@@ -50,7 +50,7 @@ class Files {
   [[nodiscard]] virtual std::size_t ReadBinaryFile(const std::string& path, std::uint8_t* data,
                                                    std::size_t bytes) = 0;
 
-  // Opens the file for appending (creating it), writes line and CR LF, closes it. The line is
-  // written in the system's ANSI code page, with "?" for what that lacks. 76: no folder.
+  // Opens the file for appending (creating it), writes line and CR LF, closes it. Writes in the
+  // system's ANSI code page, with "?" for what that lacks. 76: no folder.
   virtual void AppendLine(const std::string& path, const std::string& line) = 0;
 };

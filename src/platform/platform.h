@@ -1,4 +1,4 @@
-// The bundle of everything that the program asks of the system it runs on.
+// The bundle of all interfaces through which the program uses the system.
 #pragma once
 
 #include "platform/clock.h"

@@ -22,10 +22,9 @@ class Processes {
   virtual ~Processes() = default;
 
   // Statement: starts a command line and returns the child's process identifier. Does not wait.
-  // program is the executable's full path. Where it is empty, the line's first word is looked for:
-  // without a folder, in this program's folder before any other.
-  // With a hidden window the child reads from the null device and writes to it.
-  // Throws Fault 53 (no such program) or 5 (any other refusal).
+  // program is the executable's full path. If it is empty, the system looks for the line's first
+  // word: without a folder, in this program's folder first. With a hidden window the child's input
+  // and output are the null device. Throws Fault 53 (no such program) or 5 (any other refusal).
   [[nodiscard]] virtual std::uint32_t Shell(const std::string& program,
                                             const std::string& commandLine, int windowStyle) = 0;
 
@@ -33,19 +32,19 @@ class Processes {
   [[nodiscard]] virtual Handle OpenProcess(std::uint32_t access,
                                            std::uint32_t processId) noexcept = 0;
 
-  // Blocks until the process has ended, or the mutex is this process's own (kWaitObject0) or the
+  // Blocks until the process has ended or the mutex belongs to this process (kWaitObject0), or the
   // time is over (kWaitTimeout).
   [[nodiscard]] virtual std::uint32_t WaitForSingleObject(Handle process,
                                                           std::uint32_t milliseconds) = 0;
 
-  // A handle to the mutex of that name, which is made where it isn't there yet; 0 on failure, also
-  // where it belongs to another user. A wait for it takes it, for as long as the process lives.
+  // Returns a handle to the mutex of that name, creating it if necessary; 0 on failure, also if it
+  // belongs to another user. A wait for it takes it for as long as the process lives.
   [[nodiscard]] virtual Handle CreateMutex(const std::string& name) noexcept = 0;
 
   [[nodiscard]] virtual bool GetExitCodeProcess(Handle process,
                                                 std::uint32_t& exitCode) noexcept = 0;
 
-  // Ends a child that Shell started, with everything that the child has started.
+  // Ends a child that Shell started, with everything the child has started.
   virtual void EndChild(std::uint32_t processId) noexcept = 0;
 
   // Above 32: started. No owner window.
@@ -54,7 +53,7 @@ class Processes {
                                                    const std::string& folder,
                                                    int showCommand) noexcept = 0;
 
-  // Ends this process at once. Does not come back; a double may leave by an exception that is
+  // Ends this process at once and doesn't return; a double may leave by an exception that is
   // neither Fault nor std::exception.
   [[noreturn]] virtual void EndProcess() = 0;
 };

@@ -1,6 +1,6 @@
 // The window toolkit: one window with a fixed set of controls, boxes, the pointer, pending events.
-// Nothing here fails with a Fault; what hands out events may leave as they do. Places and sizes are
-// in twips (1440 to the inch).
+// Nothing here throws a Fault; what dispatches events lets their exceptions through. Places and
+// sizes are in twips (1440 to the inch).
 #pragma once
 
 #include <cstddef>
@@ -55,8 +55,8 @@ struct ControlDesign {
   bool sorted = false;              // lists
   bool centred = false;             // labels
   bool hasIcon = false;             // buttons: a small icon beside the caption
-  const Rgb* textColour = nullptr;  // null: the system's
-  const Rgb* backColour = nullptr;  // null: the system's
+  const Rgb* textColour = nullptr;  // null: the system's colour
+  const Rgb* backColour = nullptr;  // null: the system's colour
   const char* fontName = nullptr;   // null: the window's font
   bool bold = false, italic = false, underlined = false;
 };
@@ -82,12 +82,12 @@ enum class UserEvent : std::uint8_t {
 constexpr std::size_t kUserEventCount = 15;
 
 enum class Gesture : std::uint8_t {
-  Click,  // also the key that stands for it
+  Click,  // also its key
   DoubleClick,
   Select  // of another row
 };
 
-// Of a control, the one gesture that is an event.
+// The one gesture of a control that is an event.
 struct ControlEvent {
   Control control;
   Gesture gesture;
@@ -95,7 +95,7 @@ struct ControlEvent {
 };
 
 struct FormDesign {
-  const char* className;  // by which another instance finds the window
+  const char* className;  // by which a second instance finds the window
   const char* caption;
   int clientWidth, clientHeight;  // twips
   const ControlDesign* controls;  // kControlCount of them, in tab order
@@ -110,16 +110,16 @@ class Toolkit {
  public:
   virtual ~Toolkit() = default;
 
-  // The window. CreateForm makes it, hidden, and hands user events to handler from then on: from
-  // inside RunEventLoop and DoEvents, and at the end of the session. A control that the program
-  // changes raises none.
+  // The window. CreateForm makes it, hidden, and passes user events to handler from then on: from
+  // inside RunEventLoop and DoEvents, and at the end of the session. A change that the program
+  // makes to a control raises none.
   virtual void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) noexcept = 0;
   virtual void ShowForm() noexcept = 0;
   virtual void UnloadForm() noexcept = 0;  // destroys the window; RunEventLoop then returns
-  virtual void RunEventLoop() = 0;         // hands out events until the window is unloaded
+  virtual void RunEventLoop() = 0;         // dispatches events until the window is unloaded
   virtual void SetCaption(const std::string& caption) noexcept = 0;
 
-  // The outer size and place of the window and the size of the screen that it is on, in twips.
+  // The outer size and place of the window and the size of its screen, in twips.
   [[nodiscard]] virtual float FormHeight() noexcept = 0;
   [[nodiscard]] virtual float FormWidth() noexcept = 0;
   virtual void SetFormHeight(float twips) noexcept = 0;
@@ -135,8 +135,8 @@ class Toolkit {
   [[nodiscard]] virtual bool IsTicked(Control checkBox) noexcept = 0;
   virtual void SetTicked(Control checkBox, bool ticked) noexcept = 0;
 
-  // Combo1 and List1. Rows count from 0; both keep their rows sorted. ListIndex is -1 while no row
-  // is selected. ItemText of a row that is not there is the empty text.
+  // Combo1 and List1. Rows count from 0; both lists are sorted. ListIndex is -1 while no row is
+  // selected. ItemText returns the empty text for a row that doesn't exist.
   virtual void ClearItems(Control list) noexcept = 0;
   virtual void AddItem(Control list, const std::string& text) noexcept = 0;
   [[nodiscard]] virtual int ItemCount(Control list) noexcept = 0;
@@ -152,11 +152,11 @@ class Toolkit {
   // In the window's font, twips.
   [[nodiscard]] virtual float TextWidth(const std::string& text) noexcept = 0;
 
-  // Throws away the keys and mouse buttons that wait to be handed out. To be called before each
-  // box: what waits goes to the box that opens next.
+  // Discards the keys and mouse buttons in the queue. To be called before each box: they would go
+  // to the box that opens next.
   virtual void DropInput() noexcept = 0;
-  // Modal, owned by the window once that is there; takes the keys and mouse buttons that the filter
-  // takes. Escape returns Cancel where there is one, and so does a box that can't be shown.
+  // Modal, owned by the window if that exists; takes the keys and mouse buttons that the filter
+  // takes. Escape returns Cancel if there is one, and so does a box that can't be shown.
   [[nodiscard]] virtual Answer MsgBox(const Box& box, PressFilter& filter) = 0;
   // The same with a text field. Cancel returns the empty text.
   [[nodiscard]] virtual std::string InputBox(const InputQuestion& question,
