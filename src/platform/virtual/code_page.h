@@ -1,4 +1,4 @@
-// The ANSI code page of the virtual system: a one-byte one, ISO 8859-1.
+// The ANSI code page of the virtual system: ISO 8859-1, one byte per character.
 #pragma once
 
 #include <string>

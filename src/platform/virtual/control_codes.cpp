@@ -1,4 +1,4 @@
-// What the virtual disks and volumes answer to control codes, byte by byte as the real ones do.
+// What the virtual disks and volumes answer to control codes, byte for byte as real ones do.
 #include <algorithm>
 #include <cstring>
 
@@ -42,7 +42,7 @@ std::uint32_t AnswerLength(const VirtualDisk& disk, ControlRequest& request) {
   return Give(request, answer, answer.size());
 }
 
-// STORAGE_DEVICE_DESCRIPTOR: 36 bytes, then the texts that it points to.
+// STORAGE_DEVICE_DESCRIPTOR: 36 bytes, then the texts that its offsets point to.
 std::uint32_t AnswerProperty(const VirtualDisk& disk, ControlRequest& request) {
   if (!disk.answersBus) return kErrorInvalidFunction;
   if (request.inSize < 12 || Get32(request.in) != 0 || Get32(request.in + 4) != 0) {
@@ -88,7 +88,7 @@ std::vector<std::uint8_t> InquiryData(const VirtualDisk& disk) {
   return data;
 }
 
-// SCSI_PASS_THROUGH as 32-bit code lays it out: length 44, data offset at 20, command at 28.
+// SCSI_PASS_THROUGH as 32-bit programs lay it out: length 44, data offset at 20, command at 28.
 std::uint32_t PassThrough(const VirtualDisk& disk, ControlRequest& request) {
   constexpr std::uint32_t kLength = 44;
   constexpr std::uint8_t kReadCapacity = 0x25, kInquiry = 0x12;
@@ -145,7 +145,7 @@ std::uint32_t AnswerDeviceNumber(const OpenHandle& open, ControlRequest& request
 std::uint32_t ControlVolume(Machine& machine, Handle handle, std::uint32_t code) {
   OpenHandle& open = *machine.At(handle);
   VirtualVolume& volume = *open.volume;
-  // Opened with access 0 the handle is one to the bare device, which knows no file system.
+  // A handle opened with access 0 is to the bare device, which knows no file system.
   if (open.access == 0) return kErrorInvalidFunction;
   switch (code) {
     case kFsctlLockVolume:

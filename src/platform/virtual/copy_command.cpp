@@ -23,7 +23,7 @@ bool IsFolder(const VirtualFile& file) {
   return (file.attributes & kAttributeDirectory) != 0;
 }
 
-// The copy command passes hidden and system files over.
+// The copy command skips hidden and system files.
 bool IsCopied(const VirtualFile& file) {
   return (file.attributes & (kAttributeHidden | kAttributeSystem | kAttributeDirectory)) == 0;
 }
@@ -78,8 +78,8 @@ std::uint32_t VirtualProcesses::RunCopy(const std::string& arguments, Child& chi
   if (source == nullptr || !IsCopied(*source) || source->deletePending) return 1;
   if (old == source) return 1;  // "The file cannot be copied onto itself."
   if (old != nullptr && !overwrite) {
-    // It asks whether to overwrite: at the end of its input it leaves the file alone, and where
-    // there is a keyboard nobody answers.
+    // It asks whether to overwrite: at the end of its input it leaves the file alone; at a keyboard
+    // nobody answers.
     child.script.neverEnds = child.hasInput;
     return child.hasInput ? 0 : 1;
   }

@@ -84,7 +84,7 @@ VirtualVolume& AddSystemVolume(VirtualPc& pc, VirtualDisk& disk) {
   c.label = "System";
   c.serial = 0xC0DEC0DE;
   c.AddFile("\\Rotate\\getFileExtents.exe", 40'000, 1'000'000, "MZ extents tool").attributes =
-      kAttributeReadOnly;  // as when it lies on a CD
+      kAttributeReadOnly;  // as on a CD
   c.AddText("\\Rotate\\Rotate_TSD.exe", "MZ this program");
   c.AddText("\\Windows\\system32\\cmd.exe", "MZ interpreter");
   c.AddText("\\Rotate\\cmd.exe", "MZ planted by somebody");

@@ -45,7 +45,7 @@ struct World {
 World Make(VirtualPc& pc);
 
 // A stick of the same kind beside it, disk 2 with G: and H:. It holds files of the same names at
-// other places, with other contents, and a sound saved table of its own on LBA 30 and 60.
+// other places, with other contents, and a sound saved table at LBA 30 and 60.
 struct SecondStick {
   VirtualDisk& disk;
   VirtualVolume& g;
@@ -53,7 +53,7 @@ struct SecondStick {
 };
 SecondStick AddSecondStick(VirtualPc& pc);
 
-// The parts, for worlds of one's own.
+// The parts, for other worlds.
 VirtualSector Grub4dosMbr();  // boot code and 55 AA, no entries
 void SetEntry(VirtualSector& table, int entry, bool active, std::uint8_t type, std::uint32_t start,
               std::uint32_t sectors);  // entry 1 to 4

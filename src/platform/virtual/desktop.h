@@ -21,7 +21,7 @@ struct VirtualWindow {
   bool closed = false;
   bool hangs = false;  // answers no message
   bool minimised = false;
-  std::size_t popup = 0;  // the window that it owns, by its place in the order; 0: none
+  std::size_t popup = 0;  // the window that it owns, by its index; 0: none
 };
 
 class VirtualDesktop : public Desktop {
@@ -45,7 +45,7 @@ class VirtualDesktop : public Desktop {
   void AllowSetForegroundWindow() noexcept override {}
 
   std::vector<VirtualWindow> windows;  // in the order of the walk
-  std::string inFront;                 // title of the window that was brought to the front
+  std::string inFront;                 // title of the window brought to the front
 
  private:
   VirtualWindow* At(WindowHandle window);  // null: none, or closed

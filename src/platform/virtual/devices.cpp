@@ -31,7 +31,7 @@ const char* ControlName(std::uint32_t code) {
   }
 }
 
-// "rw share=rw": what is asked for and what is left to others; then the flags, where there are any.
+// "rw share=rw": the access asked for and the access shared; then the flags, if any.
 std::string OpenMode(std::uint32_t access, std::uint32_t share, std::uint32_t flags) {
   std::string mode = (access & kGenericRead) != 0 ? "r" : "";
   if ((access & kGenericWrite) != 0) mode += 'w';
@@ -82,7 +82,7 @@ std::uint32_t VirtualDevices::OpenDevice(const std::string& name, std::uint32_t 
   if (open.volume == nullptr) return kErrorFileNotFound;
   open.disk = open.volume->disk;
   if (open.volume->refusesOpen) return kErrorAccessDenied;
-  // Access 0 reaches the device below the file system: it neither mounts nor minds a lock.
+  // Access 0 reaches the device below the file system: it neither mounts nor respects a lock.
   if (access != 0 && !machine_.Mount(*open.volume)) return kErrorAccessDenied;
   return 0;
 }
@@ -229,7 +229,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);
   if (open == nullptr) return machine_.Fail(step, kErrorInvalidHandle);
   if (open->IsGone()) return machine_.Fail(step, kErrorDeviceRemoved);
-  // Bits 14 and 15 of a code say which access it asks of the handle: 1 read, 2 write.
+  // Bits 14 and 15 of a code say which access the handle needs: 1 read, 2 write.
   const std::uint32_t held = open->access >> 30;  // bit 1 read, bit 0 write
   const std::uint32_t wanted = code >> 14 & 3;
   if (((wanted & 1) != 0 && (held & 2) == 0) || ((wanted & 2) != 0 && (held & 1) == 0)) {
@@ -253,7 +253,7 @@ bool VirtualDevices::DeviceIoControl(Handle handle, std::uint32_t code, const vo
 }
 
 bool VirtualDevices::CloseHandle(Handle handle) noexcept {
-  // A close that is made to fail has closed all the same: what follows must cope with both.
+  // A close that is made to fail still closes: the caller must cope with both.
   const Step step = machine_.Begin(Op::Close, Name(handle));
   const bool wasOpen = machine_.Close(handle);
   if (step.Refused()) return machine_.Fail(step, machine_.plan.error);

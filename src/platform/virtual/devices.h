@@ -43,7 +43,7 @@ class VirtualDevices : public Devices {
   Machine& machine_;
 };
 
-// An answer to a control code, copied into the caller's buffer as far as that goes.
+// An answer to a control code, copied into the caller's buffer as far as it fits.
 struct ControlRequest {
   std::uint32_t code;
   const std::uint8_t* in;

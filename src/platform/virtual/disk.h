@@ -1,4 +1,4 @@
-// A disk in memory: sparse 512-byte sectors, and what the device says of itself.
+// A disk in memory: sparse 512-byte sectors, and what the device reports about itself.
 //
 // Does not model: other sector sizes, caches of the file system, time.
 #pragma once
@@ -16,9 +16,9 @@ constexpr std::uint32_t kBusSata = 11;
 
 using VirtualSector = std::array<std::uint8_t, 512>;
 
-// What becomes of something held back when power is lost.
+// What becomes of held-back data when power is lost.
 enum class Fate : std::uint8_t { Kept, Dropped, Torn };
-// The lowest digit of fates to the base 3, which it takes off.
+// Takes the lowest base-3 digit off fates.
 Fate TakeFate(std::uint64_t& fates);
 
 class VirtualDisk {
@@ -31,8 +31,8 @@ class VirtualDisk {
   // SCSI inquiry; padded with blanks to 8, 16, 4 and 8 characters.
   std::string vendor = "Tessel", product = "USB Stick", revision = "1.00", vendorField;
   bool answersCapacity = true, answersInquiry = true, answersLength = true, answersBus = true;
-  bool warns = false;  // SCSI requests fail, though they are answered
-  // The answer to READ CAPACITY where it is to differ from the true one: last block, block length.
+  bool warns = false;  // SCSI requests fail although they are answered
+  // The answer to READ CAPACITY, if not the true one: last block, block length.
   std::pair<std::uint32_t, std::uint32_t> capacityAnswer{0, 0};
 
   bool plugged = true;
@@ -60,7 +60,7 @@ class VirtualDisk {
   bool writeBack = false;
   void WriteThroughHandle(std::uint64_t lba, const VirtualSector& data);
   void Flush() { held_.clear(); }
-  // Decides over each write held back by one digit of fates; returns how many there were.
+  // Decides on each held-back write by one digit of fates; returns how many there were.
   std::size_t LosePower(std::uint64_t& fates);
 
  private:

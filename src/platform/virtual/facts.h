@@ -1,4 +1,4 @@
-// Facts of the virtual system. The volumes' facts are the volumes' own.
+// Facts of the virtual system. Those of a volume are kept with it.
 //
 // Does not model: short paths (every path is its own long form unless set otherwise).
 #pragma once
@@ -39,7 +39,7 @@ class VirtualFacts : public SystemFacts {
   std::string systemFolder = "C:\\Windows\\system32";
   std::string programFolder = "C:\\Rotate";
   std::string programName = "Rotate_TSD";
-  int furtherDrives = 0;  // letters beyond those of the volumes that are there
+  int furtherDrives = 0;  // letters in addition to those of the present volumes
 
  private:
   std::string Give(const Step& step, const std::string& text, std::uint32_t size);

@@ -1,4 +1,4 @@
-// Failures, planned for the n-th operation, for some in a row, or for all from there on.
+// Failures, planned for the n-th operation, for several in a row, or for all from then on.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@ enum class FaultKind : std::uint8_t {
   Refusal,        // a call that reports by its result fails; a statement throws its Fault
   FaultThrown,    // a statement throws the Fault of faultNumber
   ShortTransfer,  // a read or write moves only half of its whole sectors and reports success
-  LostWrite,      // a write, or what a child copies, is acknowledged and never arrives
+  LostWrite,      // a write, or a child's copy, is acknowledged and never arrives
   CutBefore,      // power cut before the operation does anything
   CutTorn,        // power cut in its middle: half a sector written, half a file copied
   CutAfter,       // power cut when the operation is done
@@ -21,9 +21,9 @@ constexpr std::size_t kForGood = SIZE_MAX;
 
 struct FaultPlan {
   FaultKind kind = FaultKind::None;
-  std::size_t nth = 1;         // 1: the first operation that the mask allows
-  std::size_t times = 1;       // so many operations in a row, or kForGood
-  std::size_t again = 0;       // one more operation that is struck; 0: none
+  std::size_t nth = 1;         // 1: the first operation in the mask
+  std::size_t times = 1;       // that many operations in a row, or kForGood
+  std::size_t again = 0;       // one more operation to strike; 0: none
   OpMask mask = kAnyOp;        // narrowed to what the kind can strike
   std::uint32_t error = 1117;  // Windows error of a refused call (ERROR_IO_DEVICE)
   int faultNumber = 57;        // number of a thrown Fault

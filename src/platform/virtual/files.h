@@ -1,6 +1,6 @@
 // Searches and whole-file statements on the virtual volumes.
 //
-// Does not model: short (8.3) names; of a read-only file only that it can't be deleted.
+// Does not model: short (8.3) names; of read-only files, anything but that they can't be deleted.
 #pragma once
 
 #include <string>
@@ -34,10 +34,10 @@ class VirtualFiles : public Files {
   };
   Place Look(const std::string& path);
   Step BeginStatement(Op op, const std::string& path, const std::string& detail = "");
-  // The file to work on; throws 76, 70, 53, 75 where there is none that can be used.
+  // Returns the file to work on; throws 76, 70, 53, 75 if none is usable.
   Place Require(const Step& step, const std::string& path);
-  // Another handle or a child holds the file so that it can't be used with this access; deleting
-  // collides with every handle that reads or writes.
+  // True: another handle or a child prevents this access to the file; a delete collides with every
+  // handle that reads or writes.
   bool Collides(const Place& place, std::uint32_t access) const;
   void Fill(FindData& found, VirtualVolume& volume, const std::string& folder,
             const std::string& name);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// A text that begins with a quote loses its first and last one, unless there are just two, no
+// A text that begins with a quote loses its first and last quote, unless it has exactly two, no
 // special character, and a blank between them.
 std::string StripOuterQuotes(const std::string& text) {
   if (text.empty() || text.front() != '"') return text;

@@ -1,5 +1,4 @@
-// The command interpreter's reading of one command line: what runs, with which words, into which
-// file.
+// How the command interpreter reads a command line: what runs, with which words, into which file.
 //
 // Does not model: batch files, parentheses, redirection of other handles; of "%NAME:...%" and
 // "!NAME!" only that the text is no longer what it was.

@@ -1,4 +1,4 @@
-// What was asked of the virtual PC, in order, one entry an operation.
+// What was asked of the virtual PC, in order, one entry per operation.
 #pragma once
 
 #include <cstddef>
@@ -42,7 +42,7 @@ enum class Op : std::uint8_t {
   EndProcess,  // processes
   ChildCopy,
   ChildTool,
-  Executed,  // done by a child; Executed: something nobody asked for
+  Executed,  // done by a child; Executed: a command that nobody asked for
   Fact,
   Desktop,
   Post,
@@ -92,9 +92,9 @@ struct PowerCut {};
 
 class Journal {
  public:
-  // Returns the new entry's index; it reads as failed until somebody sets ok. Throws as NeedsPower.
+  // Returns the new entry's index; it reads as failed until ok is set. Throws as NeedsPower does.
   std::size_t Add(JournalEntry entry);
-  // An index that is none stands for an entry that nobody reads.
+  // An index out of range stands for an entry that nobody reads.
   JournalEntry& operator[](std::size_t index) {
     return index < entries_.size() ? entries_[index] : nobodys_;
   }

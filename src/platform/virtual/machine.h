@@ -46,17 +46,17 @@ struct OpenHandle {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> lockedRanges;  // start, bytes
   std::uint32_t processId = 0;
   std::vector<std::string> rest;  // searches: names still to return
-  bool dead = false;              // its device was pulled out, whatever has come in its place
+  bool dead = false;              // its device was pulled out, whatever is in its place now
 
   bool IsRaw() const { return kind == Kind::Disk || kind == Kind::Volume; }
-  // What the handle was opened on has been unplugged or has left the table.
+  // True: what the handle was opened on has been unplugged or has left the table.
   bool IsGone() const {
     const bool onVolume = kind == Kind::Volume || kind == Kind::File;
     return dead || (disk != nullptr && !disk->plugged) || (onVolume && !volume->present);
   }
 };
 
-// One operation under way.
+// One operation in progress.
 struct Step {
   std::size_t entry = 0;
   FaultKind strike = FaultKind::None;
@@ -71,22 +71,22 @@ class Machine {
   // Never throws: without power every call is refused, until a statement, a box, a pause or pending
   // events end the program (Journal::NeedsPower).
   Step Begin(Op op, const std::string& subject, const std::string& detail = "");
-  // Begins a statement: throws the planned Fault, or the one of that number where it is refused.
+  // Begins a statement: throws the planned Fault, or Fault refusedWith if it is refused.
   Step BeginStatement(Op op, const std::string& subject, const std::string& detail,
                       int refusedWith);
-  // Notes how it went and returns ok. Cuts the power where the plan does so after it.
+  // Records the outcome and returns ok. Cuts the power if the plan says so.
   bool End(const Step& step, bool ok, std::uint32_t code = 0);
   bool Fail(const Step& step, std::uint32_t code) { return End(step, false, code); }
-  // Ends a statement: throws the Fault, or the one with the classic text of number.
+  // Ends a statement: throws the planned Fault, or the one with the classic text of number.
   [[noreturn]] void FailStatement(const Step& step, int number);
 
-  VirtualVolume* VolumeAt(char letter);  // null: no such letter at this moment
+  VirtualVolume* VolumeAt(char letter);  // null: no such letter now
   VirtualDisk* DiskAt(int number);       // null: none, or unplugged
 
-  // A look at the volume's files or an open of it mounts it again. False: it can't be used now.
+  // Opening the volume or looking at its files mounts it again. False: it can't be used now.
   bool Mount(VirtualVolume& volume);
 
-  // Lets the letters of the disk's volumes follow sector 0 as it is now.
+  // Makes the letters of the disk's volumes follow sector 0 as it is now.
   void ReadTable(VirtualDisk& disk);
   void SetPlugged(VirtualDisk& disk, bool plugged);
 
@@ -95,7 +95,7 @@ class Machine {
   bool Close(Handle handle);
   bool HasOpenFiles(const VirtualVolume& volume) const;
 
-  // After a power cut nothing works until this: handles gone, letters by the tables.
+  // After a power cut nothing works until this: handles are gone, letters follow the tables.
   void Reboot();
 
   std::vector<std::unique_ptr<VirtualDisk>> disks;
@@ -103,10 +103,10 @@ class Machine {
   std::map<Handle, OpenHandle> handles;
   Journal journal;
   FaultPlan plan;
-  // What becomes of the things held back in a power cut: a Fate each, as digits to the base 3.
+  // What becomes of held-back data in a power cut: one Fate each, as base-3 digits.
   std::uint64_t cutFate = 0;
-  std::size_t heldBack = 0;  // how many things the cut found held back
-  // Others at work: called before each operation with its number, from 1.
+  std::size_t heldBack = 0;  // how many held-back items the cut found
+  // Other programs: called before each operation with its number, from 1.
   std::function<void(std::size_t)> beforeOperation;
   std::size_t operations = 0;
   VirtualClock clock{journal};

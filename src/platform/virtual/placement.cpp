@@ -1,4 +1,4 @@
-// Where a copy comes to lie on a volume.
+// Where a copy is placed on a volume.
 #include <algorithm>
 #include <stdexcept>
 
@@ -10,7 +10,7 @@ std::uint64_t RoundUp(std::uint64_t value, std::uint64_t unit) {
   return (value + unit - 1) / unit * unit;
 }
 
-// Makes the sectors read as zeros, and says what stood there, by sector from the first.
+// Makes the sectors read as zeros, and returns what they held, by sector from the first.
 std::map<std::uint64_t, VirtualSector> Wipe(VirtualDisk& disk, const Extent& piece,
                                             std::uint64_t count) {
   std::map<std::uint64_t, VirtualSector> stood;
@@ -22,7 +22,7 @@ std::map<std::uint64_t, VirtualSector> Wipe(VirtualDisk& disk, const Extent& pie
   return stood;
 }
 
-// Copies byte ranges that both begin and end on whole sectors, sparsely.
+// Copies byte ranges that begin and end on whole sectors, sparsely.
 void CopyContents(VirtualDisk& to, const std::vector<Extent>& target, const VirtualDisk& from,
                   const std::vector<Extent>& source) {
   const auto placeOf = [&](std::uint64_t offset) {
@@ -31,7 +31,7 @@ void CopyContents(VirtualDisk& to, const std::vector<Extent>& target, const Virt
         return piece.lba + (offset - piece.fileOffset) / 512;
       }
     }
-    return std::uint64_t{0};  // after a copy that was cut short
+    return std::uint64_t{0};  // after an incomplete copy
   };
   for (const Extent& piece : target) Wipe(to, piece, piece.sectors);
   for (const Extent& piece : source) {
@@ -83,7 +83,7 @@ std::vector<Extent> VirtualVolume::Allocate(std::uint64_t sectorCount,
     }
     return {};
   }
-  // In pieces with a free cluster between them, from the place given or the first that takes all.
+  // In pieces with a free cluster between them, from the given place or the first large enough gap.
   const std::uint64_t share = RoundUp(left / placement.pieces, clusterSectors);
   std::uint64_t at = placement.lba;
   if (at == 0) {

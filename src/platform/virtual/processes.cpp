@@ -28,7 +28,7 @@ std::optional<std::string> VirtualProcesses::Variable(const std::string& name) c
   return facts_.Environment(name);
 }
 
-// Where a name has no folder, the program's own comes first.
+// For a name without a folder, the program's own folder comes first.
 std::string VirtualProcesses::FindProgram(const std::string& name) {
   if (name.find('\\') != std::string::npos) return name;
   for (const std::string& folder : {facts_.programFolder, facts_.systemFolder}) {

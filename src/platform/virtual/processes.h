@@ -17,19 +17,18 @@
 // Leaves the program at EndProcess. Neither a Fault nor a std::exception.
 struct ProcessEnded {};
 
-// Leaves the program where it would wait for ever.
+// Leaves the program where it would wait forever.
 struct ProgramHangs {};
 
-// How one child behaves that is not to behave well. Used up by the first command line that holds
-// match, in any case of letters.
+// How one child misbehaves. Used up by the first command line that contains match, ignoring case.
 struct ChildScript {
   std::string match;
   int refusedWith = 0;          // Shell throws this Fault
   bool goneBeforeOpen = false;  // OpenProcess returns 0
   bool neverEnds = false;
   bool hidesExitCode = false;
-  std::uint32_t milliseconds = 0;  // that pass before it ends
-  int times = 1;                   // so many children
+  std::uint32_t milliseconds = 0;  // until it ends
+  int times = 1;                   // for that many children
 };
 
 class VirtualProcesses : public Processes {
@@ -49,10 +48,10 @@ class VirtualProcesses : public Processes {
   [[noreturn]] void EndProcess() override;
 
   std::vector<ChildScript> scripts;
-  // What the tool prints for a file, by upper-case path, in place of the truth; "" for all others.
+  // What the tool prints for a file instead of the truth, by upper-case path; "" for all others.
   std::map<std::string, std::string> toolTexts;
   std::intptr_t shellExecuteResult = 42;
-  std::map<std::string, std::uint64_t> othersMutexes;  // to the time of the clock when it ends
+  std::map<std::string, std::uint64_t> othersMutexes;  // until this time of the clock
   std::function<void()> whileChildRuns;  // called in each Shell, before the child works
 
   std::vector<std::string> StillRunning() const;

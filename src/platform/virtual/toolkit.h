@@ -1,6 +1,6 @@
-// The window, and the scripted user who works it, and who is impatient: whatever the program does,
-// Enter is pressed again and again, and held. A press that waits when a box opens, or that the box
-// takes before it could be read, answers the box with its default button, and the test fails.
+// The window, and the scripted user, who is impatient: whatever the program does, Enter is pressed
+// again and again, and held. A press that waits when a box opens, or that the box takes before it
+// could be read, answers the box with its default button, and the test fails.
 //
 // Does not model: other keys (Enter on a row is a double-click), tab order, drawing, tool tips,
 // scroll bars.
@@ -26,9 +26,9 @@ struct UserAction {
   float height = 0, width = 0;
 };
 
-UserAction Click(Control control);               // a tick box toggles first
+UserAction Click(Control control);               // toggles a check box first
 UserAction DoubleClick(Control control);         // a label
-UserAction Pick(Control list, std::string row);  // Combo1 raises its click, List1 nothing
+UserAction Pick(Control list, std::string row);  // Combo1 raises its click, List1 no event
 UserAction Open(std::string row);                // double-click on a row of List1
 UserAction Resize(float height, float width);
 UserAction CloseWindow();
@@ -36,7 +36,7 @@ UserAction CloseWindow();
 struct ShownBox {
   Box box;
   Answer answer;
-  bool scripted;  // false: nobody had an answer for it, the default button was pressed
+  bool scripted;  // false: no answer was scripted, and the default button was pressed
 };
 
 struct ShownInput {
@@ -85,7 +85,7 @@ class VirtualToolkit : public Toolkit {
   void MousePointer(Pointer shape) noexcept override;
   void DoEvents() override;
 
-  // The state of the window, for looking at.
+  // The state of the window, for checks.
   struct ControlState {
     bool visible = true, enabled = true, ticked = false, sorted = false;
     std::vector<std::string> rows;
@@ -107,13 +107,13 @@ class VirtualToolkit : public Toolkit {
   std::vector<ShownInput> inputs;
   std::size_t doEventsCalls = 0;
 
-  // The script. An answer for a title serves once, in the order given; those without a title serve
+  // The script. An answer for a title is used once, in the order given; one without a title answers
   // the next box of any title that has more than one button.
   void AnswerNext(Answer answer, const std::string& title = "");
   void AnswerInput(const std::string& text) { inputAnswers_.push_back(text); }
   std::deque<UserAction> actions;                // for RunEventLoop
   std::map<std::size_t, UserAction> atDoEvents;  // by the number of the call, from 1
-  std::optional<UserAction> atEveryDoEvents;     // not within what it caused itself
+  std::optional<UserAction> atEveryDoEvents;     // not within its own events
   bool defaultsAllowed = false;                  // questions without an answer are no failure
 
   // A live user in place of the script. nextAction returns none at the end of the input.
@@ -121,10 +121,10 @@ class VirtualToolkit : public Toolkit {
   std::function<Answer(const Box&)> onBox;
   std::function<std::string(const ShownInput&)> onInput;
 
-  // Does one thing now. False: a person could not have done it (disabled, invisible, no such row).
+  // Does one action now. False: a person could not have done it (disabled, invisible, no such row).
   bool Do(const UserAction& action);
 
-  // Questions that nobody had an answer for, and answers that were never asked for.
+  // Questions without an answer, and answers to questions that were never asked.
   std::vector<std::string> ScriptFailures() const;
   void Reset();
 

@@ -89,7 +89,7 @@ bool VirtualToolkit::Do(const UserAction& action) {
   return false;
 }
 
-// What waits in the queue answers whatever the filter says: a system may refuse to ask it.
+// A key in the queue answers whatever the filter says: some systems never ask the filter.
 bool VirtualToolkit::ImpatienceAnswers(const std::string& title, PressFilter& filter) {
   const bool waits = droppedAt_ != journal_.Entries().size();
   droppedAt_ = kNeverDropped;

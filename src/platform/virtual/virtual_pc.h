@@ -40,13 +40,13 @@ class VirtualPc {
   // A letter that is no disk volume: a CD drive (kDeviceTypeCd) or a network path (0).
   VirtualVolume& AddLetter(char letter, std::uint32_t deviceType);
 
-  // Letters follow the tables. To be called once a world is set up.
+  // Letters follow the tables. To be called once a world is complete.
   void RenewTables();
 
-  // Runs the body and says how it ended, also through one of the double's own ways out.
+  // Runs the body and returns how it ended, also when a double ended it.
   RunEnd Run(const std::function<void()>& body);
 
-  // The same disks and files in a machine that has just been started.
+  // The same disks and files in a machine just started.
   void Reboot();
 
   std::vector<std::string> OpenHandles() const;  // by name; mutexes are kept for good

@@ -1,5 +1,5 @@
-// A volume with files at known sectors of its disk. What a file holds lies in the disk's sectors;
-// names, sizes, times and places are kept here.
+// A volume with files at known sectors of its disk. File contents are in the disk's sectors; names,
+// sizes, times and places are kept here.
 //
 // Does not model: the file system's own records on the disk (a raw write over them is not
 // noticed, and a delete or a rename outlives every power cut), short names, security, letters of
@@ -24,10 +24,10 @@ constexpr std::uint32_t kDeviceTypeDisk = 7;
 constexpr std::uint32_t kShareAll = 7;
 constexpr std::uint32_t kShareReadWriteOnly = 3;  // not deleting and renaming
 
-// Another program, a scanner for instance, that has a file open for reading.
+// Another program, such as a virus scanner, that has a file open for reading.
 struct Holder {
   std::uint32_t share = kShareAll;
-  std::size_t operations = 0;  // of this program, after which it lets go; 0: when a test says so
+  std::size_t operations = 0;  // of this program, until it lets go; 0: when a test says so
 };
 
 struct VirtualFile {
@@ -39,17 +39,17 @@ struct VirtualFile {
   std::string resident = "";         // all of a file that owns no sectors
   bool heldOpen = false;             // by a child that has not ended
   bool unflushed = false;            // a copy that a power cut can still take
-  // What reads through the cache see and the disk never got, by sector of the file.
+  // What reads through the cache see and the disk never received, by sector of the file.
   std::map<std::uint64_t, VirtualSector> cached = {};
   std::vector<Holder> holders = {};  // they hold the file, whatever it is called
-  bool deletePending = false;        // deleted; the name goes when the last holder lets go
+  bool deletePending = false;        // deleted; the name goes with the last holder
 };
 
-// Where and how the next file that is copied to the volume comes to lie.
+// Where and how the next file copied to the volume is placed.
 struct Placement {
   std::uint64_t lba = 0;                            // 0: first free place
   unsigned pieces = 1;                              // extents, a cluster apart
-  std::optional<std::uint64_t> keepBytes = {};      // cut short: so many bytes arrive, dated now
+  std::optional<std::uint64_t> keepBytes = {};      // truncated: that many bytes arrive, dated now
   std::optional<std::uint64_t> lastWriteTime = {};  // instead of the original's
 };
 
@@ -61,14 +61,14 @@ class VirtualVolume {
   std::string label, fileSystem = "NTFS";  // empty file system: not recognised, no files
   std::uint32_t serial = 0;
   std::uint32_t deviceType = kDeviceTypeDisk;  // 0: has no device number
-  bool tiedToTable = true;  // there only while an entry of its disk's table starts at firstSector
+  bool tiedToTable = true;  // present only while an entry of its disk's table starts at firstSector
   bool busy = false, refusesOpen = false, refusesDismount = false;
-  bool full = false;  // nothing more fits, whatever the sums say
+  bool full = false;  // nothing more fits, whatever the free space
   std::uint32_t clusterSectors = 8;
   std::uint64_t reservedSectors = 2048;  // at the start, never given to a file
   std::deque<Placement> placements;      // for the next copies, in order
 
-  // State that the machine keeps.
+  // State kept by the machine.
   bool present = false;
   bool mounted = true;
   Handle lockedBy = kNoHandle;
@@ -77,7 +77,7 @@ class VirtualVolume {
   std::string Name() const { return std::string(1, letter) + ":"; }
   bool Covers(std::uint64_t lba, std::uint64_t count) const;
 
-  // Building. Folders on the way are made. A place that is taken or outside throws logic_error.
+  // Building. Missing folders are created. A place that is taken or outside throws logic_error.
   VirtualFile& AddFile(const std::string& path, std::uint64_t size, std::uint64_t lba,
                        const std::string& firstBytes = "");
   VirtualFile& AddPieces(const std::string& path, std::uint64_t size, std::vector<Extent> extents);
@@ -106,9 +106,9 @@ class VirtualVolume {
                       const VirtualFile& file, std::uint64_t now);
   // The contents of file, which was just copied, stay in the cache and never reach the disk.
   void LoseContents(VirtualFile& file);
-  // As the system does before a dismount: writes back, forgets the cache.
+  // As the system does before a dismount: writes back and drops the cache.
   void FlushFiles();
-  // As VirtualDisk::LosePower, for the copies made since the last flush where the disk holds back.
+  // As VirtualDisk::LosePower, for the copies since the last flush if the disk holds them back.
   std::size_t LosePower(std::uint64_t& fates);
 
  private:
@@ -126,7 +126,7 @@ class VirtualVolume {
 constexpr std::size_t kLongestName = 255;
 constexpr std::size_t kLongestPath = 259;
 
-// "E:\a\\b" as "E" and "\a\b". A path without a letter is taken from folder; one that is too long
+// "E:\a\\b" as "E" and "\a\b". A path without a letter is relative to folder; one that is too long
 // has no volume.
 struct SplitPath {
   char letter;       // NUL: none

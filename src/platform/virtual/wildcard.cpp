@@ -4,7 +4,7 @@
 
 namespace {
 
-// What one character of the pattern, not a star, takes of the name. False: it doesn't match.
+// Matches one pattern character other than a star and moves name past it. False: no match.
 bool Takes(const char* pattern, const char*& name) {
   if (*pattern == '?') {
     if (*name != '\0' && *name != '.') ++name;
@@ -16,8 +16,8 @@ bool Takes(const char* pattern, const char*& name) {
   return true;
 }
 
-// Only the last star is ever tried with a longer run: what an earlier one could take more, this one
-// can take as well. So many stars cost no more than one.
+// Only the last star is ever tried with a longer run: it can take whatever an earlier one could. So
+// many stars cost no more than one.
 bool Matches(const char* pattern, const char* name) {
   const char* behindStar = nullptr;
   const char* behindRun = nullptr;

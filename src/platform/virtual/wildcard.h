@@ -1,4 +1,4 @@
-// Matching of file names as a directory search does it.
+// File name matching as in a directory search.
 #pragma once
 
 #include <string>
