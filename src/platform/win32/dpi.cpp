@@ -11,7 +11,8 @@ int SystemDpi() {
   return dpi;
 }
 
-// Windows 8.1 and early 10. The library is loaded already if the manifest's setting was understood.
+// Windows 8.1 and early 10. The library is loaded already if the system read the manifest's
+// setting.
 int DpiOfMonitor(HWND window) {
   using GetDpiForMonitorFunction = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
   const auto getDpiForMonitor = LookUp<GetDpiForMonitorFunction>(L"shcore.dll", "GetDpiForMonitor");

@@ -9,5 +9,5 @@ int DpiOfWindow(HWND window);
 int PixelsOf(double twips, int dpi);
 float TwipsOf(int pixels, int dpi);
 
-// A length drawn for 96 dpi.
+// A length in pixels at 96 dpi, scaled.
 int ScaledPixels(int pixelsAt96, int dpi);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kFieldId = 100;
 
-// An empty dialog; its controls are made when it opens, because their sizes follow from the text.
+// A dialog template without controls; they are made when it opens, sized by the text.
 struct alignas(4) EmptyDialog {
   DLGTEMPLATE head;
   WORD menu, windowClass, title;
@@ -22,7 +22,7 @@ struct InputBox {
   [[nodiscard]] int Scaled(int pixels) const { return ScaledPixels(pixels, dpi); }
 };
 
-// The size of the prompt with its own line breaks, broken further at a comfortable width.
+// The size of the prompt with its own line breaks, and wrapped at a comfortable width.
 SIZE MeasurePrompt(HWND dialog, const InputBox& box) {
   const HDC screen = ::GetDC(dialog);
   const HGDIOBJ before = ::SelectObject(screen, box.font);
@@ -52,7 +52,7 @@ HWND Add(HWND dialog, const InputBox& box, const PartOfBox& part) {
 }
 
 // width and height are those of the client area. The frame is measured: it has the density of the
-// screen that the box came up on, which no call of the older systems computes.
+// screen that the box opened on, which no call of older systems computes.
 void Centre(HWND dialog, HWND over, int width, int height) {
   RECT outer, client, around;
   ::SetWindowPos(dialog, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -137,7 +137,7 @@ std::string AskForText(const InputQuestion& text, HWND owner, HFONT font, int dp
   EmptyDialog empty{};
   empty.head.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
   if (owner == nullptr) empty.head.style |= DS_SETFOREGROUND;
-  // A font of its own: the window's is replaced when its density changes, also while this is open.
+  // Its own font: the window's is replaced when its density changes, even while this is open.
   LOGFONTW look{};
   ::GetObjectW(font, sizeof look, &look);
   InputBox box{text, ::CreateFontIndirectW(&look), dpi, ""};

@@ -3,8 +3,8 @@
 
 #include "platform/win32/win32_headers.h"
 
-// In the system folder only, from here on; the program's own folder may hold anybody's. To be
-// called first of all. Windows knows how since 8, and 7 with an update.
+// Only in the system folder from here on; the program's own folder may hold anything. To be called
+// first. Windows supports it since 8, and 7 with an update.
 inline void LoadSystemLibrariesOnly() {
   using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
   constexpr DWORD kSearchSystem32 = 0x800;  // libloaderapi.h, LOAD_LIBRARY_SEARCH_SYSTEM32

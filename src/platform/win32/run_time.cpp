@@ -1,8 +1,7 @@
-// Parts of the compiler's run-time library, in place of its own: what the library brings differs
-// from compiler to compiler, reads the environment, and imports what Windows XP lacks (GetThreadId,
-// from GCC 13 on). One thread runs our code, so nothing here needs a lock. A part that a newer
-// library asks for and that isn't here shows as a doubly defined name, or in the check of the
-// imports.
+// Replaces parts of the compiler's run-time library, which differ between compilers, read the
+// environment, and import what Windows XP lacks (GetThreadId, from GCC 13 on). Our code runs on one
+// thread, so nothing here needs a lock. If a newer library needs another part, the linker reports a
+// duplicate definition, or the check of the imports fails.
 #include <cxxabi.h>
 
 #include <cstddef>
@@ -15,13 +14,13 @@ namespace {
 // The library keeps its header right before the exception: 160 bytes on x64, 96 on x86.
 constexpr std::size_t kHeader = 256;
 
-// As the C++ ABI lays it down.
+// As the C++ ABI defines it.
 struct ThrownNow {
   void* caught;
   unsigned int uncaught;
 } thrownNow;
 
-// What the standard library throws. Nobody tells its kinds apart.
+// What the standard library throws. Nobody distinguishes its kinds.
 class LibraryError : public std::exception {
  public:
   explicit LibraryError(const char* what) : what_(what) {}
@@ -33,7 +32,7 @@ class LibraryError : public std::exception {
 
 }  // namespace
 
-// Exceptions. The library's own set aside 64 KB for the day when memory runs out.
+// Exceptions. The library's own version sets aside 64 KB for when memory runs out.
 namespace __cxxabiv1 {
 
 extern "C" {
@@ -60,7 +59,7 @@ __cxa_eh_globals* __cxa_get_globals_fast() noexcept {
 
 }  // namespace __cxxabiv1
 
-// The locks round the list of unwind tables.
+// The locks around the list of unwind tables.
 extern "C" {
 
 struct Once {
@@ -96,8 +95,8 @@ int __gthr_win32_once(Once* once, void (*run)()) {
 
 namespace __gnu_cxx {
 
-// The library's own prints the name of an exception that nobody catches, and brings a name decoder
-// of 60 KB for it. Nothing is thrown here that isn't caught.
+// The library's own prints the name of an uncaught exception, and needs a name decoder of 60 KB for
+// it. Nothing thrown here is uncaught.
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() {
   std::abort();
@@ -105,7 +104,7 @@ void __verbose_terminate_handler() {
 
 }  // namespace __gnu_cxx
 
-// The library's own bring every kind of exception, with its texts, random numbers and error codes.
+// The library's own link in every kind of exception, its texts, random numbers and error codes.
 namespace std {
 
 void __throw_bad_alloc() {

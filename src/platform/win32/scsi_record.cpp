@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t kGrowth = kWideScsiHeader - kNarrowScsiHeader;
 
-// Offsets of the fields from the data offset on; those in front of it are the same.
+// Offsets of the fields from the data offset on; the fields before it are the same.
 constexpr std::size_t kSameFields = 20;  // Length to TimeOutValue
 constexpr std::size_t kNarrowDataOffset = 20, kWideDataOffset = 24;
 constexpr std::size_t kNarrowSenseOffset = 24, kWideSenseOffset = 32;

@@ -7,7 +7,7 @@ void ThrowUnless(BOOL ok) {
   if (!ok) throw FaultOfSystemError(::GetLastError());
 }
 
-// A file that is open for the length of one statement.
+// A file that is open for one statement.
 class OpenFile {
  public:
   OpenFile(const std::string& path, DWORD access, DWORD share, DWORD disposition)
@@ -45,7 +45,7 @@ void Convert(const WIN32_FIND_DATAW& from, FindData& to) {
       std::uint64_t{from.ftLastWriteTime.dwHighDateTime} << 32 | from.ftLastWriteTime.dwLowDateTime;
 }
 
-// Without the short names and with many entries a call, which Windows knows since 7; older ones
+// Without short names and with many entries per call, which Windows supports since 7; older ones
 // refuse that.
 HANDLE BeginSearch(const wchar_t* pattern, WIN32_FIND_DATAW& data) {
   constexpr auto kBasic = static_cast<FINDEX_INFO_LEVELS>(1);  // winbase.h, FindExInfoBasic
@@ -61,11 +61,11 @@ HANDLE BeginSearch(const wchar_t* pattern, WIN32_FIND_DATAW& data) {
   return ::FindFirstFileW(pattern, &data);
 }
 
-// In the system's ANSI code page, with "?" for what that lacks and nothing that only looks alike.
+// In the system's ANSI code page, with "?" for what it lacks, not a lookalike.
 std::string CodePageText(const std::string& text) {
   const std::wstring wide = WideText(text);
   const auto units = static_cast<int>(wide.size());
-  // The code page may be UTF-8, which takes neither.
+  // For UTF-8 the call accepts neither the flag nor a default character.
   const bool whole = ::GetACP() == CP_UTF8;
   const DWORD flags = whole ? 0 : WC_NO_BEST_FIT_CHARS;
   const char* unknown = whole ? nullptr : "?";
@@ -119,7 +119,7 @@ class RealFiles final : public Files {
   void MakeFolder(const std::string& path) override {
     if (::CreateDirectoryW(WideText(path).c_str(), nullptr)) return;
     const DWORD error = ::GetLastError();
-    // The statement has no number of its own for a name that is taken.
+    // The statement has no number of its own for an existing name.
     if (error == ERROR_ALREADY_EXISTS) throw MakeFault(kPathFileAccessError);
     throw FaultOfSystemError(error);
   }

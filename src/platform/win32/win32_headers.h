@@ -1,4 +1,4 @@
-// windows.h, the small way. Only the files of this folder include it.
+// windows.h, reduced. Only the files of this folder include it.
 #pragma once
 
 #ifndef WIN32_LEAN_AND_MEAN
@@ -15,7 +15,7 @@
 // Needs windows.h before it.
 #include <shellapi.h>
 
-// The seam's methods bear the names of the calls, which windows.h and shellapi.h define as macros.
+// The seam's methods have the names of the calls, which windows.h and shellapi.h define as macros.
 #undef CreateFile
 #undef CreateMutex
 #undef FindFirstFile
@@ -39,7 +39,7 @@
 #include "platform/fault.h"
 #include "text/wide_text.h"
 
-// The fault that belongs to a system error number of a failed statement.
+// Returns the fault for the system error number of a failed statement.
 Fault FaultOfSystemError(DWORD error);
 
 // Returns a system function that the oldest Windows lacks, or null there.

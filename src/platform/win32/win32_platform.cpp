@@ -16,7 +16,7 @@ void PrepareProcess() {
   const auto setDllDirectory = LookUp<SetDllDirectoryFunction>(L"kernel32.dll", "SetDllDirectoryW");
   if (setDllDirectory != nullptr) setDllDirectory(L"");
 
-  // A current folder on the stick is an open handle there, and the volume couldn't be locked.
+  // A current folder on the stick is an open handle there; the volume couldn't be locked.
   wchar_t folder[MAX_PATH] = L"";
   if (::GetSystemDirectoryW(folder, MAX_PATH) != 0) ::SetCurrentDirectoryW(folder);
 }

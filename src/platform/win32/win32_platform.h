@@ -14,6 +14,6 @@ Clock* Win32Clock();
 
 Platform Win32Platform();
 
-// Makes the process fit to work on a stick: no system boxes for empty readers, libraries from the
-// system folder only, and a current folder that keeps no stick busy. Once, before anything else.
+// Prepares the process for work on a stick: no system boxes for empty readers, libraries from the
+// system folder only, and a current folder that keeps no stick busy. To be called once, first.
 void PrepareProcess();

@@ -3,8 +3,8 @@
 
 namespace {
 
-// The child started last. Its handles stay open until the next one, so that its identifier can't
-// pass to a stranger, and a child that has ended already can still be opened.
+// The child started last. Its handles stay open until the next one starts, so that its identifier
+// isn't reused and a child that has already ended can still be opened.
 struct Child {
   std::uint32_t id = 0;
   HANDLE process = nullptr;
@@ -17,8 +17,8 @@ struct Child {
   }
 };
 
-// Puts the suspended process into a job of its own. Windows before 8 refuses that to a program that
-// runs inside a job itself; the child then stands alone.
+// Puts the suspended process into its own job. Windows before 8 refuses that to a program that
+// itself runs in a job; the child is then without one.
 HANDLE JobOf(HANDLE process) {
   const HANDLE job = ::CreateJobObjectW(nullptr, nullptr);
   if (job == nullptr || ::AssignProcessToJobObject(job, process)) return job;
@@ -26,7 +26,7 @@ HANDLE JobOf(HANDLE process) {
   return nullptr;
 }
 
-// The null device, to be inherited. Every other handle of this process was made without that.
+// The null device, inheritable. No other handle of this process is.
 class NullDevice {
  public:
   NullDevice() = default;
@@ -34,7 +34,7 @@ class NullDevice {
   NullDevice(const NullDevice&) = delete;
   NullDevice& operator=(const NullDevice&) = delete;
 
-  // A hidden child's question would never be seen or answered: its input is at its end at once.
+  // Nobody could see or answer a question of a hidden child, so its input is empty.
   void GiveTo(STARTUPINFOW& startup) const {
     if (handle_ == INVALID_HANDLE_VALUE) return;
     startup.dwFlags |= STARTF_USESTDHANDLES;

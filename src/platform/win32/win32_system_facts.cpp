@@ -4,12 +4,12 @@
 namespace {
 
 std::string ProgramPath() {
-  wchar_t path[MAX_PATH + 1] = L"";  // one longer: the call doesn't end a full buffer with a NUL
+  wchar_t path[MAX_PATH + 1] = L"";  // one more: the call doesn't end a full buffer with a NUL
   ::GetModuleFileNameW(nullptr, path, MAX_PATH);
   return NarrowText(path);
 }
 
-// What a call has put into the buffer. A count beyond it is the size that would have been needed.
+// What a call has put into the buffer. A larger count is the size that it needs.
 std::string Filled(const std::wstring& buffer, DWORD count) {
   return count < buffer.size() ? NarrowText({buffer.data(), count}) : "";
 }
@@ -25,7 +25,7 @@ class RegistryKey {
   RegistryKey(const RegistryKey&) = delete;
   RegistryKey& operator=(const RegistryKey&) = delete;
 
-  // A text, or a number as text. One that is neither is the empty text.
+  // A text, or a number as text. Empty if it is neither.
   [[nodiscard]] std::optional<std::string> Value(const std::wstring& name) const {
     DWORD type = 0, bytes = 0;
     const auto query = [&](BYTE* data) {
