@@ -90,7 +90,7 @@ void Combo1_Click() {
   const bool read = ReadOrTell(MYDRIVE, 0);
   Picked_Drive_no = Physical_Drive_no;
   if (!read) return;
-  GetDriveLetter(Picked_Drive_no);  // for its effect: vol1 to vol4 are those of this drive
+  GetDriveLetter(Picked_Drive_no);  // sets vol1 to vol4 to this drive's
   const bool swappable = MediaKind == kRemovableMedia && EntriesMayBeSwapped();
   if (SectorFlags.HasGrub4dos) {
     ListFiles();

@@ -38,14 +38,14 @@ std::string Milliseconds(const DateTime& t) {
 }
 
 void RotateLog() {
-  // The folder ends in a backslash already; the platform reads two as one.
+  // The folder already ends in a backslash; the platform reads two as one.
   const std::string rotated =
       TempFolder + "\\Rotate_TSD_" + Stamp("%04d%02d%02d_%02d%02d%02d", Sys.clock->Now()) + ".log";
   Sys.files->FileCopy(LogPath(), rotated);
   Sys.files->FileDelete(LogPath());
 }
 
-// Counts the line, and rotates where it is due. False: the line is not to be written.
+// Counts the line, and rotates the log when due. False: the line must not be written.
 bool CountLine() {
   if (LogLineCount <= kLinesBeforeRotation) {
     ++LogLineCount;
@@ -59,7 +59,7 @@ bool CountLine() {
       return true;
     } catch (const Fault& fault) {
       if (fault.number == kPathNotFound && !folderMade) {
-        // Once only: a folder that can't be made would otherwise be tried for ever.
+        // Only once: a folder that can't be made would otherwise be tried forever.
         folderMade = true;
         const Routine quietly;
         MakeFolder(TempFolder);

@@ -1,6 +1,6 @@
 // The log: a text file in the temp folder, off until the user turns it on. WriteLog appends a line
 // "yyyy-mm-dd HH:nn:ss.mmm" TAB message CR LF to TempFolder + "Rotate_TSD.log". After 60001 lines
-// the log is copied to a name with the date and begun anew.
+// the log is copied to a name with the date and restarted.
 #pragma once
 
 #include <cstdint>

@@ -27,7 +27,7 @@ bool EndsProgram(UserEvent event) {
   return event == UserEvent::cmdExit_Click || event == UserEvent::Form_QueryUnload;
 }
 
-// What reaches the top of an event routine is reported like any other failure.
+// A failure that reaches the top of an event routine is reported like any other.
 void RunRoutine(UserEvent event) {
   const EventRoutine& routine = RoutineOf(event);
   const Routine me(ReportLayout::MainWindow, routine.name);
@@ -78,7 +78,7 @@ void OnUserEvent(UserEvent event) {
   {
     const ActionGuard guard;
     RunRoutine(event);
-    // Clicks that waited in the queue while the thread was blocked belong to this action's time.
+    // Clicks queued while the thread was blocked were made during this action: they are dropped.
     if (!EndsProgram(event)) DoEvents();
   }
   if (PendingEnd) {

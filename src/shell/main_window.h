@@ -3,12 +3,12 @@
 
 #include "platform/toolkit.h"
 
-// The window's outer size at load, in twips, to which Form_Resize goes back. Set by start-up.
+// The window's outer size at load, in twips, which Form_Resize restores. Set by start-up.
 extern float FormHeight;
 extern float FormWidth;
 
-// Hands a user event to its event routine. While an action runs every further event is dropped,
-// but for a close or Exit, which is carried out when the action has ended. Nothing escapes.
+// Passes a user event to its event routine. While an action runs every further event is dropped,
+// except for a close or Exit, which is carried out after the action. No failure escapes.
 void OnUserEvent(UserEvent event);
 
 void Form_QueryUnload();
@@ -17,5 +17,5 @@ void cmdHelp_Click();
 void cmdExit_Click();
 void Label2_Click();
 
-// Back to no action under way. For the program's fresh state.
+// Resets to no action in progress. For the program's fresh state.
 void ForgetActions();

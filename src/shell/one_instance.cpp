@@ -14,17 +14,17 @@ constexpr std::uint32_t kPause = 100;
 constexpr int kMostLooks = 50;      // for a start-up that shows nothing yet
 constexpr int kMostWindows = 5000;  // the order may change during the walk
 
-// A mutex ends with the process that holds it, whichever way that ends. Another user's can't be
-// opened, and that user has a temp folder of his own.
+// A mutex ends with the process that holds it, however that ends. Another user's mutex can't be
+// opened, and that user has another temp folder.
 bool OtherRuns(Handle mutex) {
   return mutex != kNoHandle && Sys.processes->WaitForSingleObject(mutex, 0) == kWaitTimeout;
 }
 
-// What there is to be worked with: the box that is open, else the window. 0: nothing is shown yet.
+// What the user can work with: the open box, else the window. 0: nothing is shown yet.
 WindowHandle FrontWindow(WindowHandle frame) {
   Desktop& desktop = *Sys.desktop;
   if (desktop.IsWindowVisible(frame)) return desktop.GetLastActivePopup(frame);
-  // The boxes of start-up belong to no window.
+  // The boxes of start-up have no owner.
   const std::uint32_t process = desktop.GetWindowThreadProcessId(frame);
   WindowHandle window = desktop.GetWindow(desktop.GetDesktopWindow(), kGwChild);
   for (int i = 0; window != 0 && i < kMostWindows; ++i) {

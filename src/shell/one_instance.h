@@ -1,6 +1,6 @@
-// One running program for each logon: a second one would share its files in the temp folder.
+// One running program per logon: a second one would share its files in the temp folder.
 #pragma once
 
-// True: no other one runs, or nothing can be learned of it. False: this one has to end. The other
-// one has been brought to the front then, or a box has said that it doesn't answer.
+// True: no other instance runs, or it can't be determined. False: this one must end; the other one
+// has been brought to the front, or a box has reported that it doesn't answer.
 bool IsOnlyInstance();

@@ -41,7 +41,7 @@ void FindVersion() {
                       : 0;
 }
 
-// The size at load is the one that Form_Resize goes back to.
+// Form_Resize restores the size at load.
 void KeepSizeAndCentre() {
   Toolkit& window = *Sys.toolkit;
   FormHeight = window.FormHeight();
@@ -62,13 +62,13 @@ std::string LongTempFolder() {
   return Sys.facts->GetLongPathName(Sys.facts->GetTempPath(kPathBuffer), kPathBuffer);
 }
 
-// Others may write to the temp folder, so from here on the copy is held, and looked at.
+// Others may write to the temp folder, so the copy is held and checked from here on.
 bool CopyIsOurs() {
   MyCloseHandle(ToolCopyHandle);
   return ToolIsAt(GFE_Path) && HoldToolCopy(ToolInProgramFolder());
 }
 
-// Falls back to the root of C: where the temp folder won't take the tool.
+// Falls back to the root of C: if the temp folder won't take the tool.
 void RequireToolCopy() {
   if (CopyIsOurs()) return;
   MsgBox({.title = "Copy GFE file to TMP failed",
@@ -80,7 +80,7 @@ void RequireToolCopy() {
   if (!CopyIsOurs()) Sys.processes->EndProcess();
 }
 
-// Windows PE keeps its temp folder on a RAM disk, where no tool can say a place.
+// Windows PE keeps its temp folder on a RAM disk, which has no places that a tool could find.
 bool TempIsOnPeDrive() {
   const std::string folder = UpperCase(TempFolder);
   return Contains(folder, "X:\\") || Contains(folder, "A:\\") || Contains(folder, "B:\\");
@@ -105,7 +105,7 @@ void ShowNoRights() {
           .icon = Icon::Stop});
 }
 
-// The tool, run on itself, has to say where its own file lies.
+// The tool, run on itself, must find where its own file lies.
 void TestRights() {
   if (TempIsOnPeDrive()) return;
   Measured.FStartSectors = 0;

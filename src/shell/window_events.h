@@ -20,7 +20,7 @@ struct EventRoutine {
   void (*run)();
 };
 
-// One row a control that can be worked.
+// One row per control that can be worked.
 struct ControlRow {
   Control control;
   Gesture gesture;
@@ -63,7 +63,7 @@ constexpr std::array kFormRows = std::to_array<EventRoutine>({
     {UserEvent::Form_Resize, "Form_Resize", Form_Resize},
 });
 
-// What the toolkit is to raise.
+// What the toolkit raises.
 constexpr std::array<ControlEvent, kControlRows.size()> kControlEvents = [] {
   std::array<ControlEvent, kControlRows.size()> events{};
   std::transform(kControlRows.begin(), kControlRows.end(), events.begin(), [](const auto& row) {
