@@ -1,8 +1,8 @@
 // Prints where a file lies on the physical disk: getFileExtents.exe "E:\folder\file".
 //
-// A result is printed only after it has been proved, at the file's first and last block: the volume
+// A result is printed only after it has been proved at the file's first and last block: the volume
 // holds there what the disk holds, and the file shows the same, as far as it was ever written.
-// Whatever else happens prints one line that is no result, and the exit code is 1.
+// Anything else prints one line that is no result, with exit code 1.
 #include <cstring>
 
 #include "platform/win32/library_search.h"
@@ -37,13 +37,13 @@ BY_HANDLE_FILE_INFORMATION FactsOf(const Opened& file) {
   return facts;
 }
 
-// The length of a file of the volume at root whose data lies on the disk as it is read.
+// The length of a file whose data lies unchanged on the disk, on the volume at root.
 std::uint64_t FitLength(const Opened& file, const std::string& root) {
   const BY_HANDLE_FILE_INFORMATION facts = FactsOf(file);
   for (const UnfitAttribute& unfit : kUnfit) {
     if ((facts.dwFileAttributes & unfit.bit) != 0) throw Refusal{unfit.why};
   }
-  // A link to a folder elsewhere leads to a file whose run list counts on another volume.
+  // A link may lead to a file on another volume, whose run list doesn't count on this one.
   const Opened folder(root, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
   if (FactsOf(folder).dwVolumeSerialNumber != facts.dwVolumeSerialNumber) {
     throw Refusal{"the path leads to another volume"};
@@ -51,7 +51,7 @@ std::uint64_t FitLength(const Opened& file, const std::string& root) {
   return std::uint64_t{facts.nFileSizeHigh} << 32 | facts.nFileSizeLow;
 }
 
-// "E:\" for a path on that volume. A folder that another volume is mounted on would mislead.
+// "E:\" for a path on that volume. Not the mount point of another volume, which would mislead.
 std::string RootOf(const std::string& path) {
   const bool absolute = path.size() > 3 && path[1] == ':' && path[2] == '\\';
   if (!absolute) throw Refusal{"the path must begin with a drive letter, a colon and a backslash"};
@@ -72,10 +72,10 @@ const Extent& ExtentAt(const std::vector<Extent>& extents, std::uint64_t fileOff
   return *found;
 }
 
-// What a proof looks at. The offsets count bytes; all reads are of one sector of the volume at its
-// own place, so that none crosses the end of the volume or of the disk.
+// What a proof looks at. Offsets are in bytes; all reads are of one sector of the volume at its own
+// place, so that none crosses the end of the volume or the disk.
 struct Evidence {
-  const Opened& file;  // past all caches: the file system then writes out what it holds back
+  const Opened& file;  // uncached: the file system then writes out what it holds back
   const Opened& volume;
   const Opened& disk;
   std::uint64_t volumeStart;
@@ -89,8 +89,8 @@ bool VolumeIsDisk(const Evidence& e, std::uint64_t volumeOffset) {
          std::memcmp(fromVolume.Data(), fromDisk.Data(), e.sector) == 0;
 }
 
-// Another program may write there between the two reads, so a difference is looked at again; one
-// that stays is there for every file of the volume, and waiting doesn't help.
+// Another program may write there between the two reads, so a difference is read again. One that
+// stays affects every file of the volume, and waiting doesn't help.
 void RequireVolumeIsDisk(const Evidence& e, std::uint64_t volumeOffset) {
   if (VolumeIsDisk(e, volumeOffset) || VolumeIsDisk(e, volumeOffset)) return;
   throw Refusal{"the disk holds other data than " + e.volume.Path() +
@@ -108,8 +108,7 @@ bool FileIsDisk(const Evidence& e, std::uint64_t volumeOffset, std::uint64_t fil
          ShowsWhatLiesThere(fromFile.Data(), fromDisk.Data(), bytes);
 }
 
-// A file that was just written may still be on its way to the disk, so a difference between it and
-// the disk gets time.
+// A file just written may still be on its way to the disk, so a difference is given time.
 void Prove(const Evidence& e, const std::vector<Extent>& extents, std::uint64_t fileBytes) {
   for (const std::uint64_t fileOffset : {std::uint64_t{0}, (fileBytes - 1) / e.sector * e.sector}) {
     const Extent& extent = ExtentAt(extents, fileOffset);
@@ -126,8 +125,8 @@ void Prove(const Evidence& e, const std::vector<Extent>& extents, std::uint64_t 
   }
 }
 
-// The order of the questions matters to callers: first whether the file system has such places at
-// all, then whether this user may look, then what is special about this file.
+// Callers rely on the order of the checks: first whether the file system has such places at all,
+// then whether this user may look, then what is special about this file.
 std::string ExtentsOf(const std::string& path) {
   const std::string root = RootOf(path);
   const Opened file(path, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
@@ -156,8 +155,8 @@ std::string ExtentsOf(const std::string& path) {
   return ExtentsText(placed.extents);
 }
 
-// Past the run-time library, which would turn each line end into CR CR LF. A console shows every
-// letter; a file gets UTF-8, whatever the code page is.
+// Bypasses the run-time library, which would turn each line end into CR CR LF. On a console all
+// letters show; a file gets UTF-8, whatever the code page.
 bool Print(const std::string& text) {
   const HANDLE out = ::GetStdHandle(STD_OUTPUT_HANDLE);
   DWORD written = 0, mode = 0;
@@ -190,7 +189,7 @@ int wmain(int argc, wchar_t** argv) {
       text = ExtentsOf(path);
       found = true;
     } catch (const Refusal& refusal) {
-      // Callers drop a text without the word "offset" unread.
+      // Callers ignore a text without the word "offset".
       text = "No disk offset of " + path + ": " + refusal.why + "\r\n";
     }
   }

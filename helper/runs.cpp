@@ -36,7 +36,7 @@ VolumeLayout ReadExFat(const std::uint8_t* sector) {
           Little(sector + 72, 8) * sectorBytes};
 }
 
-// A count of sectors per cluster above 128 is the negative of a power of two.
+// The sectors per cluster; a value above 128 is the negative exponent of a power of two.
 std::uint64_t NtfsSectorsPerCluster(std::uint8_t value) {
   if (value <= 128) return value;
   const unsigned shift = 256u - value;
@@ -69,7 +69,7 @@ VolumeLayout ReadFat(const std::uint8_t* sector) {
 bool ReadBootSector(const std::uint8_t* bootSector, VolumeLayout& layout) {
   if (bootSector[510] != 0x55 || bootSector[511] != 0xAA) return false;
   const auto named = [&](const char* name) { return std::memcmp(bootSector + 3, name, 8) == 0; };
-  // FAT has no name of its own at this place; what is neither of the others must read as one.
+  // FAT has no name at this place: what is neither of the others must parse as FAT.
   const VolumeLayout found = named("NTFS    ")   ? ReadNtfs(bootSector)
                              : named("EXFAT   ") ? ReadExFat(bootSector)
                                                  : ReadFat(bootSector);
@@ -116,7 +116,7 @@ Placement PlaceFile(const std::vector<Run>& runs, const VolumeLayout& layout,
   Placement placed;
   std::uint64_t vcn = 0;
   for (const Run& run : runs) {
-    if (vcn >= needed) break;  // room kept past the file's end
+    if (vcn >= needed) break;  // allocated beyond the file's end
     if (run.startVcn < 0 || static_cast<std::uint64_t>(run.startVcn) != vcn ||
         run.nextVcn <= run.startVcn) {
       return {{}, "the runs of the file don't follow each other"};

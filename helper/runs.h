@@ -1,4 +1,4 @@
-// From what a file system tells of a file to places on the physical disk. Pure: no system call.
+// From a file system's data about a file to places on the physical disk. Pure: no system calls.
 //
 // Units: a cluster is a fixed number of bytes of the volume; a VCN counts clusters of the file, an
 // LCN clusters of the volume from its first cluster; all byte offsets are of the volume or the disk
@@ -22,8 +22,8 @@ struct VolumeLayout {
   std::uint64_t volumeBytes = 0;
 };
 
-// Reads NTFS, exFAT, FAT32, FAT16 and FAT12. False: none of them, or numbers that can't be; layout
-// is then unchanged. bootSector holds 512 bytes.
+// Reads NTFS, exFAT, FAT32, FAT16 and FAT12. False: none of them, or impossible numbers; layout is
+// then unchanged. bootSector holds 512 bytes.
 bool ReadBootSector(const std::uint8_t* bootSector, VolumeLayout& layout);
 
 // One run as FSCTL_GET_RETRIEVAL_POINTERS returns it.
@@ -32,9 +32,9 @@ struct Run {
   std::int64_t lcn;  // -1: nothing on the disk
 };
 
-// Takes a RETRIEVAL_POINTERS_BUFFER (winioctl.h) of bytes bytes apart and appends its runs that lie
-// at or after startVcn. The system may begin before the VCN asked for: a run that begins there is
-// cut. False: the buffer doesn't add up; runs is then unchanged.
+// Decodes a RETRIEVAL_POINTERS_BUFFER (winioctl.h) of bytes bytes and appends its runs from
+// startVcn on. The system may begin before the VCN asked for: the run there is then cut. False: the
+// buffer is inconsistent; runs is then unchanged.
 bool AppendRuns(const std::uint8_t* buffer, std::size_t bytes, std::int64_t startVcn,
                 std::vector<Run>& runs);
 
@@ -44,9 +44,9 @@ struct Placement {
   std::string problem;          // why there are none; empty after a success
 };
 
-// True: what a file shows in a block is what the disk holds there. Zeros at the block's end are
-// left out of it: past the length to which a file was ever written the system shows zeros, and the
-// disk holds whatever lay there before.
+// True: what a file shows in a block is what the disk holds there. Zeros at the block's end aren't
+// compared: beyond the length to which a file was ever written the system shows zeros, and the disk
+// holds older data.
 bool ShowsWhatLiesThere(const std::uint8_t* shown, const std::uint8_t* onDisk, std::size_t bytes);
 
 // Turns the runs of a file of fileBytes into extents of the disk on which the volume begins at byte

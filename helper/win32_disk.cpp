@@ -7,7 +7,7 @@ namespace extents_tool {
 
 namespace {
 
-// Control codes and structures of winioctl.h, by hand where Windows XP's headers lack them.
+// Control codes and structures of winioctl.h, defined here where Windows XP's headers lack them.
 constexpr DWORD kFsctlGetRetrievalPointers = 0x90073;
 constexpr DWORD kFsctlGetRetrievalPointerBase = 0x90234;
 constexpr DWORD kIoctlVolumeGetVolumeDiskExtents = 0x560000;
@@ -42,7 +42,7 @@ bool IsUnknownRequest(DWORD error) {
   return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
 }
 
-// The start of the partition, where the system answers that.
+// The start of the partition, if the system reports it.
 bool PartitionStart(const Opened& volume, std::uint64_t& start) {
   alignas(8) std::uint8_t info[kPartitionInfoSize];
   DWORD error = 0;
@@ -135,11 +135,11 @@ std::vector<Run> RunsOfFile(const Opened& file) {
       return runs;
     }
     if (IsUnknownRequest(error)) {
-      // These very words are looked for by callers.
+      // Callers look for these exact words.
       throw Refusal{"getNextTranslation: Incorrect function"};
     }
     if (!last && error != ERROR_MORE_DATA) throw Failed("can't get the runs of the file", error);
-    // After ERROR_MORE_DATA some systems report no size, though the buffer is full.
+    // After ERROR_MORE_DATA some systems report no size although the buffer is full.
     const std::size_t filled = returned != 0 ? returned : buffer.size();
     if (!AppendRuns(buffer.data(), filled, vcn, runs)) {
       throw Refusal{"the system's list of the file's runs doesn't add up"};

@@ -26,8 +26,8 @@ class Opened {
   // Sends a control code without input. False: the system refused; error says why.
   bool Ask(DWORD code, void* out, DWORD outSize, DWORD& error) const;
 
-  // Reads bytes at offset, both multiples of the sector size, past all caches where the handle was
-  // opened so. Returns how many there were.
+  // Reads bytes at offset, both multiples of the sector size, uncached if the handle was opened so.
+  // Returns how many were read.
   std::size_t ReadAt(std::uint64_t offset, std::uint8_t* data, std::size_t bytes) const;
 
   [[nodiscard]] HANDLE Get() const { return handle_; }
@@ -38,7 +38,7 @@ class Opened {
   HANDLE handle_;
 };
 
-// A buffer for unbuffered reads: it begins on a page.
+// A page-aligned buffer for unbuffered reads.
 class PageBuffer {
  public:
   explicit PageBuffer(std::size_t bytes);
