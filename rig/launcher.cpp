@@ -1,7 +1,7 @@
 // Starts a program with a library in it: launcher LIBRARY PROGRAM [ARGUMENTS]. The library is
 // loaded before the program's first statement; the program's file is not changed. Returns the
-// program's exit code. As getFileExtents.exe it stands for the extents tool, which other programs
-// start: library and program come from the environment then.
+// program's exit code. Under the name getFileExtents.exe it stands in for the extents tool, which
+// other programs start: library and program then come from the environment.
 #include <windows.h>
 
 #include <cstdio>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// For whoever looks at a run that failed: what the tool says elsewhere, the program swallows.
+// For the analysis of failed runs: the program swallows the tool's other output.
 void Tell(const char* what, unsigned long number) {
   FILE* file = fopen("C:\\rotate\\launcher.txt", "a");
   if (file == nullptr) return;
@@ -23,7 +23,7 @@ int Fail(const char* what) {
   return 95;
 }
 
-// True: the library is in the process and has taken its place.
+// True: the library is in the process and has installed its hooks.
 bool LoadInto(HANDLE process, const std::wstring& library) {
   const SIZE_T bytes = (library.size() + 1) * sizeof(wchar_t);
   void* text = VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
@@ -41,7 +41,7 @@ bool LoadInto(HANDLE process, const std::wstring& library) {
   return loaded != 0;
 }
 
-// Takes the first argument off a command line, as it stands.
+// Takes the first argument off a command line, quotes included.
 std::wstring Next(const wchar_t*& text) {
   const wchar_t* begin = text;
   for (bool quoted = false; *text != 0 && (quoted || *text != ' '); ++text) {

@@ -1,4 +1,4 @@
-// A program that somebody put where it doesn't belong. It leaves a file that says it has run.
+// A program that somebody put where it doesn't belong. It leaves a file that shows it has run.
 #include <windows.h>
 
 int main() {

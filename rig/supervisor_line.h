@@ -27,7 +27,7 @@ inline SOCKET ConnectToSupervisor() {
 }
 
 // Sends one line and returns the answer without its line end. Empty: the supervisor is gone.
-// Nothing comes unasked, so all that is received belongs to this answer; it isn't taken byte by
+// Nothing comes unasked, so all that is received belongs to this answer. It isn't read byte by
 // byte, since each call goes through Wine's server and waits its turn on a busy machine.
 inline std::string AskSupervisor(SOCKET line, const std::string& question) {
   const std::string sent = question + "\n";

@@ -1,12 +1,12 @@
-// Puts calls of ours in the place of the system's, within this process.
+// Replaces system calls by our own functions within this process.
 #pragma once
 
 #include <windows.h>
 
 #include <cstring>
 
-// Of Wine's stubs, which can run anywhere: size to be copied, and first bytes. Of a jump (mov rax
-// or eax, target; jmp rax or eax): its bytes, and where among them the target goes.
+// The size to copy and the first bytes of Wine's stubs, which can run anywhere. The bytes of a jump
+// (mov rax or eax, target; jmp rax or eax), and the offset of the target in them.
 #ifdef _WIN64
 constexpr std::size_t kStub = 32;
 constexpr unsigned char kStubBegin[] = {0x4C, 0x8B, 0xD1, 0xB8};  // mov r10, rcx; mov eax, number
@@ -29,7 +29,7 @@ inline void PutJump(unsigned char* place, const void* target) {
   VirtualProtect(place, kJump, before, &before);
 }
 
-// True for a stub that a copy of runs as well as itself.
+// True for a stub of which a copy works as well.
 inline bool IsStub(const unsigned char* code) {
   if (code == nullptr || memcmp(code, kStubBegin, sizeof kStubBegin) != 0) return false;
 #ifdef _WIN64
@@ -39,7 +39,7 @@ inline bool IsStub(const unsigned char* code) {
 #endif
 }
 
-// Copies the stub of a system call to memory of ours and puts a jump to hook in its place.
+// Copies the stub of a system call to our memory and replaces it by a jump to hook.
 template <class Call>
 void Patch(const char* name, Call& original, Call hook) {
   auto* stub = reinterpret_cast<unsigned char*>(

@@ -1,6 +1,6 @@
-// Another extents tool, which a story puts beside the program: it answers what it is told. The file
-// that ROTATE_RIG_ANSWERS names has a line for each file, the end of its path, a tab, and the
-// sector to print for it in hexadecimal.
+// A substitute extents tool, which a story puts beside the program. For each file it prints what
+// the file named by ROTATE_RIG_ANSWERS says, one line per file: the end of its path, a tab, and the
+// sector in hexadecimal.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>

@@ -1,4 +1,4 @@
-// An EFI program of our own: says on COM1 that the FAT32 image was started, then halts.
+// Our EFI program: prints on COM1 that the FAT32 image was started, then halts.
 
 static void Put(char character) {
   unsigned char ready;

@@ -1,6 +1,6 @@
-; Boot code of the demo stick's MBR, 440 bytes: says who it is on COM1, loads the first sector of
-; the active entry (entry 1 if none is active) to 0:7C00 and jumps there with DS:SI at the entry.
-; It carries the mark by which the program knows a stick, and a filler that shows every lost byte.
+; Boot code of the demo stick's MBR, 440 bytes: prints its name on COM1, loads the first sector of
+; the active entry (entry 1 if none is active) to 0:7C00 and jumps there with DS:SI at the entry. It
+; carries the mark by which the program knows a stick, and a filler that reveals every lost byte.
 bits 16
 org 0x600
 

@@ -1,6 +1,6 @@
-; Boot code of a volume: its name, its hidden-sectors field and the start that the partition entry
-; tells, to COM1. Assembled with -DCODE=offset (after the parameter block), -DHIDDEN=offset (of that
-; field) and -DNAME='"text"'; the file system keeps the bytes in front of CODE and the last two of the
+; Boot code of a volume: prints its name, its hidden-sectors field and the start in the partition
+; entry on COM1. Assembled with -DCODE=offset (after the parameter block), -DHIDDEN=offset (of that
+; field) and -DNAME='"text"'; the file system keeps the bytes before CODE and the last two of the
 ; sector.
 bits 16
 org 0x7C00 + CODE
@@ -22,7 +22,7 @@ start:
   hlt
   jmp .halt
 
-; hex: EAX as eight digits.
+; hex: prints EAX as eight digits.
 hex:
   mov ecx, eax
   mov di, 8
