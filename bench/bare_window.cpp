@@ -1,5 +1,5 @@
-// A window with one control of each kind that the program's window has, and nothing behind it: what
-// such a program takes of memory before it does anything. Runs until it is ended.
+// A window with one control of each kind that the program's window has, and no code besides: the
+// memory that such a program takes before it does anything. Runs until it is ended.
 #include <windows.h>
 // Needs windows.h before it.
 #include <commctrl.h>

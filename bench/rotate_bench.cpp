@@ -1,5 +1,5 @@
-// What the program itself costs: its work on the virtual PC, where the pauses that the design
-// prescribes take no time.
+// What the program itself costs: its work on the virtual PC, where the designed pauses take no
+// time.
 #include <benchmark/benchmark.h>
 
 #include <map>
@@ -59,8 +59,8 @@ void PlainSwitch(benchmark::State& state) {
 }
 BENCHMARK(PlainSwitch)->Unit(benchmark::kMicrosecond)->Iterations(50);
 
-// Neither the calls of the system nor the time for each file may grow with the tree. 20 files a
-// folder, one in ten of them an image.
+// Neither the system calls nor the time per file may grow with the tree. 20 files per folder, one
+// in ten of them an image.
 void ImageSearch(benchmark::State& state) {
   RunningProgram program;
   const auto files = state.range(0);

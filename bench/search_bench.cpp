@@ -1,6 +1,6 @@
 // The image search and the list box as they ship, on a folder tree under a drive letter:
-// search_bench.exe D: makes one line a figure. The tree and the command interpreter's turn on it
-// are the caller's.
+// search_bench.exe D: prints one line per figure. The caller makes the tree and times the command
+// interpreter on it.
 #include <cstdio>
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Figures of the shipped executables under Wine, each beside what it is compared with.
+"""Figures of the shipped executables under Wine, each with what it is compared with.
 
-Runs on the rig. Figures of one run belong together; a busy machine makes all of them larger.
+Runs on the rig. Compare figures of one run only: a busy machine makes all of them larger.
 """
 import os
 import shutil
@@ -16,7 +16,7 @@ import prepare
 import virtual_usb
 from checks import fresh_stick, started
 
-PAUSES = 3.55  # seconds: what a plain switch waits by design (see PlainSwitch)
+PAUSES = 3.55  # seconds: the designed pauses of a plain switch (see PlainSwitch)
 FILES, FOLDERS, IMAGES = 100_000, 5_000, 1_000
 
 times = []
@@ -28,7 +28,7 @@ def timed_note(usb, line, note=virtual_usb.VirtualUsb.note):
 
 
 virtual_usb.VirtualUsb.note = timed_note
-answering = []  # seconds that each question of the program's took the rig to answer
+answering = []  # seconds that the rig took to answer each question of the program
 
 
 def timed_answer(usb, question, answer=virtual_usb.VirtualUsb.answer):
@@ -43,17 +43,17 @@ virtual_usb.VirtualUsb.answer = timed_answer
 
 
 def tool_seconds(lines):
-    """From the operation before each tool run to the program's next one after it."""
+    """Sum of the times from the operation before each tool run to the program's next one after it."""
     total = 0
     for i in range(1, len(lines)):
         if lines[i][1].startswith("runs "):
-            behind = next(at for at, line in lines[i:] if line.startswith(("number ", "box ")))
-            total += behind - lines[i - 1][0]
+            after = next(at for at, line in lines[i:] if line.startswith(("number ", "box ")))
+            total += after - lines[i - 1][0]
     return total
 
 
 def memory_of(process):
-    """Resident size of a process and the part that is its own, in MB."""
+    """Resident size of a process and its private part, in MB."""
     with open(f"/proc/{process}/smaps_rollup", encoding="utf-8") as sizes:
         text = sizes.read()
 
@@ -64,7 +64,7 @@ def memory_of(process):
 
 
 def process_of(program):
-    """The process that runs a program of the prefix, by its path there."""
+    """The process that runs a program, given by its path in the prefix."""
     for process in filter(str.isdigit, os.listdir("/proc")):
         try:
             with open(f"/proc/{process}/cmdline", "rb") as line:
@@ -76,12 +76,12 @@ def process_of(program):
 
 
 def bare_memory(environment):
-    """The same of a window that does nothing, as soon as it doesn't grow any more."""
+    """The same for a window that does nothing, once it has stopped growing."""
     program = os.path.join(ROOT, "build", "win64", "bare_window.exe")
     bare = subprocess.Popen([prepare.WINE, program], env=environment)
     try:
         before, now = None, (0, 0)
-        while now != before or now[0] < 5:  # smaller than that it is still being loaded
+        while now != before or now[0] < 5:  # below that it is still loading
             time.sleep(1)
             before, now = now, memory_of(bare.pid)
         return now
@@ -108,8 +108,8 @@ def plain_switch():
         run.robot.wait_ready()
         # Without a window manager Wine takes two seconds to close a box, so the second half counts
         # from the first operation after it.
-        behind = next(i for i, (_, line) in enumerate(times) if line.startswith("box ")) + 1
-        busy = (shown - clicked) + (times[-1][0] - times[behind][0])
+        after = next(i for i, (_, line) in enumerate(times) if line.startswith("box ")) + 1
+        busy = (shown - clicked) + (times[-1][0] - times[after][0])
         tools = tool_seconds(times)
     return {"window": window, "memory": memory, "wall": busy, "tools": tools,
             "asked": len(answering), "rig": sum(answering), "beyond": busy - PAUSES - tools}
