@@ -8,7 +8,7 @@ NET_RUN_FROM_SWAP = 0x0800
 
 
 def checksum(image, field):
-    """The checksum of a PE image whose checksum field lies at offset field (imagehlp's rule)."""
+    """The checksum of a PE image with its checksum field at offset field (imagehlp's rule)."""
     data = bytes(image[:field]) + b"\0\0\0\0" + bytes(image[field + 4:])
     data += b"\0" * (-len(data) % 2)
     total = sum(struct.unpack(f"<{len(data) // 2}H", data))

@@ -11,8 +11,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
-# Windows XP is the oldest system; newer calls are looked up by name at run time. No path of the
-# building machine may reach the executables, so that two builds give the same bytes.
+# Windows XP is the oldest system; newer calls are looked up by name at run time. The executables
+# contain no path of the building machine, so that two builds have the same bytes.
 get_filename_component(ROTATE_TOP ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
 set(CMAKE_CXX_FLAGS_INIT
     "-D_WIN32_WINNT=0x0501 -DWINVER=0x0501 -ffunction-sections -fdata-sections -fno-rtti -flto \

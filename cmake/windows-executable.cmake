@@ -1,5 +1,5 @@
-# How an executable of ours is linked and finished: static, stripped, movable in memory, and marked
-# to be copied to the swap file when it is started from a stick, so that the stick can be locked.
+# How our executables are linked and finished: static, stripped, relocatable, and marked to be copied
+# to the swap file when started from a stick, so that the stick can be locked.
 set(ROTATE_FINISH_EXECUTABLE ${CMAKE_CURRENT_LIST_DIR}/finish-executable.py)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 

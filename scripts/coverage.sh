@@ -1,6 +1,6 @@
 #!/bin/sh
-# Line and branch coverage of the logic by the native tests, a row a folder. Needs g++ and gcov.
-# usage: scripts/coverage.sh [build folder]     (COVERAGE_FILES=1: a row a file as well)
+# Line and branch coverage of the logic by the native tests, one row per folder. Needs g++ and gcov.
+# usage: scripts/coverage.sh [build folder]     (COVERAGE_FILES=1: also one row per file)
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build/coverage}
@@ -12,7 +12,7 @@ find "$build" -name '*.gcda' -delete  # of an earlier run
 ctest --test-dir "$build" -j2 >"$build.log" 2>&1 || tail -20 "$build.log" >&2
 tail -4 "$build.log" | grep 'tests passed' || true
 
-# Branches that only an exception takes are left out: each call would count as one.
+# Branches that only an exception takes are left out: every call would count as one.
 find "$build/src/CMakeFiles" -name '*.gcda' -exec gcov --json-format --stdout --branch-probabilities {} + |
   python3 -c '
 import collections, json, os, sys

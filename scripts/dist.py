@@ -27,7 +27,7 @@ def version():
 
 
 def release_time():
-    """Of the commit, or SOURCE_DATE_EPOCH where there is no repository."""
+    """The date of the commit, or SOURCE_DATE_EPOCH without a repository."""
     seconds = os.environ.get("SOURCE_DATE_EPOCH")
     if seconds is None:
         log = subprocess.run(["git", "-C", TOP, "log", "-1", "--format=%ct"], text=True,

@@ -29,7 +29,7 @@ def point(angle, radius):
 
 
 def arrow(start, end, radius, width, head):
-    """A clockwise band from angle start to end, and a head of the given length in degrees."""
+    """A clockwise arrow: a band from angle start to end, and a head of the given length in degrees."""
     steps = [start + (end - start) * i / 24 for i in range(25)]
     band = [point(angle, radius + width / 2) for angle in steps]
     band += [point(end, radius + 1.5 * width), point(end + head, radius),
@@ -56,7 +56,7 @@ def program_icon(size):
 
 
 def restore_icon(_size):
-    """One arrow round a disk entry: the way back."""
+    """One arrow around a disk entry: the restore."""
     return (arrow(-130, 140, 22, 8, 40) +
             f"stroke none fill {BODY} roundrectangle 24,24 40,40 3,3 ")
 

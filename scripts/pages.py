@@ -13,7 +13,7 @@ TOP = pathlib.Path(__file__).resolve().parent.parent
 PAGES = {"README.md": "README.html", "docs/guide.md": "guide.html",
          "docs/security.md": "security.html", "CHANGELOG.md": "CHANGELOG.html"}
 OTHERS = {"LICENSE": "LICENSE.txt"}
-FOR_DEVELOPERS = "\n## For developers\n"  # from here on README.md speaks of the sources
+FOR_DEVELOPERS = "\n## For developers\n"  # README.md describes the sources from here on
 
 STYLE = """
 body { font: 16px/1.5 "Segoe UI", Verdana, sans-serif; max-width: 60em; margin: 1em auto;
@@ -46,7 +46,7 @@ FRAME = """<!DOCTYPE html>
 
 
 def slug(heading, taken):
-    """The anchor that the usual Markdown viewers give a heading."""
+    """The anchor that the usual Markdown viewers make for a heading."""
     text = html.unescape(re.sub(r"<[^>]*>", "", heading)).lower()
     anchor = re.sub(r"[^\w\- ]", "", text).replace(" ", "-")
     number = taken.get(anchor, 0)
@@ -55,7 +55,7 @@ def slug(heading, taken):
 
 
 def target(link, source):
-    """Where a link of a source file leads in the package."""
+    """The target in the package of a link in a source file."""
     if link.startswith(("#", "https:")):
         return link
     path, mark, anchor = link.partition("#")
@@ -72,7 +72,7 @@ def picture(link, source):
 
 
 def page(source, release):
-    """The finished page of a Markdown file; release stands in its first lines."""
+    """The finished page of a Markdown file, with release in its first lines."""
     text = (TOP / source).read_text(encoding="utf-8").split(FOR_DEVELOPERS)[0]
     body = subprocess.run(["cmark-gfm", "--extension", "table"], input=text, text=True,
                           encoding="utf-8", check=True, capture_output=True).stdout

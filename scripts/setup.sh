@@ -1,7 +1,7 @@
 #!/bin/sh
-# Installs what a task needs from Debian's packages: setup.sh GROUP...
+# Installs the Debian packages that a task needs: setup.sh GROUP...
 # Groups: compiler, native, x64, windows, dist, wine, stories, debootstrap, boot, format, tidy. As
-# root it installs what is missing; otherwise it says what is missing and fails.
+# root it installs what is missing; otherwise it lists what is missing and fails.
 set -eu
 
 packages() {

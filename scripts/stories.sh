@@ -1,6 +1,6 @@
 #!/bin/sh
-# Whole runs of an executable under Wine: stories.sh x64|x86 [STORY...]. The x64 one runs under the
-# host's Wine, the x86 one under Wine 10. The executables are those of 'make windows'.
+# Whole runs of an executable under Wine: stories.sh x64|x86 [STORY...]. The x64 executable runs under
+# the host's Wine, the x86 one under Wine 10. 'make windows' builds them.
 set -eu
 cd "$(dirname "$0")/.."
 export ROTATE_ARCHITECTURE="${1:?x64 or x86}"

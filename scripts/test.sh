@@ -28,8 +28,8 @@ quiet() {
   fi
 }
 
-# counted NAME COMMAND...: a stage that ends with its own "N passed, N failed"; collect NAME counts it,
-# so that stages can run side by side.
+# counted NAME COMMAND...: a stage that ends with its own "N passed, N failed"; collect NAME adds up its
+# counts, so that stages can run side by side.
 counted() {
   name=$1
   shift
@@ -58,7 +58,7 @@ unit() {
   count $(($3 - $2)) "$2"
 }
 
-# The same sources give the same bytes, in whichever folder they are built.
+# The same sources make the same bytes, whichever folder they are built in.
 same_bytes() {
   for preset in win64 win32; do
     rm -rf "build/again-$preset"
@@ -77,7 +77,7 @@ same_package() {
     done
 }
 
-# All that needs no window, with its totals in build/log/checks-count.
+# Everything without a window; the totals go to build/log/checks-count.
 checks() (
   passed=0
   failed=0
@@ -91,7 +91,7 @@ checks() (
   echo "$passed $failed" >build/log/checks-count
 )
 
-# Both executables in their window, and what their sticks do when they are booted.
+# Both executables in a window, and the boots of their sticks.
 stories() {
   if ! wait "$wine10"; then
     cat build/log/wine10.log
@@ -110,7 +110,7 @@ stories() {
   collect boot
 }
 
-# skip REASON STAGE: not in a CI run, where every stage has to run.
+# skip REASON STAGE: fails in a CI run, where every stage must run.
 skip() {
   if [ "${CI:-}" = true ]; then
     echo "FAIL $2: $1"
@@ -128,7 +128,7 @@ if [ "$(id -u)" -ne 0 ] || [ ! -e /dev/fuse ] || [ ! -e /dev/loop-control ]; the
 elif ! scripts/setup.sh wine boot debootstrap; then
   skip "Wine, QEMU or their companions are missing" "stories under Wine, boot tests"
 else
-  # Takes minutes the first time, most of them waiting for the network.
+  # Takes minutes the first time, most of it waiting for the network.
   stories=yes
   scripts/wine10.sh setup >build/log/wine10.log 2>&1 &
   wine10=$!
@@ -140,7 +140,7 @@ for preset in win64 win32; do
     quiet "$preset-contract" cmake --build --preset "$preset" --target contract_win32
 done
 
-# The stories wait more than they work, so everything else runs beside them.
+# The stories mostly wait, so everything else runs at the same time.
 rm -f build/log/checks-count
 checks &
 beside=$!

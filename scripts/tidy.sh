@@ -1,6 +1,6 @@
 #!/bin/sh
-# The order of the rooms, clang-format and clang-tidy over everything of ours; fails on the first
-# thing that one of them says.
+# Checks the order of the rooms, and all our code with clang-format and clang-tidy; fails at the first
+# finding.
 set -eu
 cd "$(dirname "$0")/.."
 sources=$(git ls-files '*.cpp' '*.h' '*.c')

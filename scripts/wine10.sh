@@ -1,10 +1,10 @@
 #!/bin/sh
 # Wine 10, which runs x86 programs on a 64-bit Debian: the host's own, or one in a Debian 13 root.
-#   wine10.sh setup            fetches what is missing, all of it to build/wine10
+#   wine10.sh setup            fetches whatever is missing to build/wine10
 #   wine10.sh run COMMAND...   runs the command where Wine 10 is, in this folder, as root
 # No foreign architecture is added to the host: of the i386 package, only the modules for Windows
-# programs are unpacked, and WINEDLLPATH names them. What is mounted for a command in the root is
-# mounted for that command alone, so that build/ can always be deleted.
+# programs are unpacked, and WINEDLLPATH names them. Mounts for a command in the root exist for that
+# command alone, so that build/ can always be deleted.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd -P)
 store=$root/build/wine10
@@ -24,7 +24,7 @@ fail() {
   exit 1
 }
 
-# retry WHAT COMMAND...: for two minutes and a half, since a mirror may just be changing.
+# retry WHAT COMMAND...: for two and a half minutes, since a mirror may be in the middle of an update.
 retry() {
   what=$1
   shift
@@ -37,7 +37,7 @@ retry() {
     "Debian mirror: is the network there, and is the mirror whole? Try again later."
 }
 
-# How to tell unshare that what is mounted stays in its own namespace.
+# The propagation by which unshare keeps mounts in their own namespace.
 propagation() {
   if unshare --mount --propagation private true 2>/dev/null; then
     echo private
@@ -55,7 +55,7 @@ propagation() {
   echo unchanged
 }
 
-# inside ROOT COMMAND...: in a Debian root, with this folder in its place there.
+# inside ROOT COMMAND...: runs it in a Debian root, with this folder mounted at its own path.
 inside() {
   where=$1
   shift
@@ -72,7 +72,7 @@ inside() {
       PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@"' sh "$where" "$root" "$@"
 }
 
-# The host's mirror, if a bare root can read from it; else the one that debootstrap knows.
+# The host's mirror, if a bare root can read from it; else debootstrap's default.
 mirror() {
   # shellcheck disable=SC2016
   apt-get indextargets --format '$(REPO_URI)' 'Label: Debian' 2>/dev/null | grep -m 1 '^http://' || :
@@ -98,7 +98,7 @@ setup_root() {
   inside "$debian" scripts/setup.sh stories
 }
 
-# The package of the version below from the mirror's pool, by its sum alone.
+# Fetches the package of the version below from the mirror's pool, checked by its sum alone.
 fetch_known() {
   [ "$(version_here)" = '10.0~repack-6' ] || return 1
   # shellcheck disable=SC2016
@@ -125,13 +125,13 @@ APT::Architecture "i386";
 APT::Architectures:: "i386";
 APT::Sandbox::User "root";
 END
-  # The index of the i386 packages may lag behind the rest of a mirror: then the package is fetched as
-  # it is, where its sum is known.
+  # The index of the i386 packages may be older than the rest of a mirror: then the package is fetched
+  # directly, if its sum is known.
   (cd "$new" && export APT_CONFIG="$new/apt/apt.conf" && { {
     apt-get -qq update && apt-get -qq download "libwine:i386=$(version_here)"
   } || fetch_known; } && dpkg-deb -x libwine_*.deb package) || return 1
   mv "$new/package/usr/lib/i386-linux-gnu/wine/i386-windows" "$new/i386-windows"
-  # A module's part for the host's system is looked for beside it.
+  # Wine looks for the host's part of a module beside it.
   ln -s "$(dpkg -L libwine:amd64 | grep -m 1 '/x86_64-unix$')" "$new/x86_64-unix"
   rm -rf "$new/package" "$new/apt" "$new"/*.deb
   version_here >"$new/version"
@@ -139,7 +139,7 @@ END
   mv "$new" "$modules"
 }
 
-# Where Wine 10 is: its x86 side, of the same version.
+# Where Wine 10 is: fetches its x86 side, of the same version.
 setup_modules() {
   if [ "$(cat "$modules/version" 2>/dev/null)" != "$(version_here)" ]; then
     echo "Fetching Wine's modules for x86 programs"
