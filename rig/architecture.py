@@ -1,11 +1,11 @@
-"""Which of the two executables runs on the rig: ROTATE_ARCHITECTURE is x64, as by itself, or x86."""
+"""Which of the two executables runs on the rig: ROTATE_ARCHITECTURE is x64, the default, or x86."""
 
 import os
 import sys
 from collections import namedtuple
 
-# The preset that builds the executables, the compiler that builds the rig's Windows side, and the
-# bytes of a pointer, by which structures of the system differ.
+# The preset that builds the executables, the compiler that builds the rig's Windows side, and the size
+# of a pointer, which changes system structures.
 Architecture = namedtuple("Architecture", "name preset triple pointer")
 KNOWN = {known.name: known for known in (
     Architecture("x64", "win64", "x86_64-w64-mingw32", 8),
@@ -13,5 +13,5 @@ KNOWN = {known.name: known for known in (
 
 _name = os.environ.get("ROTATE_ARCHITECTURE", "x64")
 if _name not in KNOWN:
-    sys.exit(f"ROTATE_ARCHITECTURE is {_name!r}; it has to be {' or '.join(KNOWN)}")
+    sys.exit(f"ROTATE_ARCHITECTURE is {_name!r}; it must be {' or '.join(KNOWN)}")
 CHOSEN = KNOWN[_name]

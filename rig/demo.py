@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """The real window on the demo stick. With a display a person works it; without one the robot user
-switches to an image and back, and everything that happened is printed."""
+switches to an image and back, and prints everything that happened."""
 
 import os
 import signal
@@ -27,9 +27,9 @@ def show_box(box):
 
 
 def answer_boxes(robot):
-    """Answers OK to whatever comes up until the program is at rest."""
+    """Answers OK to every box until the program is idle."""
     while True:
-        state = robot.wait("a box or rest", lambda now: now["boxes"] or robot.ask("idle 1500"))
+        state = robot.wait("a box or idling", lambda now: now["boxes"] or robot.ask("idle 1500"))
         if not state["boxes"]:
             return
         show_box(state["boxes"][0])
@@ -39,7 +39,7 @@ def answer_boxes(robot):
 def play(run):
     image = run.image
     state = run.robot.wait_ready()
-    print(f"The window \"{state['main']['title']}\" stands. Drives:")
+    print(f"The window \"{state['main']['title']}\" is open. Drives:")
     print("\n".join("    " + row for row in state["drives"]))
     print("Images on the stick:")
     print("\n".join("    " + row for row in state["images"]))

@@ -1,5 +1,5 @@
-"""One disk of the virtual USB bus: the stick behind its number, the letters that its table gives,
-and what it answers to each control code."""
+"""One disk of the virtual USB bus: the stick with its number, the letters of its volumes, and the
+answers to each control code."""
 
 import os
 import struct
@@ -17,17 +17,17 @@ CODES = {"90018": "lock", "9001C": "unlock", "90020": "dismount", "70140": "rene
 
 
 class Disk:
-    """The letters of all disks are in volumes, letter to Volume. A story may put sectors into
-    unreadable (reading fails; a write mends the sector, as on sticks that remap it), refused
-    (writing fails) and dropped (a write is acknowledged, but not done)."""
+    """volumes maps the letters of all disks to Volumes. A story may put sectors into unreadable
+    (reads fail; a write repairs the sector, as on sticks that remap it), refused (writes fail) and
+    dropped (a write is acknowledged but not done)."""
 
     def __init__(self, number, links, mounts, options, volumes, pointer):
         self.number, self.links, self.mounts, self.options = number, links, mounts, options
         self.volumes = volumes
-        self.pointer = pointer  # bytes of a pointer in the programs that ask
-        self.letter_of = {}  # start sector to the letter that a volume had: it gets it again
+        self.pointer = pointer  # size of a pointer in the program under test
+        self.letter_of = {}  # start sector to a volume's last letter, which it gets again
         self.image, self.sectors = None, 0
-        self.plugs = 0  # a handle is of no use any more when the stick behind it was pulled out
+        self.plugs = 0  # pulling the stick out invalidates its handles
         self.bus, self.removable = 7, True  # 7 is USB
         self.unreadable, self.refused, self.dropped = set(), set(), set()
 
@@ -53,7 +53,7 @@ class Disk:
         self.image = None
 
     def renumber(self, number):
-        """The same stick, with its letters, under another number."""
+        """Gives the same stick, with its letters, another number."""
         self.plugs += 1
         os.remove(self.link())
         self.number = number
@@ -71,7 +71,7 @@ class Disk:
         del self.volumes[volume.letter]
 
     def renew(self):
-        """Reads the table anew. A volume that is still there keeps its letter."""
+        """Reads the table again. A volume that is still in it keeps its letter."""
         entries = stick.table(stick.read(self.image, 0))
         wanted = {(kind, start, sectors): number for number, (kind, start, sectors, _)
                   in enumerate(entries, 1) if kind in stick.NTFS_TYPES + stick.FAT_TYPES}
@@ -89,7 +89,7 @@ class Disk:
             self.letter_of[start] = letter
             self.volumes[letter] = Volume(self, letter, number, (kind, start, sectors, False))
 
-    # What becomes of a transfer: "" for what the image answers.
+    # The outcome of a transfer: "" to let the image answer.
 
     def reading(self, lba):
         return IO_ERROR if lba in self.unreadable else ""
@@ -103,7 +103,7 @@ class Disk:
         return ""
 
     def held_mounted(self, lba):
-        """As on Windows, a raw write inside a volume that is mounted and not locked is refused."""
+        """Windows refuses a raw write inside a volume that is mounted and not locked."""
         return any(volume.start <= lba < volume.start + volume.sectors and volume.mounted and
                    volume.locked_by is None for volume in self.own())
 

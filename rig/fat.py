@@ -1,5 +1,5 @@
-"""Where files lie on FAT and exFAT volumes, from the volumes' own tables. Mtools reads a FAT; exFAT's
-tables are read here. The names are those of exFAT's documentation."""
+"""Where files lie on FAT and exFAT volumes, from the volumes' own tables. Mtools reads a FAT; this file
+reads exFAT's tables. The names are those of exFAT's documentation."""
 
 import os
 import re
@@ -9,11 +9,11 @@ import stick
 
 EXFAT_CODE, EXFAT_HIDDEN = 120, 64  # in exFAT's boot record: boot code, and the partition's start
 FILE, STREAM, NAME = 0x85, 0xC0, 0xC1  # directory entries
-NO_FAT_CHAIN = 2  # of a stream: its clusters follow each other, and the FAT says nothing of them
+NO_FAT_CHAIN = 2  # stream flag: the clusters are contiguous, and the FAT doesn't hold them
 
 
 def data_area(boot):
-    """Bytes of a cluster, and the byte of the volume at which the first one begins."""
+    """The size of a cluster, and the offset of the first one in the volume, in bytes."""
     if stick.file_system(boot) == stick.EXFAT:
         sector = 1 << boot[108]
         return sector << boot[109], struct.unpack_from("<I", boot, 88)[0] * sector
@@ -45,7 +45,7 @@ class ExFat:
         return found
 
     def entries(self, clusters):
-        """Of a folder: name to (flags of the stream, first cluster, bytes)."""
+        """The entries of a folder: name to (stream flags, first cluster, bytes)."""
         data = b"".join(self.bytes_at(self.first + (cluster - 2) * self.cluster, self.cluster)
                         for cluster in clusters)
         found, stream, name = {}, None, b""
@@ -62,7 +62,7 @@ class ExFat:
         return found
 
     def find(self, path):
-        """The flags of a file's stream, and its clusters."""
+        """A file's stream flags and its clusters."""
         flags, clusters = 0, self.chain(self.root)
         for part in path.split("/"):
             known = {name.upper(): facts for name, facts in self.entries(clusters).items()}
@@ -74,7 +74,7 @@ class ExFat:
 
 
 def shown_by_mtools(device, path):
-    """The clusters of a file on a FAT: mshowfat prints "::/path <4-90> <95>"."""
+    """The clusters of a file on FAT: mshowfat prints "::/path <4-90> <95>"."""
     text = stick.run("mshowfat", "-i", device, "::/" + path)
     found = []
     for first, last in re.findall(r"<(\d+)(?:-(\d+))?>", text):
@@ -84,21 +84,21 @@ def shown_by_mtools(device, path):
 
 def clusters_of(device, path):
     with open(device, "rb") as file:
-        os.fsync(file.fileno())  # what the driver wrote must be on the disk, where the runs lead
+        os.fsync(file.fileno())  # what the driver wrote must be on the disk, where the runs point
         if stick.file_system(file.read(stick.SECTOR)) == stick.EXFAT:
             return ExFat(file).find(path)[1]
     return shown_by_mtools(device, path)
 
 
 def is_chained(device, path):
-    """Whether a file on exFAT has its clusters in the FAT."""
+    """Whether the FAT of an exFAT volume holds the file's clusters."""
     with open(device, "rb") as file:
         return not ExFat(file).find(path)[0] & NO_FAT_CHAIN
 
 
 def cluster_runs(device, path):
-    """The file's pieces as (first cluster of the file, the one after the last, cluster of the
-    volume). The volume's first cluster, which its tables call 2, is 0 here, as in a run list."""
+    """The file's extents as (first cluster of the file, the one after the last, cluster of the
+    volume). The volume's first cluster, 2 in its tables, is 0 here, as in a run list."""
     runs = []
     for index, cluster in enumerate(clusters_of(device, path)):
         if runs and runs[-1][2] + index - runs[-1][0] == cluster - 2:
@@ -109,7 +109,7 @@ def cluster_runs(device, path):
 
 
 def file_runs(device, path, volume_start):
-    """The same in (byte offset, LBA of the disk, sectors)."""
+    """The same as (byte offset, LBA of the disk, sectors)."""
     cluster, first = data_area(stick.read(device, 0))
     return [(begin * cluster, volume_start + (first + place * cluster) // stick.SECTOR,
              (end - begin) * cluster // stick.SECTOR)
@@ -117,12 +117,12 @@ def file_runs(device, path, volume_start):
 
 
 def sign_exfat(image, start):
-    """After a change of an exFAT volume's boot record: renews the checksum of the boot region and the
-    backup of the region."""
+    """Renews the checksum and the backup of an exFAT volume's boot region after a change of its boot
+    record."""
     region = bytearray(stick.read(image, start, 11))
     total = 0
     for at, byte in enumerate(region):
-        if at not in (106, 107, 112):  # these change without it
+        if at not in (106, 107, 112):  # not part of the checksum
             total = ((total << 31 | total >> 1) + byte) & 0xFFFFFFFF
     region += struct.pack("<I", total) * (stick.SECTOR // 4)
     stick.write(image, start, region)

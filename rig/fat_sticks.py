@@ -1,6 +1,6 @@
-"""Makes of a copy of the demo stick one whose main volume is FAT32 or exFAT, with images of the demo
-stick on it in one piece and PIECES in two. The first cluster begins off the size of one, so that a
-place is right only if it is to the sector."""
+"""Turns a copy of the demo stick into one whose main volume is FAT32 or exFAT, with contiguous images
+of the demo stick and PIECES in two extents. The first cluster isn't aligned to the cluster size, so
+that a place is right only if it is exact to the sector."""
 
 import os
 import struct
@@ -12,7 +12,7 @@ import stick
 
 START, SECTORS = make_stick.MAIN_START, make_stick.MAIN_SECTORS
 CHAINED, PIECES = "_ISO/MULTI/Chained.volPAK", "_ISO/MULTI/Pieces.volPAK"
-PART = 9 * 4096  # bytes, of PIECES
+PART = 9 * 4096  # bytes of each extent of PIECES
 TYPE = {stick.FAT32: 0x0C, stick.EXFAT: 0x07, stick.NTFS: 0x07}
 
 
@@ -31,7 +31,7 @@ class MainVolume:
 
 
 def pattern(count):
-    """No two clusters alike: the bytes say where they belong."""
+    """Content in which all clusters differ and name their offset."""
     return b"".join(b"%16d" % at for at in range(count // 16))
 
 
@@ -53,7 +53,7 @@ def require_places(device, names):
     require("pieces", pieces, [1] * len(names) + [2])
 
 
-# FAT32: its driver only reads, so mtools writes the files.
+# FAT32: the driver is read-only, so mtools writes the files.
 
 def put(device, name, data):
     with tempfile.NamedTemporaryFile() as file:
@@ -63,7 +63,7 @@ def put(device, name, data):
 
 
 def search_from_the_start(device):
-    """From now on mtools puts a file at the first free cluster, not after the last that it took."""
+    """Makes mtools put the next file at the first free cluster, not after the last one taken."""
     with open(device, "r+b") as file:
         record = bytearray(file.read(2 * stick.SECTOR)[stick.SECTOR:])
         require("the mark of FSInfo", bytes(record[484:488]), b"rrAa")
@@ -98,7 +98,7 @@ def make_fat32(image, images):
         stick.run("fsck.vfat", "-n", device)
 
 
-# exFAT: each file by a mount of its own, which puts it at the first free place.
+# exFAT: each file in a separate mount, which puts it at the first free place.
 
 def add(image, folder, name, data, mode="wb"):
     with stick.Mounted(image, folder, START, SECTORS):
@@ -121,8 +121,8 @@ def fill_exfat(image, folder, images):
 
 
 def make_exfat(image, images):
-    """images: name to bytes. CHAINED, which has to be the last, has a FAT chain, as a file has that
-    was ever in two pieces; the others have none."""
+    """images: name to bytes. CHAINED, which must be the last, has a FAT chain, like any file that was
+    ever fragmented; the others have none."""
     set_type(image, stick.EXFAT)
     with MainVolume(image) as device:
         stick.run("mkfs.exfat", "-L", "TSD exFAT Ü", "-c", "32K", "-b", "512", device)

@@ -2,9 +2,9 @@
 """Makes the demo stick: make_stick.py STICK. Every file system on it is a real one.
 
 Entry 1 is the NTFS volume with the image files, entry 2 a small FAT volume. The images:
-  RESCUE  NTFS with the files of a menu volume, a name with blanks
-  UEBUNG  FAT32 with the same files and an EFI program, a name with umlauts
-  EXT     a file system that the program has to ask the type of
+  RESCUE  NTFS with the files of a menu volume; the name has blanks
+  UEBUNG  FAT32 with the same files and an EFI program; the name has umlauts
+  EXT     a file system whose type the program must ask for
   PACK    NTFS with a companion and a fourth file
 """
 
@@ -34,7 +34,7 @@ NTFS_CODE, FAT32_CODE = 0x54, 0x5A
 
 
 def code(source, *defines):
-    """Assembled boot code of ours."""
+    """Our boot code, assembled."""
     with tempfile.NamedTemporaryFile() as out:
         stick.run("nasm", "-f", "bin", *defines, "-I", BOOT + "/", os.path.join(BOOT, source), "-o",
                   out.name)
@@ -42,8 +42,8 @@ def code(source, *defines):
 
 
 def put_boot_code(image, start, offset, name, hidden=28):
-    """Our boot code into a volume's boot record, after its parameter block, which has the hidden
-    sectors at the byte given."""
+    """Writes our boot code into a volume's boot record, after its parameter block, whose hidden-sectors
+    field is at offset hidden."""
     record = bytearray(stick.read(image, start))
     record[offset:510] = code("volume.asm", f"-DCODE={offset}", f"-DNAME='{name}'",
                               f"-DHIDDEN={hidden}")
@@ -87,7 +87,7 @@ def fat32_image(path, label, work):
 
 
 def make_images(work):
-    """Image files by their place on the stick, in the order in which they must lie."""
+    """Image files by their path on the stick, in the order that they must have on the disk."""
     paths = {}
     for name in (RESCUE, UEBUNG, EXT, PACK, COMPANION, FOURTH):
         paths[name] = os.path.join(work, f"image{len(paths)}")
@@ -109,7 +109,7 @@ def write_table(path):
 
 
 def fill_main(folder, images):
-    # The images start beyond the first 65536 sectors of the disk, as on a well filled stick.
+    # The images start beyond the first 65536 sectors of the disk, as on a well-filled stick.
     with open(os.path.join(folder, "filler.bin"), "wb") as file:
         file.write(b"\xf1" * (48 << 20))
     for name in MARKERS:
@@ -124,12 +124,12 @@ def fill_main(folder, images):
 
 
 def check_places(folder):
-    """One piece each, beyond the near start; companion after image, fourth file after both."""
+    """All contiguous and beyond the near start; companion after image, fourth file after both."""
     places = {}
     for name in (RESCUE, UEBUNG, EXT, PACK, COMPANION, FOURTH):
         pieces = stick.file_runs(os.path.join(folder, name), MAIN_START)
         if len(pieces) != 1:
-            raise RuntimeError(f"{name} lies in {len(pieces)} pieces")
+            raise RuntimeError(f"{name} has {len(pieces)} extents")
         places[name] = pieces[0][1]
     in_order = places[PACK] < places[COMPANION] < places[FOURTH]
     if not in_order or min(places.values()) <= 65536:

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Pictures of the window with a full list and of each kind of box, at 100, 150 and 200 % scaling, to
-be looked at after a change of the window: pictures.py [FOLDER], build/rig/pictures if none is given.
+"""Takes pictures of the window with a full list and of each kind of box, at 100, 150 and 200 % scaling,
+to look at after a change of the window: pictures.py [FOLDER], build/rig/pictures by default.
 
-Whether something is cut off or overlaps is for the eye. A box that doesn't come is an error here.
+Whether something is cut off or overlaps is for the eye. A box that doesn't open is an error here.
 """
 
 import os
@@ -21,7 +21,7 @@ TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
 
 
 def add(image, name, size, at=0):
-    """Each piece by a mount of its own, which puts it after what is there."""
+    """Adds each extent in a separate mount, which puts it after the existing files."""
     with stick.Mounted(image, own("look"), make_stick.MAIN_START,
                     make_stick.MAIN_SECTORS) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
@@ -44,19 +44,19 @@ def full_stick(image):
 
 
 class Camera:
-    """Takes what the program shows, cut to what isn't the bare desktop."""
+    """Takes pictures of what the program shows, without the bare desktop around it."""
 
     def __init__(self, run, folder, dpi):
         self.run, self.folder, self.dpi = run, folder, dpi
 
     def take(self, name):
-        time.sleep(0.5)  # painted once the messages after it are handed out
+        time.sleep(0.5)  # it is painted after the messages still in the queue
         path = os.path.join(self.folder, f"{name}-{self.dpi * 100 // 96}.png")
         self.run.picture(path)
         stick.run("convert", path, "-trim", "+repage", path)
 
     def box(self, name, command, answer="OK"):
-        """The box that follows a command to the robot."""
+        """Takes the box that a command to the robot opens."""
         self.run.robot.wait_ready()
         self.run.robot.do(command)
         self.run.robot.wait(f"the box for {name}", lambda state: state["boxes"])
@@ -67,7 +67,7 @@ class Camera:
 def play(run, camera):
     robot = run.robot
     images = robot.wait_ready()["images"]
-    robot.do("pointer 1599 1199")  # else the tip of what lies under it covers the window
+    robot.do("pointer 1599 1199")  # away from the controls, whose tool tips would cover the window
     robot.do("focus")
     camera.take("window")
 
@@ -101,7 +101,7 @@ def main():
         run = ProgramRun(os.path.join(RIG, "pictured"), image, screen="1600x1200x24", dpi=dpi)
         with run:
             play(run, Camera(run, folder, dpi))
-    print(f"The pictures lie in {folder}.")
+    print(f"The pictures are in {folder}.")
 
 
 if __name__ == "__main__":

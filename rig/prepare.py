@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""What runs on the rig start from: its Windows side, a pristine prefix, the demo stick. As a program
-it makes the parts that need compilers, for a run in a Debian root that has none."""
+"""Makes what runs on the rig start from: its Windows side, a pristine prefix, the demo stick. Run as a
+program it makes the parts that need compilers, for a run in a Debian root without them."""
 
 import contextlib
 import fcntl
@@ -14,7 +14,7 @@ import stick
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.realpath(os.path.join(HERE, ".."))
 ALL = os.path.join(ROOT, "build", "rig")
-RIG = os.path.join(ALL, architecture.CHOSEN.name)  # of one architecture: runs of both go on at once
+RIG = os.path.join(ALL, architecture.CHOSEN.name)  # one per architecture: both may run at once
 BIN = os.path.join(RIG, "bin")
 STICK = os.path.join(ALL, "stick.img")
 PRISTINE = os.path.join(RIG, "prefix")
@@ -23,7 +23,7 @@ MODULES = os.path.join(ROOT, "build", "wine10", "modules")  # Wine's x86 side; s
 WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
              if os.path.exists(path)), "wine64")
 SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
-FAR_OFF = 300  # seconds, for a wait that only a fault lets come to its end, on however busy a machine
+FAR_OFF = 300  # seconds; even on a busy machine a wait lasts that long only after a fault
 _held = []
 
 
@@ -36,7 +36,7 @@ def hold(path):
 
 
 def make_rig():
-    """The rig's Windows side and the demo stick, where they are missing or old."""
+    """Makes the rig's Windows side and the demo stick if they are missing or outdated."""
     with contextlib.closing(hold(os.path.join(ALL, "lock"))):
         stick.run(os.path.join(HERE, "build.sh"), BIN, architecture.CHOSEN.triple)
         parts = [os.path.join(HERE, name) for name in ("make_stick.py", "stick.py")]
@@ -48,7 +48,7 @@ def make_rig():
 
 
 def prepare():
-    """Makes all that is missing. One run of an architecture at a time: the folder is held until the
+    """Makes whatever is missing. One run per architecture at a time: the folder is locked until the
     process ends."""
     make_rig()
     _held.append(hold(os.path.join(RIG, "lock")))
@@ -58,7 +58,7 @@ def prepare():
 
 
 def make_prefix():
-    """Anew after another version of Wine was installed, which its last file names."""
+    """Makes the prefix again if another version of Wine made it; made-by names the version."""
     made_by, version = os.path.join(PRISTINE, "made-by"), stick.run(WINE, "--version")
     if os.path.exists(made_by):
         with open(made_by, encoding="utf-8") as file:
@@ -73,12 +73,12 @@ def make_prefix():
 
 
 def own(name):
-    """The path of a folder that is this process's own: stories run side by side."""
+    """The path of a folder private to this process: stories run side by side."""
     return os.path.join(RIG, "own", f"{os.getpid()}-{name}")
 
 
 def copy_prefix(prefix):
-    # Links are enough for all but the registry, which the server writes in place.
+    # Hard links do for all but the registry, which the server writes in place.
     stick.run("cp", "-al", PRISTINE, prefix)
     for name in os.listdir(PRISTINE):
         if name.endswith(".reg"):
@@ -87,7 +87,7 @@ def copy_prefix(prefix):
 
 
 def wine_environment(prefix, **more):
-    """Without a debugger, whose box would keep a program that crashed from ending."""
+    """Without a debugger, whose box would keep a crashed program from ending."""
     if architecture.CHOSEN.name == "x86":
         more["WINEDLLPATH"] = MODULES
     return dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all", LC_ALL="C.UTF-8",

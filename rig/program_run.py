@@ -13,10 +13,10 @@ from virtual_usb import VirtualUsb
 
 
 class ProgramRun:
-    """with ProgramRun(folder, stick image) as run: the program runs and the robot looks at it.
-    Everything that was started ends with the block, whatever happened in it. The further images
-    are in from the start too. With places, the ends of paths to sectors, the extents tool is
-    another one, which prints these."""
+    """with ProgramRun(folder, stick image) as run: the program runs and the robot works it.
+    Everything that was started ends with the block, whatever happens in it. The further images are
+    plugged in from the start too. With places (ends of paths to sectors) a substitute extents tool
+    prints these."""
 
     def __init__(self, folder, image, program=None, display=None, writable=False,
                  screen="1024x768x24", dpi=96, further=(), places=None):
@@ -71,7 +71,7 @@ class ProgramRun:
         self.launched = self.launch()
 
     def launch(self):
-        """Starts the program, also once more."""
+        """Starts the program, or a second instance of it."""
         self.children.append(subprocess.Popen(self.command, env=self.environment, cwd=self.place,
                                               stdin=subprocess.DEVNULL))
         return self.children[-1]
@@ -80,12 +80,12 @@ class ProgramRun:
         return self.launched is not None and self.launched.poll() is not None
 
     def display(self):
-        ready, told = os.pipe()
+        ready, written = os.pipe()
         server = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(told), "-screen", "0",
-             self.screen, "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
+            ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(written), "-screen", "0",
+             self.screen, "-nolisten", "tcp"], pass_fds=[written], stderr=subprocess.DEVNULL)
         self.children.append(server)
-        os.close(told)
+        os.close(written)
         with os.fdopen(ready) as pipe:
             return ":" + pipe.readline().strip()
 
@@ -93,12 +93,12 @@ class ProgramRun:
         return os.path.join(self.folder, "places.txt")
 
     def tell_places(self, places):
-        """What the other extents tool prints from now on."""
+        """Sets what the substitute extents tool prints from now on."""
         with open(self.answers(), "w", encoding="utf-8") as file:
             file.writelines(f"{end}\t{lba:X}\n" for end, lba in places.items())
 
     def extents(self, path):
-        """What the extents tool prints of a file, and its exit code."""
+        """What the extents tool prints for a file, and its exit code."""
         done = subprocess.run([WINE, "C:\\rotate\\getFileExtents.exe", path], env=self.environment,
                               stdin=subprocess.DEVNULL, capture_output=True, timeout=FAR_OFF)
         return done.stdout.decode("utf-8", "replace"), done.returncode
@@ -108,13 +108,13 @@ class ProgramRun:
                        capture_output=True)
 
     def tell(self):
-        """What a story that failed leaves to look at."""
-        told = os.path.join(self.folder, "prefix", "drive_c", "rotate", "launcher.txt")
-        if os.path.exists(told):
-            with open(told, encoding="utf-8") as file:
+        """Prints the evidence of a failed story."""
+        report = os.path.join(self.folder, "prefix", "drive_c", "rotate", "launcher.txt")
+        if os.path.exists(report):
+            with open(report, encoding="utf-8") as file:
                 print(f"The launcher says: {file.read().rstrip()}")
-        print("The program " + ("runs." if self.launched.poll() is None else "has ended."))
-        print("\n".join(["The journal's end:", *self.usb.journal[-12:]]))
+        print("The program " + ("is running." if self.launched.poll() is None else "has ended."))
+        print("\n".join(["The end of the journal:", *self.usb.journal[-12:]]))
 
     def __exit__(self, *failure):
         if failure and failure[0] is not None:
@@ -131,7 +131,7 @@ class ProgramRun:
 
 
 def set_density(prefix, dpi):
-    """Into the registry of a prefix that no server has open."""
+    """Writes the density into the registry of a prefix that no server has open."""
     path = os.path.join(prefix, "user.reg")
     with open(path, encoding="latin-1") as file:
         text = file.read()

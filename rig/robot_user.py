@@ -1,4 +1,4 @@
-"""The robot user: works the program's window and says what it shows."""
+"""The robot user: works the program's window and reports what it shows."""
 
 import json
 import os
@@ -9,8 +9,8 @@ from prepare import BIN, FAR_OFF, WINE
 
 
 class Robot:
-    """The robot user. Waits look until the thing is there, and fail with what there was instead.
-    The journal is the stick's: it tells whether the program is at work."""
+    """The robot user. A wait polls for the expected state and fails with the state found instead.
+    The journal is the stick's: it shows whether the program is working."""
 
     def __init__(self, environment, journal, ended):
         self.journal, self.ended = journal, ended
@@ -39,7 +39,7 @@ class Robot:
         return {"boxes": boxes, "drives": state.get("drives"), "images": state.get("images")}
 
     def wait(self, what, condition):
-        """The first state that meets the condition."""
+        """Returns the first state that meets the condition."""
         end = time.monotonic() + FAR_OFF
         while time.monotonic() < end:
             state = self.state()
@@ -51,19 +51,19 @@ class Robot:
         raise AssertionError(f"waited for {what}; the robot saw {self.seen()}")
 
     def wait_ready(self):
-        """The window stands, no box is open and the program is at rest: it answers at once, and
-        asks nothing of the stick meanwhile. An action lets the window answer now and then."""
+        """Waits until the window is open without a box and the program is idle: it answers at once,
+        without an operation on the stick in between, as an action lets the window answer too."""
         self.wait("the window", lambda state: state["main"] and not state["boxes"])
         heard, end = None, time.monotonic() + FAR_OFF
         while heard != len(self.journal):
             if time.monotonic() > end:
-                raise AssertionError(f"waited for rest; the robot saw {self.seen()}")
+                raise AssertionError(f"waited for an idle program; the robot saw {self.seen()}")
             heard = len(self.journal)
             self.idle()
         return self.wait("no box", lambda state: not state["boxes"])
 
     def idle(self):
-        """Until the program has taken every key and click out of its queue."""
+        """Waits until the program has taken every key and click out of its queue."""
         self.do(f"idle {FAR_OFF * 1000}")
 
     def expect_box(self, title):
@@ -79,8 +79,8 @@ class Robot:
         self.wait(f"{before['title']!r} to close", lambda now: before not in now["boxes"])
 
     def answer_by_key(self, key):
-        """A box takes no key in its first moments, so the key is pressed until the box is gone; not
-        before the last one has gone its way, or it would answer what comes next."""
+        """A box takes no key at first, so the key is pressed until the box is gone; each time only after
+        the last press was handled, which would otherwise answer the next box."""
         box, end = self.state()["boxes"][0], time.monotonic() + FAR_OFF
         while box in self.state()["boxes"]:
             if time.monotonic() > end:
@@ -89,8 +89,8 @@ class Robot:
             self.idle()
 
     def expect_tip(self, caption, tip):
-        """Hovers over a button until its tip is there. A tip goes away by itself after seconds, in
-        which a busy machine may not have looked, and comes again for a pointer that comes again."""
+        """Hovers over a button until its tip is shown. A tip disappears after some seconds, perhaps
+        before a busy machine has looked, and reappears when the pointer returns."""
         end = time.monotonic() + FAR_OFF
         while time.monotonic() < end:
             self.do("pointer 0 0")
@@ -119,7 +119,7 @@ class Robot:
 
 
 def box_text(box):
-    """The words of a box."""
+    """The text of a box."""
     return "\n".join(part["text"] for part in box["controls"]
                      if part["class"] == "Static" and "icon" not in part)
 

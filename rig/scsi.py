@@ -1,5 +1,5 @@
-"""SCSI_PASS_THROUGH as the system takes it from a program: the layout that its pointers' size gives,
-and every offset within the record."""
+"""SCSI_PASS_THROUGH as the system checks it: the layout for the program's pointer size, and every offset
+within the record."""
 
 import struct
 from collections import namedtuple
@@ -8,17 +8,17 @@ WRONG_REVISION, INVALID_PARAMETER, IO_ERROR = "fail C0000059", "fail C000000D", 
 READ_CAPACITY, INQUIRY = 0x25, 0x12
 DATA_IN = 1
 
-# By the bytes of a pointer. DataBufferOffset is a pointer's size: in a 64-bit record it has 8 bytes,
-# begins after a gap of 4, and moves what follows.
+# By pointer size. DataBufferOffset has that size: in a 64-bit record it has 8 bytes, starts after a
+# gap of 4, and moves what follows.
 Layout = namedtuple("Layout", "length data_place sense_place command")
 LAYOUTS = {4: Layout(44, "<20xI", "<24xI", 28), 8: Layout(56, "<24xQ", "<32xI", 36)}
 
 
 def data_offset(request, pointer):
-    """Where the record's data begin, or the status that refuses the record."""
+    """Returns the offset of the record's data, or the status that refuses the record."""
     layout, record = LAYOUTS[pointer], request.data
     if len(record) < layout.length or struct.unpack_from("<H", record)[0] != layout.length:
-        return WRONG_REVISION  # also the other layout, as on Windows
+        return WRONG_REVISION  # Windows refuses the other layout likewise
     command_bytes, sense_bytes, direction = record[6:9]
     data_bytes = struct.unpack_from("<12xI", record)[0]
     data = struct.unpack_from(layout.data_place, record)[0]
@@ -30,7 +30,7 @@ def data_offset(request, pointer):
 
 
 def answer(request, pointer, sectors, removable):
-    """What a stick answers to the capacity and to the inquiry."""
+    """What a stick answers to READ CAPACITY and INQUIRY."""
     place = data_offset(request, pointer)
     if isinstance(place, str):
         return place

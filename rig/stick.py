@@ -14,11 +14,11 @@ FAT_TYPES = (0x01, 0x04, 0x06, 0x0B, 0x0C, 0x0E)
 NTFS, EXFAT, FAT32, FAT = "NTFS", "exFAT", "FAT32", "FAT"  # as Windows names them
 
 _loops = []
-_mounts = {}  # folder to the file system's driver, where that is a child of ours
+_mounts = {}  # folder to the file system's driver, if that is our child
 
 
 def run(*command, **options):
-    """Runs a command and returns its output; a failure raises with what the command said."""
+    """Runs a command and returns its output; a failure raises with what it printed."""
     environment = dict(os.environ, LC_ALL="C.UTF-8", MTOOLS_SKIP_CHECK="1")
     done = subprocess.run(command, capture_output=True, text=True, env=environment, **options)
     if done.returncode != 0:
@@ -42,7 +42,7 @@ def detach(device):
 
 
 def file_system(boot):
-    """The name of the file system whose first sector this is; "" for none that is known here."""
+    """The name of the file system with this first sector; "" if unknown."""
     if boot[3:11] in (b"NTFS    ", b"EXFAT   "):
         return NTFS if boot[3:7] == b"NTFS" else EXFAT
     if boot[82:90] == b"FAT32   ":
@@ -51,8 +51,8 @@ def file_system(boot):
 
 
 def mount(device, folder, options="rw"):
-    """Mounts what the device holds. FAT is mounted read only, whatever the options say: its driver
-    writes unsoundly."""
+    """Mounts what the device holds. FAT is mounted read-only, whatever the options say: its driver
+    doesn't write reliably."""
     system = file_system(read(device, 0))
     if system == "":
         raise RuntimeError(f"no file system on {device}")
@@ -68,8 +68,8 @@ def mount(device, folder, options="rw"):
 
 
 def start_fat_driver(device, folder):
-    """In the foreground, so that unmount() can wait for its end, which umount doesn't. The device's
-    cache lives until the driver has closed it; a mount before that would miss raw writes."""
+    """Starts it in the foreground, so that unmount() can wait for its end, which umount doesn't. The
+    device's cache lives until the driver has closed it; an earlier mount would miss raw writes."""
     driver = subprocess.Popen(["fusefat", "-f", "-s", "-o", "ro", device, folder],
                               start_new_session=True, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -81,7 +81,7 @@ def start_fat_driver(device, folder):
 
 
 def unmount(folder):
-    """Unmounts for good, also where a file is still open: a dismount ends every handle."""
+    """Unmounts even if a file is still open: a dismount ends every handle."""
     if folder in _mounts:
         driver = _mounts.pop(folder)
         try:
@@ -96,7 +96,7 @@ def unmount(folder):
 
 @atexit.register
 def release_all():
-    """Nothing of ours stays attached, whatever happened."""
+    """Unmounts and detaches everything of ours, whatever happened."""
     for folder in list(_mounts):
         unmount(folder)
     for device in list(_loops):
@@ -104,7 +104,7 @@ def release_all():
 
 
 def release_leftovers(folder):
-    """Releases what a run that was killed outright left mounted or attached below folder."""
+    """Releases what a killed run left mounted or attached below folder."""
     with open("/proc/mounts", encoding="utf-8") as mounts:
         for place in [line.split(" ")[1] for line in mounts]:
             if place.startswith(folder + "/"):
@@ -117,7 +117,7 @@ def release_leftovers(folder):
 
 
 def images_below(folder):
-    """As a loop device knows its file: a path is another one in another root."""
+    """The images below folder by device and inode: paths differ between roots."""
     found = set()
     for at, _, names in os.walk(folder):
         for facts in (os.stat(os.path.join(at, name)) for name in names if name.endswith(".img")):
@@ -126,7 +126,7 @@ def images_below(folder):
 
 
 class Mounted:
-    """with Mounted(image, folder, start, sectors): the volume's files lie in folder."""
+    """with Mounted(image, folder, start, sectors): the volume's files are in folder."""
 
     def __init__(self, image, folder, start=0, sectors=None):
         self.image, self.folder, self.start, self.sectors = image, folder, start, sectors
@@ -142,9 +142,8 @@ class Mounted:
 
 
 def cluster_runs(path):
-    """The pieces of a file on NTFS, asked of the file system: (first cluster of the file, the one after
-    the last, cluster of the volume), the last 0 for a hole. No pieces where the data lies in the file
-    table."""
+    """The extents of a file on NTFS, from the file system: (first cluster of the file, the one after the
+    last, cluster of the volume, 0 for a hole). None if the data is in the file table."""
     runs = []
     with open(path, "rb") as file:
         os.fsync(file.fileno())
@@ -163,7 +162,7 @@ def cluster_runs(path):
 
 
 def file_runs(path, volume_start):
-    """The same in (byte offset, LBA of the disk, sectors). No pieces for a file with a hole."""
+    """The same as (byte offset, LBA of the disk, sectors). None for a file with a hole."""
     cluster = os.statvfs(path).f_bsize
     runs = cluster_runs(path)
     if any(place == 0 for _, _, place in runs):
@@ -185,7 +184,7 @@ def write(image, lba, data):
 
 
 def entry(kind, start, sectors, active=False):
-    """A table entry; its cylinder fields say "see the sector numbers", as the program's do."""
+    """A table entry; its CHS fields mean "see the sector numbers", as the program's do."""
     return struct.pack("<B3sB3sII", 0x80 if active else 0, b"\xfe\xff\xff", kind, b"\xfe\xff\xff",
                        start, sectors)
 

@@ -1,4 +1,4 @@
-"""A volume of the virtual stick that has a letter: its loop device, its links, its mount."""
+"""A volume of the virtual stick with a letter: its loop device, its links, its mount."""
 
 import os
 
@@ -7,7 +7,7 @@ import stick
 
 
 class Volume:
-    """One volume that has a letter."""
+    """One volume with a letter."""
 
     def __init__(self, disk, letter, number, entry):
         self.disk, self.letter, self.number = disk, letter, number
@@ -45,7 +45,7 @@ class Volume:
         stick.detach(self.device)
 
     def facts(self):
-        """Label, serial number and file system's name, read from the volume itself."""
+        """Label, serial number and file system name, read from the volume itself."""
         label = stick.run("blkid", "-p", "-o", "value", "-s", "LABEL", self.device).strip()
         system = self.system()
         at = {stick.NTFS: 72, stick.EXFAT: 100, stick.FAT32: 67}.get(system, 39)
@@ -58,7 +58,7 @@ class Volume:
         return stick.file_system(self.boot_record())
 
     def first_cluster(self):
-        """The sector of the volume from which its run lists count; None where there are none."""
+        """The sector of the volume from which its run lists count; None if it has none."""
         if self.system() == "":
             return None
         if self.system() == stick.NTFS:
@@ -66,15 +66,15 @@ class Volume:
         return fat.data_area(self.boot_record())[1] // stick.SECTOR
 
     def runs(self, name):
-        """A file's pieces as (first cluster of the file, the one after the last, cluster of the
-        volume), the last of which is -1 for a hole."""
+        """A file's extents as (first cluster of the file, the one after the last, cluster of the
+        volume, -1 for a hole)."""
         if self.system() != stick.NTFS:
             return fat.cluster_runs(self.device, name)
         return [(first, end, place or -1)
                 for first, end, place in stick.cluster_runs(os.path.join(self.folder, name))]
 
     def clusters(self):
-        """All clusters, free ones, sectors a cluster; None where the NTFS driver answers that."""
+        """All clusters, free clusters, sectors per cluster; None if the NTFS driver answers that."""
         if self.system() == stick.NTFS:
             return None
         cluster, first = fat.data_area(self.boot_record())
