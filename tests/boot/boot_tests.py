@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Boots the sticks that the stories left: boot_tests.py.
 
-Boot records of our own say on COM1 who they are, which hidden-sectors field they carry and which
-start the partition table told them. Under legacy firmware that is the whole way of a stick from its
-MBR to the partition's first sector; under UEFI it is an EFI program in the FAT32 image. The sticks
-that the x64 executable left are booted; those of the x86 one have to be the same byte for byte.
+Our boot records print on COM1 their name, their hidden-sectors field and the start in the partition
+table. Under legacy firmware this covers the boot from the MBR to the partition's first sector; under
+UEFI an EFI program in the FAT32 image prints. The sticks that the x64 executable left are booted; those
+of the x86 one must be identical.
 """
 
 import os
@@ -28,7 +28,7 @@ def left_by(architecture, story):
     return os.path.join(ALL, architecture, "runs", story + ".img")
 
 
-# Name, the story that left the stick, firmware, who has to come up.
+# Name, the story that left the stick, firmware, what must start.
 CASES = (
     ("the demo stick as it is made", None, "bios", "Main volume"),
     ("after the switch to the NTFS image", "switch", "bios", "Rescue menu"),
@@ -38,7 +38,7 @@ CASES = (
     ("the FAT32 image under UEFI", "keyboard", "uefi", "EFI program of the FAT32 image"),
 )
 
-# The same of sticks whose file systems each story makes anew, for both executables.
+# The same for sticks whose file systems each story makes itself, for both executables.
 MADE_ANEW = (
     ("a FAT32 stick after the switch", "fat32_switched", "bios", "UEBUNG"),
     ("a FAT32 stick after the restore", "fat32", "bios", "FAT32 stick"),
@@ -60,11 +60,11 @@ def machine(image, firmware, variables):
 
 
 def listen(serial, firmware, wanted):
-    """What comes over COM1 up to the wanted line, or to another one in its place, or to the end."""
+    """What COM1 receives up to the wanted line, another line in its place, or the end of the wait."""
     said, end = "", time.monotonic() + FAR_OFF
     while wanted not in said:
         if firmware == "bios" and said.count("\n") >= 2:
-            break  # the MBR's line, and what it started says another one
+            break  # the MBR's line, and a wrong one from what it started
         ready, _, _ = select.select([serial], [], [], max(0, end - time.monotonic()))
         more = os.read(serial.fileno(), 4096) if ready else b""
         if not more:
@@ -104,7 +104,7 @@ def fault_of(image, firmware, who):
 
 
 def difference(story):
-    """How the sticks differ that the two executables left, or None."""
+    """The difference between the sticks that the two executables left, or None."""
     try:
         stick.run("cmp", left_by("x64", story), left_by("x86", story))
     except RuntimeError as failure:

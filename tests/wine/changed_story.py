@@ -1,6 +1,5 @@
-"""The story of a stick that isn't the same any more when the user answers a question: another
-program gave it a new table, or another stick stands in its place. What was never saved is never
-replaced."""
+"""The story of a stick that has changed when the user answers a question: another program wrote a new
+table, or another stick has its number. A table that was never saved is never replaced."""
 
 import make_stick
 import stick
@@ -10,23 +9,23 @@ from extents_story import add, windows_name
 
 CHANGED = "Drive has changed!"
 IMAGE, COMPANION = "_ISO/MULTI/Order.volPAK", "_ISO/MULTI/Order"
-HEAD = 61  # the sectors before any partition: tables and copies
+HEAD = 61  # the sectors before any partition: the table and its copies
 
 
 def lay_wrong_order(image):
-    """An image whose companion lies in front of it."""
+    """Adds an image whose companion lies before it."""
     for name in (COMPANION, IMAGE):
         add(image, name, b"\xeb\x52\x90NTFS".ljust(1 << 16, b"\x5a"))
 
 
 def with_another_table(sector):
-    """As a partition tool leaves it that made a fourth partition."""
+    """The sector after a partition tool has made a fourth partition."""
     more = stick.entry(0x83, make_stick.TOTAL_SECTORS - 2048, 2048)
     return sector[:494] + more + sector[510:]
 
 
 class Sticks:
-    """Stick 1 with its images, stick 2 switched, and a third one that isn't in."""
+    """Stick 1 with its images, stick 2 switched, and a third one that isn't plugged in."""
 
     def __init__(self, place):
         self.first, self.second = fresh_stick("changed"), switched_stick("changed_2", place)
@@ -42,11 +41,11 @@ class Sticks:
 
 
 class Turn:
-    """One action up to a question, and what happens to the stick while that is open."""
+    """One action up to a question, and what happens to the stick while the question is open."""
 
     def __init__(self, run, sticks, number, begin, saves, answer="OK", then=()):
         self.run, self.sticks, self.number = run, sticks, number
-        self.begin, self.saves = begin, saves  # saves: writes LBA 60 and 30 before it asks
+        self.begin, self.saves = begin, saves  # saves: LBA 60 and 30 are written before the question
         self.answer, self.then = answer, then  # then: questions that follow
 
     def play(self, meanwhile):
@@ -103,7 +102,7 @@ def clicked(run, caption, question):
 
 
 def mended(turn):
-    """A sector 0 that can't be read before and after the question is what a restore mends."""
+    """A restore repairs a sector 0 that can't be read before and after the question."""
     turn.run.usb.disk(2).unreadable.add(0)
     turn.play(lambda: None)
     turn.run.robot.wait_ready()
@@ -114,7 +113,7 @@ def mended(turn):
 
 
 def changed_drive(place):
-    """The table or the stick changes while a question is open: nothing of it is replaced."""
+    """The table or the stick changes while a question is open: nothing is replaced."""
     sticks = Sticks(place)
     with started("changed", sticks.first, further=(sticks.second,)) as run:
         run.robot.wait_ready()

@@ -1,4 +1,4 @@
-"""What the stories check: the disk from outside, and the order of the operations on it."""
+"""Checks of the stories: the disk from outside, and the order of the operations on it."""
 
 import os
 import shutil
@@ -36,7 +36,7 @@ def started(name, image, writable=False, **more):
 
 
 def switched_stick(name, place):
-    """The demo stick as the switch to the image with a menu volume leaves it."""
+    """The demo stick after the switch to the image with a menu volume."""
     image, (start, sectors) = fresh_stick(name), place[make_stick.RESCUE]
     table = stick.read(image, 0)
     record = bytearray(stick.read(image, start))
@@ -49,7 +49,7 @@ def switched_stick(name, place):
 
 
 def places():
-    """Where the images lie, asked of the demo stick's file system: name to (start, sectors)."""
+    """Where the images lie, from the demo stick's file system: name to (start, sectors)."""
     found = {}
     probe = fresh_stick("places")
     with stick.Mounted(probe, own("look"), make_stick.MAIN_START,
@@ -64,7 +64,7 @@ def places():
 
 
 def ordered(journal):
-    """The operations whose order matters around a write; a close only where it ends a lock."""
+    """The operations whose order matters around a write; a close only if it ends a lock."""
     return [line.replace(" " + DISK, "") for line in journal
             if line.split(" ")[0] in ORDERED or line.endswith("and its lock")]
 
@@ -82,7 +82,7 @@ DISMOUNT = ("lock ?", "dismount ?", "close ? and its lock")
 
 
 def new_table(letters_before, letters_after):
-    """The order in which a new sector 0 reaches the disk and the volumes come back."""
+    """The order in which a new sector 0 reaches the disk and the volumes return."""
     return (each(letters_before, *DISMOUNT) + written(0) + ["renew"]
             + each(letters_after, "lock ?", "dismount ?") + each(letters_after, "unlock ?")
             + ["renew", "renew"])
@@ -107,7 +107,7 @@ def check_sector_0(image, before):
 
 
 def check_image(image, start, sectors):
-    """Entry 1's sectors are the image file's bytes, all but the hidden-sectors field."""
+    """Entry 1's sectors hold the image file, except for the hidden-sectors field."""
     expected = bytearray(stick.read(STICK, start, sectors))
     expected[28:32] = start.to_bytes(4, "little")
     if stick.read(image, start, sectors) != bytes(expected):
@@ -115,7 +115,7 @@ def check_image(image, start, sectors):
 
 
 def changed_sectors(image, source):
-    """The sectors of the whole disk in which two sticks differ."""
+    """The sectors in which two sticks differ, on the whole disk."""
     changed, step = [], 4096
     for first in range(0, make_stick.TOTAL_SECTORS, step):
         now, before = stick.read(image, first, step), stick.read(source, first, step)
@@ -126,18 +126,18 @@ def changed_sectors(image, source):
 
 
 def check_changed(image, sectors):
-    """These sectors of the whole disk differ from the demo stick, and no others."""
+    """On the whole disk only these sectors differ from the demo stick."""
     check("the sectors changed on the disk", changed_sectors(image, STICK), sectors)
 
 
 def check_writes(run, sectors, disk=DISK):
-    """To all disks."""
+    """Checks the writes to all disks."""
     writes = [line for line in run.usb.journal if line.split(" ")[0] in ("write", "rig-failure")]
     check("the writes of the whole run", writes, [f"write {disk} {lba}" for lba in sectors])
 
 
 def refused(run, title, *named, icon="exclamation"):
-    """A box of an action that stops; its words name what matters."""
+    """Answers the box of an action that stops, and checks that it names what matters."""
     box = run.robot.box(title, "OK")
     missing = [what for what in named if what.casefold() not in box_text(box).casefold()]
     check(f"what {title!r} doesn't name in {box_text(box)!r}", missing, [])
@@ -151,13 +151,13 @@ def cancel(run):
 
 
 def pick(run, letter):
-    """Picks the row of a letter."""
+    """Selects the row of a letter."""
     rows = [row[:2] for row in run.robot.state()["drives"]]
     run.robot.do(f"pick {rows.index(letter + ':')}")
 
 
 def plant(run, name):
-    """Puts a program beside the program, under the name of one that it starts."""
+    """Puts another program into the program's folder, under the name of one that it starts."""
     shutil.copy(os.path.join(BIN, "planted.exe"), os.path.join(run.place, name))
 
 

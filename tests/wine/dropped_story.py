@@ -1,5 +1,5 @@
-"""The story of a worn stick, which acknowledges a write and doesn't do it: each such write is a
-failed one, and the run ends or goes on as after any other."""
+"""The story of a worn stick, which acknowledges a write and loses it: the write counts as failed, and
+the run ends or goes on as after any failed write."""
 
 import make_stick
 import stick
@@ -36,7 +36,7 @@ def dropped_table(run, start, table):
 
 
 def dropped_boot_record(run, start):
-    """The table is written all the same, as after any failure to patch."""
+    """The table is written nevertheless, as after any failure to patch."""
     record = stick.read(run.image, start)
     run.usb.disk(1).dropped = {start}
     doubleclick(run, make_stick.UEBUNG)
@@ -46,7 +46,7 @@ def dropped_boot_record(run, start):
 
 
 def dropped_writes(place):
-    """Writes to LBA 60, 30, 0 and a boot record that never arrive: each is told as failed."""
+    """Writes to LBA 60, 30, 0 and a boot record that never arrive: each is reported as failed."""
     image = fresh_stick("dropped")
     table = stick.read(image, 0)
     with started("dropped", image) as run:

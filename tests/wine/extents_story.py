@@ -1,4 +1,4 @@
-"""The story of getFileExtents.exe by itself, on files that the demo stick doesn't have."""
+"""The story of getFileExtents.exe alone, on files that the demo stick doesn't have."""
 
 import os
 import struct
@@ -15,7 +15,7 @@ ONE_PIECE = (make_stick.UEBUNG, make_stick.RESCUE)
 
 
 def content(clusters, seed):
-    """No two clusters alike, on the whole stick: the bytes say where they belong."""
+    """Content whose clusters are unique on the whole stick and name their offset."""
     return b"".join(f"{seed} {index:8}\n".encode().ljust(CLUSTER, seed.encode())
                     for index in range(clusters))
 
@@ -26,7 +26,7 @@ def mounted(image):
 
 
 def add(image, name, data, at=0):
-    """Each file by a mount of its own, which puts it at the first free place: after the last."""
+    """Adds each file in a separate mount, which puts it at the first free place: after the last."""
     with mounted(image) as folder:
         with open(os.path.join(folder, name), "r+b" if at else "wb") as file:
             file.seek(at)
@@ -34,8 +34,8 @@ def add(image, name, data, at=0):
 
 
 def set_valid_length(image, name, written):
-    """Shortens how far NTFS says that a file was ever written: what lies beyond stays on the disk,
-    and the system shows zeros. Edits the file's record in the file table ([MS-FSCC] has the terms)."""
+    """Shortens a file's valid data length: what lies beyond stays on the disk, but the system shows
+    zeros. Edits the file's record in the file table ([MS-FSCC] has the terms)."""
     with mounted(image) as folder:
         number = os.stat(os.path.join(folder, name)).st_ino
     boot = stick.read(image, make_stick.MAIN_START)
@@ -50,7 +50,7 @@ def set_valid_length(image, name, written):
 
 
 def lay_unwritten(image):
-    """Files of which a part, or nothing, was ever written; returns where they lie."""
+    """Adds files that were written in part or not at all; returns where they lie."""
     for name, written in ((TAIL, 5 * CLUSTER + 700), (NEVER, 0)):
         add(image, name, content(9, "t")[:-100])
         set_valid_length(image, name, written)
@@ -67,7 +67,7 @@ def lay_unwritten(image):
 
 
 def link_target():
-    """A folder outside the stick, for a link that leads there."""
+    """A folder outside the stick, the target of a link."""
     folder = os.path.join(RIG, "elsewhere")
     os.makedirs(folder, exist_ok=True)
     with open(os.path.join(folder, "elsewhere.bin"), "wb") as file:
@@ -76,7 +76,7 @@ def link_target():
 
 
 def lay_files(image):
-    """Puts the files onto the stick; returns bytes and pieces of those that have a place."""
+    """Puts the files onto the stick; returns bytes and extents of those that have a place."""
     data = content(20, "p")[:-1234]
     add(image, PIECES, data[:7 * CLUSTER])
     add(image, "between.bin", content(3, "b"))
@@ -111,7 +111,7 @@ def check_lines(run, name, expected):
 
 
 def check_place(run, name, data, expected):
-    """The lines hold the figures expected, and the disk holds the file's bytes there."""
+    """The lines hold the expected figures, and the disk holds the file's bytes there."""
     run.usb.journal.clear()
     check_lines(run, name, expected)
     check(f"the questions for {name}", [line for line in run.usb.journal if "runs" in line],
@@ -129,7 +129,7 @@ def check_refusal(run, name, why, answer=None):
 
 
 def extents(_):
-    """The extents tool by itself: files in one piece and in two, and what it must refuse."""
+    """The extents tool alone: contiguous and fragmented files, and what it must refuse."""
     image = fresh_stick("extents")
     files = lay_files(image)
     unwritten = lay_unwritten(image)
@@ -158,8 +158,8 @@ def extents(_):
 
 
 def show_as_encrypted(volume, image):
-    """The volume's device shows another first sector than the disk, as below a file system that is
-    encrypted on its way to the disk."""
+    """Makes the volume's device show another first sector than the disk, as under encryption between
+    volume and disk."""
     shown = os.path.join(RIG, "shown.img")
     with open(shown, "wb") as file:
         boot = stick.read(image, volume.start)

@@ -1,5 +1,5 @@
-"""The stories of sticks whose main volume is FAT32 or exFAT. Where the files lie is read from the
-volume's own tables."""
+"""The stories of sticks whose main volume is FAT32 or exFAT. The volume's own tables show where the
+files lie."""
 
 import fat
 import make_stick
@@ -14,14 +14,14 @@ from robot_user import box_text
 
 
 def check_places(run, images):
-    """The tool prints what the tables say, and the disk holds the images' bytes there. Returns where
-    the images begin."""
+    """The tool prints what the tables say, and the disk holds the images' bytes there. Returns the
+    starts of the images."""
     with MainVolume(run.image) as device:
         runs = {name: fat.file_runs(device, name, START) for name in (*images, PIECES)}
     for name, pieces in runs.items():
         check_lines(run, name, pieces)
     run.usb.fault = lambda line: "fail C0000010" if line == "base E:" else None
-    check_lines(run, *next(iter(runs.items())))  # as before Windows 7: only the boot record tells
+    check_lines(run, *next(iter(runs.items())))  # as before Windows 7: only the boot record says it
     run.usb.fault = lambda line: None
     for name, data in images.items():
         (_, start, sectors), = runs[name]
@@ -66,8 +66,8 @@ def check_pieces_refused(run):
 
 
 def play(name, place, make, label, images):
-    """Switches a stick to the first of its images and back. NAME.img stays as the restore left it, and
-    NAME_switched.img as the switch did. images: name to the demo stick's name of the same bytes."""
+    """Switches a stick to the first of its images and back. Leaves NAME.img as after the restore and
+    NAME_switched.img as after the switch. images: name to the demo stick's name of the same bytes."""
     data = {new: stick.read(STICK, *place[old]) for new, old in images.items()}
     image = fresh_stick(name)
     make(image, data)
@@ -85,12 +85,12 @@ def play(name, place, make, label, images):
 
 
 def fat32(place):
-    """A FAT32 stick is switched and restored; a file in two pieces is refused."""
+    """A FAT32 stick is switched and restored; a fragmented file is refused."""
     play("fat32", place, make_fat32, "TSD FAT",
          {make_stick.UEBUNG: make_stick.UEBUNG, make_stick.RESCUE: make_stick.RESCUE})
 
 
 def exfat(place):
-    """The same with exFAT, whose files have a FAT chain or none."""
+    """The same with exFAT, for files with and without a FAT chain."""
     play("exfat", place, make_exfat, "TSD exFAT Ü",
          {make_stick.RESCUE: make_stick.RESCUE, CHAINED: make_stick.PACK})

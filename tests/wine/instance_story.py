@@ -11,8 +11,8 @@ TITLE, RUNNING = "Rotate_TSD for .volPAK files", "Rotate_TSD is already running!
 
 
 def temp_files(run):
-    """The temp folder's files and when each was last written. The walk follows no link: the user's
-    folders of a prefix are links to the home folder, in which the rig itself may lie."""
+    """The temp folder's files and when each was last written. The walk follows no links: a prefix links
+    the user's folders to the home folder, in which the rig itself may be."""
     users = os.path.join(run.folder, "prefix", "drive_c", "users")
     folders = [folder for folder, _, _ in os.walk(users) if os.path.basename(folder) == "Temp"]
     return sorted((path, os.stat(path).st_mtime_ns) for folder in folders
@@ -20,15 +20,15 @@ def temp_files(run):
 
 
 def start_again(run, meanwhile=lambda: None):
-    """A second start, which has to end by itself."""
+    """Starts the program a second time; that instance must end by itself."""
     second = run.launch()
     meanwhile()
     check("the second start's exit code", second.wait(FAR_OFF), 0)
 
 
 def start_again_early(run):
-    """While the first start shows nothing yet. On a busy machine the second one may lose patience
-    and say so; then the robot reads that."""
+    """A second start before the first one shows anything. On a busy machine it may give up with a box,
+    which the robot then answers."""
     second = run.launch()
 
     def over():
@@ -49,7 +49,7 @@ def until(what, condition):
 
 
 def second_start(_):
-    """A second start brings the first one to the front and ends, whatever the first one is doing."""
+    """A second start brings the first instance to the front and ends, whatever that is doing."""
     with started("second_start", fresh_stick("second_start")) as run:
         until("the first sign of the first start", lambda: run.usb.journal)
         start_again_early(run)

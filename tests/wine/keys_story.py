@@ -1,4 +1,4 @@
-"""Stories of a person who doesn't wait: keys pressed before anything is to be read."""
+"""Stories of an impatient user, who presses keys before there is anything to read."""
 
 import make_stick
 from checks import (COMMIT, RESTORE_QUESTION, TYPE, check, check_changed, check_writes, fresh_stick,
@@ -19,14 +19,14 @@ def select(run, name):
 
 
 def stays(run, title):
-    """The box is there, and still is when the program has taken every key out of its queue."""
+    """The box is open, and still is after the program has taken every key out of its queue."""
     run.robot.expect_box(title)
     run.robot.idle()
     return run.robot.expect_box(title)
 
 
 def impatience(_):
-    """Enter every 60 ms, and an Enter that is held: no question is answered that nobody has seen."""
+    """Enter every 60 ms, and Enter held down: no question is answered unseen."""
     image = fresh_stick("impatience")
     with started("impatience", image) as run:
         for keys in (f"hammer {ENTER} 60", f"hold {ENTER} 30"):

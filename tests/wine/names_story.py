@@ -1,5 +1,5 @@
-"""The story of names that no one code page holds, from the list to the switched table, on a system
-with a code page of one byte a letter."""
+"""The story of names that no single code page holds, from the list to the switched table, on a system
+with a one-byte code page."""
 
 import os
 
@@ -29,7 +29,7 @@ def lay_files(image):
 
 
 def log_of(run):
-    """The log's bytes, which stand in the temp folder of whichever user Wine made."""
+    """The bytes of the log in the temp folder of Wine's user, whatever its name."""
     users = os.path.join(run.folder, "prefix", "drive_c", "users")
     path = next(os.path.join(at, name) for at, _, names in os.walk(users)
                 for name in names if name == "Rotate_TSD.log")
@@ -38,7 +38,7 @@ def log_of(run):
 
 
 def every_alphabet(_):
-    """Chinese and Cyrillic names, also longer than 259 bytes: listed, measured, switched, logged."""
+    """Chinese and Cyrillic names, some over 259 bytes: listed, measured, switched, logged."""
     image = fresh_stick("every_alphabet")
     place = lay_files(image)
     with started("every_alphabet", image) as run:

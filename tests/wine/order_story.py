@@ -1,4 +1,4 @@
-"""The story of an image whose companion lies in front of it: the program asks, and moves files."""
+"""The story of an image whose companion lies before it: the program asks, and moves files."""
 
 import os
 
@@ -27,7 +27,7 @@ def contents(folder):
 
 
 def look(image):
-    """Every file of the main volume, and where the two lie: name to bytes, to (start, sectors)."""
+    """Every file of the main volume, name to bytes, and where the two lie, name to (start, sectors)."""
     with mounted(image) as folder:
         whole = contents(folder)
         pieces = {name: stick.file_runs(os.path.join(folder, name), make_stick.MAIN_START)
@@ -37,7 +37,7 @@ def look(image):
 
 
 def lay_files(image):
-    """The companion first. Both hold volumes, whose boot records the program looks at."""
+    """Adds the companion first. Both hold volumes, because the program reads their boot records."""
     for name, source in ((COMPANION, make_stick.COMPANION), (IMAGE, make_stick.PACK)):
         with mounted(image) as folder, open(os.path.join(folder, source), "rb") as file:
             data = file.read()
@@ -48,7 +48,7 @@ def lay_files(image):
 
 
 def hidden(data, start):
-    """The bytes with the hidden-sectors field that the switch gives a volume that starts there."""
+    """The bytes with the hidden-sectors field that the switch writes for a volume that starts there."""
     return data[:28] + start.to_bytes(4, "little") + data[32:]
 
 
@@ -77,7 +77,7 @@ def order_question(run, answer):
 
 
 def told_entries(run):
-    """What the last question says of the entries that hold something."""
+    """The lines of the last question about used entries."""
     return [line for line in texts(run, COMMIT) if "Start=" in line]
 
 
@@ -101,7 +101,7 @@ def refuse(image, places):
 
 
 def repair(image):
-    """Yes, and on to the switch; returns what the last question says and the raw writes' sectors."""
+    """Yes, and on to the switch; returns the last question's entries and the ended run."""
     with started("order_repair", image, writable=True) as run:
         plant(run, "cmd.exe")
         run.robot.wait_ready()
@@ -119,7 +119,7 @@ def repair(image):
 
 
 def order_repair(_):
-    """A companion in front of its image: refused twice, then moved by the system's copy command."""
+    """A companion before its image: refused twice, then moved by the system's copy command."""
     image, before = fresh_stick("order_repair"), fresh_stick("order_before")
     files, places = lay_files(image)
     stick.copy(image, before)
@@ -144,7 +144,7 @@ def order_repair(_):
 
 
 def order_held(_):
-    """The same while another program has the companion open, and lets go after the repair."""
+    """The same while another program has the companion open, and closes it after the repair."""
     image = fresh_stick("order_held")
     files, _ = lay_files(image)
     aside = COMPANION + "yyy"

@@ -1,5 +1,5 @@
-"""The story of places that can't be: another extents tool beside the program prints them, a
-partition lies over a backup sector, and a table says that the disk has a GPT."""
+"""The story of impossible places: a substitute extents tool prints them, a partition covers a backup
+sector, and a table says that the disk has a GPT."""
 
 import make_stick
 import stick
@@ -8,7 +8,7 @@ from checks import (RESTORE, SWAP, cancel, check_changed, check_writes, fresh_st
 from extents_story import windows_name
 
 BAD_START, BAD_PLACE, GPT = "Bad FStart", "Bad place of file!", "Drive has a GPT!"
-SELF = "getFileExtents.exe"  # asked about at the start, whether the rights are enough
+SELF = "getFileExtents.exe"  # measured at start-up, to test the rights
 LINUX = 0x83
 
 
@@ -17,7 +17,7 @@ def end(name):
 
 
 def ends(place):
-    """What a true tool prints."""
+    """What the real tool prints."""
     return {end(name): start for name, (start, _) in place.items()} | {SELF: 64}
 
 
@@ -31,7 +31,7 @@ def misplaced(run, place, name, start, title, *named, icon="exclamation"):
 
 
 def impossible_starts(run, place):
-    """Of two images, one with a companion, which is measured last, in its true place."""
+    """Two images, one with a companion, which is measured last and in its true place."""
     pack, rescue = make_stick.PACK, make_stick.RESCUE
     for start in (5, 30):
         misplaced(run, place, pack, start, BAD_START, icon="stop")
@@ -48,7 +48,7 @@ def add_entry(image, offset, kind, start, sectors):
 
 
 def covered_copy(run):
-    """A partition at sectors 40 to 79: LBA 60 is its own, however blank it is."""
+    """A partition at sectors 40 to 79: LBA 60 belongs to it, although blank."""
     pick(run, "G")
     run.robot.wait_ready()
     run.usb.journal.clear()
@@ -58,7 +58,7 @@ def covered_copy(run):
 
 
 def refused_gpt(run, letter, number, image, act):
-    """The table says so only now, so that the buttons are as for any other table."""
+    """The table says GPT only now, so that the buttons are enabled as for any other table."""
     pick(run, letter)
     run.robot.wait_ready()
     before = stick.read(image, 0)
@@ -71,7 +71,7 @@ def refused_gpt(run, letter, number, image, act):
 
 
 def impossible_places(place):
-    """Starts that can't be, a copy inside a partition, a GPT: nothing but a free copy is written."""
+    """Impossible starts, a copy inside a partition, a GPT: only a free copy is written."""
     first, second = fresh_stick("places_1"), fresh_stick("places_2")
     add_entry(second, 478, LINUX, 40, 40)
     third = switched_stick("places_3", place)

@@ -1,4 +1,4 @@
-"""Runs stories side by side, each in a process of its own: they wait more than they work."""
+"""Runs stories side by side, each in a separate process: they mostly wait."""
 
 import contextlib
 import multiprocessing
@@ -15,7 +15,7 @@ FORK = multiprocessing.get_context("fork")
 
 
 def play(story, place, log):
-    """In the process of a story: its words go to a file, its exit code is the verdict."""
+    """Runs in the story's process: its output goes to a file, its exit code is the verdict."""
     with open(log, "w", encoding="utf-8") as out:
         os.dup2(out.fileno(), 1)
         os.dup2(out.fileno(), 2)
@@ -23,7 +23,7 @@ def play(story, place, log):
     try:
         story(place)
         code = 0
-    except Exception:  # told to whoever looks at the failed story
+    except Exception:  # printed for the analysis of the failed story
         traceback.print_exc()
     finally:
         stick.release_all()
@@ -32,11 +32,11 @@ def play(story, place, log):
 
 
 class Stories:
-    """Starts each story when one of the places is free and the story that it follows has ended."""
+    """Starts each story when a slot is free and the story that it follows has ended."""
 
     def __init__(self, stories, follows, place, logs):
         self.waiting, self.follows, self.place, self.logs = list(stories), follows, place, logs
-        self.running = {}  # process to (story, when it began)
+        self.running = {}  # process to (story, start time)
         self.passed = self.failed = 0
 
     def run(self, at_once):
@@ -53,7 +53,7 @@ class Stories:
                 process.join()
 
     def start_one(self):
-        """Starts the first story that can start; False if there is none."""
+        """Starts the first story that may start; False if there is none."""
         ahead = self.waiting + [story for story, _ in self.running.values()]
         story = next((each for each in self.waiting if self.follows.get(each) not in ahead), None)
         if story is None:

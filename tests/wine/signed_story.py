@@ -1,5 +1,5 @@
-"""The story of a switched stick that Windows gave a new disk signature, which is the mark by which
-a switched table is known at once: the saved table stays the first one, and comes back."""
+"""The story of a switched stick on which Windows wrote a new disk signature, the mark of a switched
+table: the saved table stays the first one, and is restored."""
 
 import os
 
@@ -9,7 +9,7 @@ from checks import (RESTORE, RESTORE_QUESTION, SWAP, SWAP_QUESTION, cancel, chec
                     doubleclick, fresh_stick, pick, started)
 from extents_story import mounted
 
-IMAGE = make_stick.RESCUE + "2"  # keeps entry 2, so that the table still has a near partition
+IMAGE = make_stick.RESCUE + "2"  # keeps entry 2, so that the table still has a partition near the start
 
 
 def lay_stick(image):
@@ -28,7 +28,7 @@ def sign(image):
 
 
 def once_more(run, image, first):
-    """A further double-click on the switched stick leaves the saved tables as they are."""
+    """Another double-click on the switched stick leaves the saved tables unchanged."""
     run.usb.journal.clear()
     run.robot.doubleclick(IMAGE.replace("/", "\\"))
     cancel(run)
@@ -43,7 +43,7 @@ def agree(run, caption, question):
 
 
 def signed_anew(place):
-    """A switched stick with a new signature, also after an exchange: the first table comes back."""
+    """A switched stick with a new signature, also after a swap: the first table is restored."""
     image = fresh_stick("signed_anew")
     first = lay_stick(image)
     with started("signed_anew", image) as run:

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Whole stories with the shipped executable in a real window: stories.py [STORY...], which
-scripts/stories.sh starts. ROTATE_STORIES_AT_ONCE is how many run side by side.
+"""Whole stories with the shipped executable in a real window: stories.py [STORY...], started by
+scripts/stories.sh. ROTATE_STORIES_AT_ONCE says how many run side by side.
 
 Each story plays on its own copy of the demo stick and leaves it in build/rig/ARCHITECTURE/runs with
-the journal and a picture. The boot tests start from those sticks.
+the journal and a picture. The boot tests use those sticks.
 """
 
 import os
@@ -111,7 +111,7 @@ def way_back(_):
 
 @story
 def pack(place):
-    """An image with a companion and a fourth file, whose type the user is asked."""
+    """An image with a companion and a fourth file, for whose type the program asks."""
     image = fresh_stick("pack")
     before = stick.read(image, 0)
     start, sectors = place[make_stick.PACK]
@@ -141,7 +141,7 @@ def pack(place):
 
 @story
 def other_format(place):
-    """An image of another format: its type is typed, its boot record stays as it is."""
+    """An image of another format: the user types its type, its boot record stays unchanged."""
     image = fresh_stick("other_format")
     start, sectors = place[make_stick.EXT]
     with started("other_format", image) as run:
@@ -163,7 +163,7 @@ def other_format(place):
 
 
 def press(run, key, what):
-    """Presses a key; returns the state in which what it moves has moved."""
+    """Presses a key; returns the state after its part named what has changed."""
     before = run.robot.state()[what]
     run.robot.do(f"keys {key}")
     return run.robot.wait(f"another {what} than {before}", lambda now: now[what] not in ("", before))
@@ -220,7 +220,7 @@ def keyboard(place):
 
 @story
 def refused_write(place):
-    """A cancel, and a stick that refuses sector 0: the user is told, the old table stands."""
+    """A cancel, and a stick that refuses sector 0: a box reports it, the old table stays."""
     image = fresh_stick("refused_write")
     with started("refused_write", image) as run:
         run.robot.wait_ready()
@@ -254,7 +254,7 @@ story(names_story.every_alphabet)
 story(contract_story.contract)
 
 LONG = [order_story.order_repair, changed_story.changed_drive, places_story.impossible_places]
-FOLLOWS = {way_back: switch}  # it begins with the stick that the other one leaves
+FOLLOWS = {way_back: switch}  # it starts with the stick that the other one leaves
 
 
 def main(names):

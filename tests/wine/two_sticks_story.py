@@ -1,4 +1,4 @@
-"""The story of two sticks at once: no image of one gets into the other one's table."""
+"""The story of two sticks at once: no image of one gets into the other's table."""
 
 import os
 
@@ -11,7 +11,7 @@ OTHER_DRIVE = "File is on another drive!"
 
 
 def companions(image):
-    """Files that are companions of the first stick's images by their names alone."""
+    """Adds files that are companions of the first stick's images only by name."""
     with mounted(image) as folder:
         for name in (make_stick.EXT, make_stick.UEBUNG, make_stick.RESCUE):
             stem = os.path.splitext(os.path.basename(name))[0]
@@ -20,7 +20,7 @@ def companions(image):
 
 
 def misread(run, letter):
-    """Picks a drive that can't be read: the list keeps what it shows."""
+    """Selects a drive that can't be read: the list stays unchanged."""
     before = run.robot.state()["images"]
     pick(run, letter)
     run.robot.box("SECTOR READ FAILED", "OK")
@@ -28,14 +28,14 @@ def misread(run, letter):
 
 
 def old_row(run, *named):
-    """A double-click on an image of the first stick while the second is picked."""
+    """Double-clicks an image of the first stick while the second is selected."""
     name = windows_name(make_stick.RESCUE)
     run.robot.doubleclick(name)
     refused(run, OTHER_DRIVE, name, "E:", "Drive 1", "G:", *named)
 
 
 def two_sticks(_):
-    """Two sticks: rows left from the first are refused for the second; companions stay apart."""
+    """Two sticks: rows left from the first are refused for the second; companions stay separate."""
     first, second = fresh_stick("two_sticks"), fresh_stick("two_sticks_2")
     companions(second)
     before = fresh_stick("two_sticks_before", second)
