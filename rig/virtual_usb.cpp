@@ -8,6 +8,7 @@
 //   "more BYTES"   the same, and say that there are more (STATUS_BUFFER_OVERFLOW)
 //   "dropped"      of a write: say that it is done
 // Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to an image file.
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -17,6 +18,8 @@
 #include "system_calls.h"
 
 namespace {
+
+constexpr std::uintptr_t kPage = 4096;
 
 struct Device {
   unsigned id;
@@ -126,6 +129,7 @@ NTSTATUS WINAPI OpenExisting(HANDLE* handle, ACCESS_MASK access, OBJECT_ATTRIBUT
               [&] { return open(handle, access, attributes, io, share, options); });
 }
 
+// "read ID OFFSET BYTES BEYOND": the memory begins so many bytes beyond a page's begin.
 NTSTATUS Transfer(const char* what, TransferCall call, HANDLE handle, HANDLE event, void* apc,
                   void* context, IO_STATUS_BLOCK* io, void* data, ULONG bytes,
                   LARGE_INTEGER* offset, ULONG* key) {
@@ -136,8 +140,9 @@ NTSTATUS Transfer(const char* what, TransferCall call, HANDLE handle, HANDLE eve
   if (offset != nullptr && offset->QuadPart >= 0) {
     device->position = static_cast<unsigned long long>(offset->QuadPart);
   }
+  const auto beyond = reinterpret_cast<std::uintptr_t>(data) % kPage;
   const std::string answer =
-      Ask(what + Number(device->id) + Number(device->position) + Number(bytes));
+      Ask(what + Number(device->id) + Number(device->position) + Number(bytes) + Number(beyond));
   if (answer == "dropped") {
     device->position += bytes;
     io->Information = bytes;

@@ -16,7 +16,7 @@ import stick
 from disk import CODES, DENIED, INVALID, OK, Disk
 
 NOT_FOUND, NO_PATH, GONE = "fail C0000034", "fail C000003A", "fail C000009D"
-END, NOT_RECOGNISED = "fail C0000011", "fail C000014F"
+END, NOT_RECOGNISED, NOT_ALIGNED = "fail C0000011", "fail C000014F", "fail C000000D"
 ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"}
 
 # An open handle. The stick that stands behind disk has changed when plugs isn't the disk's.
@@ -114,7 +114,7 @@ class VirtualUsb:
             return GONE
         return getattr(self, "do_" + verb)(*words)
 
-    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 2, "write": 2, "control": 4, "seek": 1,
+    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 3, "write": 3, "control": 4, "seek": 1,
              "volume": 1, "box": 1}
 
     def logged(self, line, otherwise="pass"):
@@ -188,25 +188,28 @@ class VirtualUsb:
     def do_seek(self, number, offset):
         return self.logged(f"seek {self.named(number)} {int(offset) // stick.SECTOR}")
 
-    def do_read(self, number, offset, count):
+    def do_read(self, number, offset, count, beyond):
         opened = self.handles[number]
         injected = self.logged(f"read {opened.name} {self.sector_range(offset, count)}", "")
-        return injected or self.of_disk(opened, "reading", offset) or "pass"
+        return injected or self.of_disk(opened, "reading", offset, beyond) or "pass"
 
-    def do_write(self, number, offset, count):
+    def do_write(self, number, offset, count, beyond):
         opened = self.handles[number]
         line = f"write {opened.name} {self.sector_range(offset, count)}"
         if opened.disk and opened.disk.held_mounted(int(offset) // stick.SECTOR):
             return self.logged(line + " refused", DENIED)
-        return self.logged(line, "") or self.of_disk(opened, "writing", offset) or "pass"
+        return self.logged(line, "") or self.of_disk(opened, "writing", offset, beyond) or "pass"
 
     @staticmethod
-    def of_disk(opened, what, offset):
-        """What the disk says to a transfer by its own name; it may have gone just now."""
+    def of_disk(opened, what, offset, beyond):
+        """What the disk says to a transfer by its own name; it may have gone just now. Its driver
+        takes memory only that begins with a page, as those of some disks do."""
         if opened.disk is None or opened.name[1:2] == ":":
             return ""
         if opened.plugs != opened.disk.plugs:
             return GONE
+        if beyond != "0":
+            return NOT_ALIGNED
         return getattr(opened.disk, what)(int(offset) // stick.SECTOR)
 
     @staticmethod

@@ -158,7 +158,7 @@ std::optional<Sector> ReadSectorApart(std::int32_t drive, std::int64_t sector) {
            ") Started ----------------");
   const Handle disk = OpenDiskToRead(drive);
   if (disk == kInvalidHandle) return std::nullopt;
-  alignas(16) Sector data;  // some disks read into aligned memory only
+  Sector data;
   bool read = ReadSectorFrom(disk, sector, data);
   if (!read) read = ReadSectorFrom(disk, sector, data);
   std::ignore = Sys.devices->CloseHandle(disk);

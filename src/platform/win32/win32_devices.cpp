@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "platform/win32/scsi_record.h"
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
@@ -7,6 +9,10 @@ namespace {
 HANDLE Native(Handle handle) {
   return reinterpret_cast<HANDLE>(handle);
 }
+
+// Some disks read into and write from memory only that begins with a page. What is asked of a raw
+// disk has room here; larger transfers come with memory of their own.
+alignas(4096) std::uint8_t page[4096];
 
 class RealDevices final : public Devices {
  public:
@@ -25,15 +31,19 @@ class RealDevices final : public Devices {
   bool ReadFile(Handle handle, std::uint8_t* data, std::uint32_t bytes,
                 std::uint32_t& transferred) noexcept override {
     DWORD count = 0;
-    const bool ok = ::ReadFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
+    std::uint8_t* const memory = bytes <= sizeof page ? page : data;
+    const bool ok = ::ReadFile(Native(handle), memory, bytes, &count, nullptr) != FALSE;
     transferred = ok ? count : 0;
+    if (memory == page) std::memcpy(data, page, transferred);
     return ok;
   }
 
   bool WriteFile(Handle handle, const std::uint8_t* data, std::uint32_t bytes,
                  std::uint32_t& transferred) noexcept override {
     DWORD count = 0;
-    const bool ok = ::WriteFile(Native(handle), data, bytes, &count, nullptr) != FALSE;
+    const bool fits = bytes <= sizeof page;
+    if (fits) std::memcpy(page, data, bytes);
+    const bool ok = ::WriteFile(Native(handle), fits ? page : data, bytes, &count, nullptr) != FALSE;
     transferred = ok ? count : 0;
     return ok;
   }
