@@ -18,10 +18,12 @@ void Close_Windows_By_Title(const std::string& prefix) {
   if (prefix.empty()) return;
   WindowHandle window = Sys.desktop->GetWindow(Sys.desktop->GetDesktopWindow(), kGwChild);
   while (window != 0) {
+    // Asked for first: a window that has closed has no next one.
+    const WindowHandle next = Sys.desktop->GetWindow(window, kGwHwndNext);
     if (GetWindowTitle(window).starts_with(prefix) && IsTaskWindow(window)) {
       std::ignore = Sys.desktop->PostMessage(window, kWmClose);
     }
-    window = Sys.desktop->GetWindow(window, kGwHwndNext);
+    window = next;
   }
 }
 

@@ -32,10 +32,10 @@ WindowHandle VirtualDesktop::GetWindow(WindowHandle window, std::uint32_t relati
   const Step step = machine_.Begin(Op::Desktop, "window", std::to_string(relation));
   if (!machine_.End(step, !step.Refused(), machine_.plan.error)) return 0;
   if (window == kDesktop) return relation == kGwChild ? From(0) : 0;
-  if (relation == kGwHwndNext && window >= kFirst) {
+  const VirtualWindow* found = At(window);
+  if (relation == kGwHwndNext && found != nullptr) {
     return From(static_cast<std::size_t>(window - kFirst) + 1);
   }
-  const VirtualWindow* found = At(window);
   return relation == kGwOwner && found != nullptr && found->owned ? kSomeOwner : 0;
 }
 
