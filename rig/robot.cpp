@@ -10,6 +10,8 @@
 //   type TEXT          put TEXT into the topmost box's text field
 //   focus              bring the window to the front
 //   minimise           as the button in the window's frame does
+//   density DPI        say that the window has come to a screen of that density
+//   endsession         say that the session ends
 //   freeze, thaw       stop the window's thread, and let it go on
 //   pointer X Y        put the mouse pointer there, in pixels of the screen
 //   hover CAPTION      put the mouse pointer onto a button or check box
@@ -199,6 +201,7 @@ std::string State() {
     json += ",\"drive\":" + std::to_string(static_cast<int>(Send(combo, CB_GETCURSEL)));
     json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT);
     json += ",\"image\":" + std::to_string(static_cast<int>(Send(list, LB_GETCURSEL)));
+    json += ",\"extent\":" + std::to_string(static_cast<int>(Send(list, LB_GETHORIZONTALEXTENT)));
     json += ",\"focus\":" + Json(FocusText(found.main));
     json += ",\"minimised\":" + std::string(IsIconic(found.main) ? "true" : "false");
     json += ",\"blocked\":" + std::string(IsWindowEnabled(found.main) ? "false" : "true");
@@ -330,6 +333,21 @@ bool Open(const std::string& path) {
   return Opened != INVALID_HANDLE_VALUE;
 }
 
+// The message's rectangle is read in the program's memory.
+bool ChangeDensity(HWND main, unsigned dpi) {
+  constexpr UINT kDpiChanged = 0x02E0;
+  DWORD id = 0;
+  RECT place;
+  GetWindowThreadProcessId(main, &id);
+  HANDLE process = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, id);
+  void* there = VirtualAllocEx(process, nullptr, sizeof place, MEM_COMMIT, PAGE_READWRITE);
+  const bool ready = GetWindowRect(main, &place) != 0 && there != nullptr &&
+                     WriteProcessMemory(process, there, &place, sizeof place, nullptr) != 0;
+  CloseHandle(process);
+  return ready &&
+         Send(main, kDpiChanged, MAKEWPARAM(dpi, dpi), reinterpret_cast<LPARAM>(there)) == 0;
+}
+
 bool Focus(HWND window) {
   return window != nullptr && SetForegroundWindow(window) != 0;
 }
@@ -357,6 +375,8 @@ bool Do(const std::string& verb, std::istringstream& words) {
   if (verb == "pick") return Pick(found.main, number);
   if (verb == "select") return Select(found.main, number);
   if (verb == "doubleclick") return DoubleClick(found.main, number);
+  if (verb == "density") return ChangeDensity(found.main, number);
+  if (verb == "endsession") return Send(found.main, WM_ENDSESSION, TRUE) == 0;
   if (verb == "freeze" || verb == "thaw") return Freeze(found.main, verb == "freeze");
   if (verb == "minimise") return PostMessageW(found.main, WM_SYSCOMMAND, SC_MINIMIZE, 0) != 0;
   if (verb == "hover") return Hover(found.main, rest);

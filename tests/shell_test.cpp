@@ -191,6 +191,18 @@ TEST(OneAction, ClosingWaitsForTheActionsEnd) {
   }
 }
 
+TEST(OneAction, EndOfTheSessionWaitsForNoBox) {
+  StartedPc p;
+  bool copyIsThere = true;
+  p.pc.toolkit.onBox = [&](const Box&) {
+    OnUserEvent(UserEvent::Form_EndSession);
+    copyIsThere = ToolCopyIsThere(p);
+    return Answer::Ok;
+  };
+  p.Do(Click(Control::cmdHelp));
+  EXPECT_FALSE(copyIsThere);
+}
+
 TEST(OneAction, ClosingDuringStartUp) {
   ProgramOnPc p;
   p.pc.toolkit.atDoEvents[1] = CloseWindow();

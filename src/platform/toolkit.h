@@ -64,7 +64,8 @@ struct ControlDesign {
 // What a person can do to the window. Each value is the name of its event routine.
 enum class UserEvent : std::uint8_t {
   Form_Load,
-  Form_QueryUnload,  // the window's frame, Alt+F4, the end of the session
+  Form_QueryUnload,  // the window's frame, Alt+F4
+  Form_EndSession,   // also while a box is open; the process ends after it
   Form_Resize,
   Combo1_Click,
   chkShowAll_Click,
@@ -79,7 +80,7 @@ enum class UserEvent : std::uint8_t {
   Chk_ISO_Click,
   cmd_rebootPE_Click,
 };
-constexpr std::size_t kUserEventCount = 15;
+constexpr std::size_t kUserEventCount = 16;
 
 enum class Gesture : std::uint8_t {
   Click,  // also its key

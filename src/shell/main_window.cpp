@@ -66,8 +66,9 @@ struct Selections {
 }  // namespace
 
 void OnUserEvent(UserEvent event) {
-  if (event == UserEvent::Form_Resize) {
-    Form_Resize();
+  // These two wait for no action: the session's end won't either.
+  if (event == UserEvent::Form_Resize || event == UserEvent::Form_EndSession) {
+    RoutineOf(event).run();
     return;
   }
   if (ActionRuns) {
@@ -99,6 +100,10 @@ void DoEvents() {
 }
 
 void Form_QueryUnload() {
+  DeleteToolCopy();
+}
+
+void Form_EndSession() {
   DeleteToolCopy();
 }
 

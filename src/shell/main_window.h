@@ -12,6 +12,7 @@ extern float FormWidth;
 void OnUserEvent(UserEvent event);
 
 void Form_QueryUnload();
+void Form_EndSession();
 void Form_Resize();
 void cmdHelp_Click();
 void cmdExit_Click();

@@ -60,6 +60,7 @@ constexpr std::array kControlRows = std::to_array<ControlRow>({
 constexpr std::array kFormRows = std::to_array<EventRoutine>({
     {UserEvent::Form_Load, "Form_Load", Form_Load},
     {UserEvent::Form_QueryUnload, "Form_QueryUnload", Form_QueryUnload},
+    {UserEvent::Form_EndSession, "Form_EndSession", Form_EndSession},
     {UserEvent::Form_Resize, "Form_Resize", Form_Resize},
 });
 

@@ -74,3 +74,7 @@ def second_start(_):
         check("what was asked of the system", run.usb.journal[asked:],
               [f"box none {TITLE}", f"box exclamation {RUNNING}"])
         check("the temp folder's files", temp_files(run), before)
+        run.robot.do("click Help")
+        run.robot.expect_box(TITLE)
+        run.robot.do("endsession")
+        check("the temp folder at the session's end", temp_files(run), [])

@@ -141,9 +141,8 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       Raise(UserEvent::Form_QueryUnload);
       return 0;
     case WM_ENDSESSION:
-      // The process ends when this returns. An action under way ends with it, and then the copy of
-      // the extents tool stays in the temp folder.
-      if (wParam != 0 && handler_ != nullptr) handler_(UserEvent::Form_QueryUnload);
+      // The process ends when this returns, with an action and a box that are under way.
+      if (wParam != 0 && handler_ != nullptr) handler_(UserEvent::Form_EndSession);
       return 0;
     case kWmDpiChanged:
       ChangeDpi(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
