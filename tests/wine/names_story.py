@@ -46,6 +46,9 @@ def every_alphabet(_):
         for name, (start, sectors) in place.items():
             check(f"{name} is listed", windows_name(name) in state["images"], True)
             check_lines(run, name, [(0, start, sectors)])
+        run.robot.do("density 192")
+        check("the list scrolls twice as far, nearly",
+              0.9 < run.robot.state()["extent"] / state["extent"] / 2 < 1.1, True)
         run.robot.do("label Double-click on a .volPAK file to switch to the CSM Menu")
         run.robot.box("ROTATE_TSD", "OK")
         name = NAMES[0]

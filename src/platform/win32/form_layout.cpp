@@ -9,6 +9,7 @@ namespace {
 
 constexpr int kFirstControlId = 100;  // clear of IDOK and IDCANCEL
 constexpr int kDropDownRows = 12;
+constexpr int kExtentMargin = 6;  // at 96 dpi, beyond a list's longest row
 
 // The outline font with the measures of the bitmap font "MS Sans Serif", which exists in the sizes
 // of a 96 dpi screen only.
@@ -163,7 +164,26 @@ void FormWindow::ChangeDpi(int dpi, const RECT& place) {
   ::SetWindowPos(frame_, nullptr, place.left, place.top, place.right - place.left,
                  place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
   LayOut();
+  FitHorizontalExtent(Of(Control::List1));
   ::InvalidateRect(frame_, nullptr, TRUE);
+}
+
+// The rows are measured anew, since a font doesn't grow just as the density does. A list scrolls
+// only if its extent is beyond its width.
+void FormWindow::FitHorizontalExtent(HWND list) const {
+  LONG widest = 0;
+  const auto rows = static_cast<int>(::SendMessageW(list, LB_GETCOUNT, 0, 0));
+  for (int row = 0; row < rows; ++row) {
+    const auto length = ::SendMessageW(list, LB_GETTEXTLEN, static_cast<WPARAM>(row), 0);
+    std::wstring text(static_cast<std::size_t>(length > 0 ? length : 0) + 1, L'\0');
+    ::SendMessageW(list, LB_GETTEXT, static_cast<WPARAM>(row),
+                   reinterpret_cast<LPARAM>(text.data()));
+    SIZE size{};
+    ::GetTextExtentPoint32W(measure_, text.data(), static_cast<int>(text.size()) - 1, &size);
+    if (size.cx > widest) widest = size.cx;
+  }
+  const int extent = widest + ScaledPixels(kExtentMargin, dpi_);
+  ::SendMessageW(list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(extent), 0);
 }
 
 float FormWindow::OuterTwips(bool vertical) const {

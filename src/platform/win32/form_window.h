@@ -99,6 +99,7 @@ class FormWindow {
   void LoadButtonIcon(Part& part) const;
   void SetClientSize(int width, int height);
   void ChangeDpi(int dpi, const RECT& place);
+  void FitHorizontalExtent(HWND list) const;
   void Forget();
   [[nodiscard]] const ControlDesign* DesignOf(HWND control) const;
 
