@@ -47,7 +47,7 @@ void FormWindow::DrawRow(const DRAWITEMSTRUCT& item) {
   if (design == nullptr) return;
   // The closed field keeps its colour and shows the focus by a frame.
   const bool selected = (item.itemState & (ODS_SELECTED | ODS_COMBOBOXEDIT)) == ODS_SELECTED;
-  const HBRUSH own = parts_[Index(design->id)].back;
+  const HBRUSH own = HighContrast() ? nullptr : parts_[Index(design->id)].back;
   COLORREF text = ::GetSysColor(COLOR_WINDOWTEXT);
   if (selected) {
     text = ::GetSysColor(COLOR_HIGHLIGHTTEXT);
