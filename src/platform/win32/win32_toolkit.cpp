@@ -67,6 +67,8 @@ class RealToolkit final : public Toolkit {
   void ShowForm() noexcept override {
     const FormWindow::Quiet quiet(TheForm);
     ::ShowWindow(TheForm.Frame(), SW_SHOWNORMAL);
+    // A shortcut's wish to have it maximised goes before what the program asks for.
+    if (::IsZoomed(TheForm.Frame())) ::ShowWindow(TheForm.Frame(), SW_RESTORE);
     ::SetForegroundWindow(TheForm.Frame());
     ::UpdateWindow(TheForm.Frame());
   }
