@@ -43,7 +43,8 @@ class RealDevices final : public Devices {
     DWORD count = 0;
     const bool fits = bytes <= sizeof page;
     if (fits) std::memcpy(page, data, bytes);
-    const bool ok = ::WriteFile(Native(handle), fits ? page : data, bytes, &count, nullptr) != FALSE;
+    const bool ok =
+        ::WriteFile(Native(handle), fits ? page : data, bytes, &count, nullptr) != FALSE;
     transferred = ok ? count : 0;
     return ok;
   }
