@@ -62,8 +62,8 @@ TEST_F(Discovery, DismountTakesOneVolumeBehindTheOther) {
   vol1 = "kept";
   DisMount_All_VolumesX(1);
   EXPECT_EQ(VolumeWork(),
-            (Texts{"open E: rw share=rw unbuffered ok", "lock E: ok", "dismount E: ok",
-                   "close E: ok", "open F: rw share=rw unbuffered ok", "lock F: failed",
+            (Texts{"events", "open E: rw share=rw unbuffered ok", "lock E: ok", "dismount E: ok",
+                   "close E: ok", "events", "open F: rw share=rw unbuffered ok", "lock F: failed",
                    "dismount F: ok", "close F: ok"}));
   EXPECT_EQ(vol1, "kept");
   EXPECT_EQ(p.pc.HeldLocks(), Texts());

@@ -29,9 +29,10 @@ TEST_F(RawSectors, ReadIsOneClosedSequence) {
   p.world.stick.SetSector(60, demo::Grub4dosMbr());
   EXPECT_TRUE(ReadandParseSector("E:", 60));
   EXPECT_EQ(p.Lines(kAnyOp),
-            (Texts{"open E: - share=rw ok", "query E: device-number ok", "close E: ok",
+            (Texts{"open E: - share=rw ok", "query E: device-number ok", "close E: ok", "events",
                    "open PhysicalDrive1 rw share=rw ok", "seek PhysicalDrive1 30720 ok",
-                   "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "close PhysicalDrive1 ok"}));
+                   "read PhysicalDrive1 lba=60 n=1 ok", "sleep 50", "events",
+                   "close PhysicalDrive1 ok"}));
   EXPECT_EQ(SectorBuffer.size(), 512U);
   EXPECT_TRUE(SectorFlags.HasGrub4dos);
   EXPECT_EQ(Physical_Drive_no, 1);
@@ -85,6 +86,8 @@ TEST_F(RawSectors, OffsetsBeyond32Bits) {
   EXPECT_TRUE(WriteSector(2, kFarSector));
   EXPECT_EQ(disk.Sector(kFarSector), FilledSector(0x77));
   EXPECT_EQ(p.Lines(MaskOf(Op::Seek)), Texts(2, "seek PhysicalDrive2 2199023255040 ok"));
+  EXPECT_EQ(p.Lines(MaskOf(Op::UnlockRange)), Texts{"unlock-range PhysicalDrive2 ok"})
+      << "of the range that was locked";
   SectorBuffer.assign(512, 0);
   EXPECT_TRUE(ReadandParseSector("H:", kFarSector));
   EXPECT_EQ(SectorBuffer, std::vector<std::uint8_t>(512, 0x77));
@@ -118,13 +121,14 @@ TEST_F(RawSectors, WriteIsOneClosedSequence) {
   EXPECT_TRUE(WriteSector(1, 60)) << "a write whose lock fails goes ahead";
   EXPECT_EQ(p.Lines(kAnyOp),
             (Texts{"open PhysicalDrive1 - share=- ok", "query PhysicalDrive1 property ok",
-                   "close PhysicalDrive1 ok", "open PhysicalDrive1 rw share=rw ok",
+                   "close PhysicalDrive1 ok", "events", "open PhysicalDrive1 rw share=rw ok",
                    "seek PhysicalDrive1 30720 ok", "lock-range PhysicalDrive1 failed",
                    "write PhysicalDrive1 lba=60 n=1 ok", "flush PhysicalDrive1 ok",
                    "unlock-range PhysicalDrive1 failed", "close PhysicalDrive1 ok",
                    "open PhysicalDrive1 r share=rw ok",
                    "seek PhysicalDrive1 30720 ok",  // read back
-                   "read PhysicalDrive1 lba=60 n=1 ok", "close PhysicalDrive1 ok", "sleep 50"}));
+                   "read PhysicalDrive1 lba=60 n=1 ok", "close PhysicalDrive1 ok", "sleep 50",
+                   "events"}));
   EXPECT_EQ(Physical_Drive_no, 1);
   EXPECT_EQ(p.TakeBoxes(), BoxRows());
 }

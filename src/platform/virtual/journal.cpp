@@ -12,14 +12,16 @@ constexpr const char* kNames[] = {
     "copy",        "delete",        "rename",       "make-folder", "read-text",  "read-binary",
     "append",      "shell",         "open-process", "mutex",       "wait",       "exit-code",
     "end-child",   "shell-execute", "end-process",  "child-copy",  "child-tool", "EXECUTED:",
-    "fact",        "desktop",       "post",         "sleep",       "pointer",
+    "fact",        "desktop",       "post",         "sleep",       "pointer",    "events",
 };
 static_assert(std::size(kNames) == static_cast<std::size_t>(Op::Count));
 
 }  // namespace
 
 std::string JournalEntry::Text() const {
-  std::string text = std::string(kNames[static_cast<std::size_t>(op)]) + " " + subject;
+  std::string text = kNames[static_cast<std::size_t>(op)];
+  if (op == Op::Events) return text;
+  text += " " + subject;
   if (!detail.empty()) text += " " + detail;
   if (op == Op::Read || op == Op::Write) {
     text += " lba=" + std::to_string(lba) + " n=" + std::to_string(count);

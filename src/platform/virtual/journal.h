@@ -48,6 +48,7 @@ enum class Op : std::uint8_t {
   Post,
   Sleep,
   PointerChange,
+  Events,  // pending events run
   Count
 };
 

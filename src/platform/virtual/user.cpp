@@ -125,7 +125,10 @@ void VirtualToolkit::RunEventLoop() {
 }
 
 void VirtualToolkit::DoEvents() {
-  journal_.NeedsPower();
+  JournalEntry entry;
+  entry.op = Op::Events;
+  entry.ok = true;
+  journal_.Add(entry);
   ++doEventsCalls;
   if (insideInjected_) return;
   std::optional<UserAction> action = atEveryDoEvents;
