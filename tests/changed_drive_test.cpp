@@ -31,6 +31,10 @@ BoxRow Changed(const std::string& what) {
                                            "'Refresh' and try again.");
 }
 
+const BoxRow kOtherTable = Changed("Sector 0 of Drive 1 is not the one that was read before.");
+const BoxRow kOtherLetter =
+    Changed("Volume E: was on Drive 1 when it was selected, and is on Drive 2 now.");
+
 BoxRow OnOther(const std::string& file, const std::string& where, const std::string& picked) {
   return Warning("File is on another drive!",
                  "ERROR: File " + file + " is on " + where + ", but the selected drive is " +
@@ -56,8 +60,7 @@ TEST(TwoSticks, AFileOfOneNeverGoesIntoTheTableOfTheOther) {
        },
        OnOther(kRescue, "E: (Drive 1)", "G: (Drive 2)"), ""},
       {"the letter has moved to another disk", kRescue,
-       [](TwoSticks& p) { std::swap(p.world.stick.number, p.other.number); },
-       Changed("Volume E: was on Drive 1 when it was selected, and is on Drive 2 now."), ""},
+       [](TwoSticks& p) { std::swap(p.world.stick.number, p.other.number); }, kOtherLetter, ""},
       {"a companion on another stick", kMarked,
        [](TwoSticks& p) {
          p.world.f.disk = &p.other;
@@ -99,37 +102,14 @@ TEST(TwoSticks, ARowShowsNoFileOfTheOtherOne) {
   EXPECT_EQ(program.Rows(Control::List1)[0], std::string(kMarked) + " :&X4: DATA");
 }
 
-const BoxRow kOtherTable = Changed("Sector 0 of Drive 1 is not the one that was read before.");
-
 // What another program or a person does while a question is open.
-struct Change {
-  const char* name;
-  void (*act)(TwoSticks&);
-  BoxRow box;
-};
-const Change kChanges[] = {
-    {"writes another table", [](TwoSticks& p) { p.world.stick.Put(0, 470, "x"); }, kOtherTable},
-    {"another stick takes the number",
-     [](TwoSticks& p) {
-       VirtualSector table = p.world.stick.Sector(0);
-       table[440] ^= 1;
-       p.world.stick.SetSector(0, table);
-     },
-     kOtherTable},
-    {"the letters change places",
-     [](TwoSticks& p) { std::swap(p.world.stick.number, p.other.number); },
-     Changed("Volume E: was on Drive 1 when it was selected, and is on Drive 2 now.")},
-    {"sector 0 becomes unreadable", [](TwoSticks& p) { p.world.stick.unreadable = {0}; },
-     Changed("Sector 0 of Drive 1 can't be read any more.")},
-};
-
-// A question that leads to a write of LBA 0, and what is written before it.
-struct Question {
-  const char* title;  // its beginning
-  void (*prepare)(TwoSticks&);
-  UserAction action;
-  const char* written;
-};
+using Change = void (*)(TwoSticks&);
+void WriteAnotherTable(TwoSticks& p) {
+  p.world.stick.Put(0, 470, "x");
+}
+void ExchangeLetters(TwoSticks& p) {
+  std::swap(p.world.stick.number, p.other.number);
+}
 
 void PutCompanionFirst(TwoSticks& p) {
   p.world.e.Remove("\\_ISO\\A");
@@ -150,68 +130,60 @@ void SwitchTo(TwoSticks& p, bool savedInFile) {
   p.pc.RenewTables();
 }
 
-const Question kQuestions[] = {
-    {"Change partition table", [](TwoSticks&) {}, Open(kRescue), "60 30"},
-    {"Run MOVE_VOLPAK?", PutCompanionFirst, Open(kMarked), "60 30"},
-    {"Restore TSD partition table", [](TwoSticks& p) { SwitchTo(p, false); },
-     Click(Control::cmdRestoreTSD), ""},
-    {"Use MBR.BIN backup?", [](TwoSticks& p) { SwitchTo(p, true); }, Click(Control::cmdRestoreTSD),
-     ""},
-    {"Make 2nd partition accessible", [](TwoSticks&) {}, Click(Control::cmdSwitchPtns), ""},
-};
-
+// Each question that leads to a write of LBA 0.
 TEST(ChangedDrive, IsSeenAfterEachQuestionBeforeAnythingIsWritten) {
-  for (const Question& question : kQuestions) {
-    for (const Change& change : kChanges) {
-      SCOPED_TRACE(std::string(question.title) + ": " + change.name);
-      TwoSticks program;
-      question.prepare(program);
-      program.Start();
-      program.TakeBoxes();
-      program.pc.machine.journal.Clear();
-      std::map<std::uint64_t, VirtualSector> stick, other;
-      program.pc.toolkit.onBox = [&](const Box& box) {
-        if (!box.title.starts_with(question.title)) return Answer::Ok;
-        change.act(program);
-        stick = program.world.stick.Contents();
-        other = program.other.Contents();
-        return box.buttons == Buttons::YesNoCancel ? Answer::No : Answer::Ok;
-      };
-      program.Do(question.action);
-      program.pc.toolkit.onBox = nullptr;
-      const BoxRows boxes = program.TakeBoxes();
-      // The order question comes long before the table is read again, and more is asked in between.
-      BoxRow box = change.box;
-      const bool repair = std::string(question.title).starts_with("Run");
-      if (repair && !program.world.stick.unreadable.empty()) box = ReadFailed(0);
-      if (repair && program.other.number == 1) {
-        box = OnOther("E:\\_ISO\\DATA", "E: (Drive 2)", "E: (Drive 1)");
-      }
-      EXPECT_NE(std::find(boxes.begin(), boxes.end(), box), boxes.end())
-          << testing::PrintToString(boxes);
-      EXPECT_EQ(program.world.stick.Contents(), stick);
-      EXPECT_EQ(program.other.Contents(), other);
-      EXPECT_EQ(program.Written(), question.written);
-    }
-  }
-}
-
-TEST(ChangedDrive, AnImageThatMovesDuringTheQuestionIsLeftAlone) {
-  TwoSticks program;
-  program.Start();
-  program.TakeBoxes();
-  program.pc.toolkit.onBox = [&](const Box& box) {
-    if (box.title == "Change partition table") {
-      program.world.stick.SetSector(demo::kNtfsImage.lba, demo::Fat32BootRecord());
-    }
-    return Answer::Ok;
+  const auto nothing = [](TwoSticks&) {};
+  const auto switched = [](TwoSticks& p) { SwitchTo(p, false); };
+  const char *commit = "Change partition table", *restore = "Restore TSD partition table";
+  const UserAction click = Click(Control::cmdRestoreTSD);
+  const BoxRow otherRecord =
+      Changed("Sector 200000 of Drive 1 no longer holds what it held before.");
+  const struct {
+    const char* question;  // its title's beginning
+    void (*prepare)(TwoSticks&);
+    UserAction action;
+    Change change;
+    BoxRow box;
+    const char* written = "";
+  } rows[] = {
+      {commit, nothing, Open(kRescue), WriteAnotherTable, kOtherTable, "60 30"},
+      {commit, nothing, Open(kRescue), ExchangeLetters, kOtherLetter, "60 30"},
+      {commit, nothing, Open(kRescue), [](TwoSticks& p) { p.world.stick.unreadable = {0}; },
+       Changed("Sector 0 of Drive 1 can't be read any more."), "60 30"},
+      {commit, nothing, Open(kRescue),
+       [](TwoSticks& p) { p.world.stick.SetSector(demo::kNtfsImage.lba, demo::Fat32BootRecord()); },
+       otherRecord, "60 30"},
+      {"Run MOVE_VOLPAK?", PutCompanionFirst, Open(kMarked), WriteAnotherTable, kOtherTable,
+       "60 30"},
+      {"Run MOVE_VOLPAK?", PutCompanionFirst, Open(kMarked),
+       [](TwoSticks& p) { p.world.stick.unreadable = {0}; }, ReadFailed(0), "60 30"},
+      {restore, switched, click, WriteAnotherTable, kOtherTable},
+      {restore, switched, click, ExchangeLetters, kOtherLetter},
+      {"Use MBR.BIN", [](TwoSticks& p) { SwitchTo(p, true); }, click, WriteAnotherTable,
+       kOtherTable},
+      {"Make 2nd", nothing, Click(Control::cmdSwitchPtns), WriteAnotherTable, kOtherTable},
   };
-  program.pc.machine.journal.Clear();
-  program.Do(Open(kRescue));
-  program.pc.toolkit.onBox = nullptr;
-  EXPECT_EQ(program.TakeBoxes()[1],
-            Changed("Sector 200000 of Drive 1 no longer holds what it held before."));
-  EXPECT_EQ(program.Written(), "60 30");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.question) + ": " + row.box.text);
+    TwoSticks program;
+    row.prepare(program);
+    program.Start();
+    std::map<std::uint64_t, VirtualSector> stick, other;
+    program.pc.toolkit.onBox = [&](const Box& box) {
+      if (!box.title.starts_with(row.question)) return Answer::Ok;
+      row.change(program);
+      stick = program.world.stick.Contents();
+      other = program.other.Contents();
+      return box.buttons == Buttons::YesNoCancel ? Answer::No : Answer::Ok;
+    };
+    const BoxRows boxes = program.Boxes(row.action);
+    program.pc.toolkit.onBox = nullptr;
+    EXPECT_NE(std::find(boxes.begin(), boxes.end(), row.box), boxes.end())
+        << testing::PrintToString(boxes);
+    EXPECT_EQ(program.world.stick.Contents(), stick);
+    EXPECT_EQ(program.other.Contents(), other);
+    EXPECT_EQ(program.Written(), row.written);
+  }
 }
 
 // Mending a sector 0 that can't be read is what a restore is for. Then the saved table tells
@@ -227,10 +199,8 @@ TEST(ChangedDrive, ARestoreMendsASectorThatCouldNotBeReadBefore) {
       if (swapped) stick.Put(30, 0, "another");
       return Answer::Ok;
     };
-    program.TakeBoxes();
-    program.Do(Click(Control::cmdRestoreTSD));
+    const BoxRows boxes = program.Boxes(Click(Control::cmdRestoreTSD));
     program.pc.toolkit.onBox = nullptr;
-    const BoxRows boxes = program.TakeBoxes();
     ASSERT_GE(boxes.size(), 2U);
     EXPECT_EQ(boxes[1], swapped
                             ? Changed("Sector 30 of Drive 1 is not the one that was read before.")
@@ -251,12 +221,9 @@ TEST(ChangedDrive, IsSeenAfterTheWarningOfDrive0) {
   };
   program.Do(Click(Control::chkShowAll));
   program.Do(Pick(Control::Combo1, "E:"));
-  program.TakeBoxes();
-  program.pc.machine.journal.Clear();
-  program.Do(Click(Control::cmdSwitchPtns));
+  const BoxRows boxes = program.Boxes(Click(Control::cmdSwitchPtns));
   program.pc.toolkit.onBox = nullptr;
-  EXPECT_EQ(program.TakeBoxes()[2],
-            Changed("Sector 0 of Drive 0 is not the one that was read before."));
+  EXPECT_EQ(boxes[2], Changed("Sector 0 of Drive 0 is not the one that was read before."));
   EXPECT_EQ(program.Written(), "");
 }
 
