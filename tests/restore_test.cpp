@@ -1,18 +1,22 @@
 // The way back: which saved table is taken, what is asked and told, what is refused in silence.
+#include <algorithm>
+
 #include "disk/picked_drive.h"
 #include "restore/partition_restore.h"
 #include "tests/support.h"
 
 namespace {
 
-// The stick's own table ('S'), or one without boot code ('b'), ending ('e') or partitions ('p'), or
-// a uniform sector ('u').
-VirtualSector TableWith(char kind) {
-  if (kind == 'u') return FilledSector(0x55);
+// What LBA 30, LBA 60, LBA 1 or the file may hold.
+enum class Held { Sound, Uniform, NoBootCode, NoEnding, NoPartition };
+using enum Held;
+
+VirtualSector TableWith(Held held) {
+  if (held == Uniform) return FilledSector(0x55);
   VirtualSector table = demo::Grub4dosMbr();
-  if (kind != 'p') demo::SetEntry(table, 1, true, 7, demo::kMainStart, demo::kMainSectors);
-  if (kind == 'b') table[demo::kBootCodeMark] = 'm';
-  if (kind == 'e') table[510] = 0;
+  if (held != NoPartition) demo::SetEntry(table, 1, true, 7, demo::kMainStart, demo::kMainSectors);
+  if (held == NoBootCode) table[demo::kBootCodeMark] = 'm';
+  if (held == NoEnding) table[510] = 0;
   return table;
 }
 
@@ -24,12 +28,11 @@ struct SwitchedStick : ProgramOnPc {
     world.stick.SetSector(0, table);
     pc.RenewTables();
   }
-  // "30 60 0 w0": the sectors read and written, in order.
-  std::string Transfers() const {
+  // "0 30 60": the sectors read, in order.
+  std::string Reads() const {
     std::string text;
-    for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Read, Op::Write))) {
-      text += (text.empty() ? "" : " ") + std::string(entry.op == Op::Write ? "w" : "") +
-              std::to_string(entry.lba);
+    for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Read))) {
+      text += (text.empty() ? "" : " ") + std::to_string(entry.lba);
     }
     return text;
   }
@@ -51,68 +54,81 @@ const BoxRow kNothing =
             "ERROR: Cannot find a valid backup sector to restore TSD partitions!");
 const UserAction kRestore = Click(Control::cmdRestoreTSD);
 
+struct Places {
+  Held at30 = Uniform, at60 = Uniform, at1 = Uniform, inFile = Uniform;
+  std::size_t fileBytes = 0;
+  std::uint64_t unreadable = 99;  // a sector
+};
+
 TEST(Restore, LooksAtThePlacesInTheirOrder) {
-  struct Row {
+  const BoxRows askFile{kNoBackup, kAskFile}, askFileInVain{kNoBackup, kAskFile, kOldTable};
+  const struct {
     const char* name;
-    const char* places;  // what LBA 30, LBA 60, the file ('-': none) and LBA 1 hold
-    std::size_t fileBytes;
-    int defect;   // the sector that can't be read or, if 0, written; -1: none
-    char answer;  // 'O', 'C'; ' ': nothing is asked
+    Places places;
     BoxRows boxes;
-    const char* transfers;  // up to the write
-  };
-  const BoxRows kFileNotWritten{kNoBackup, kAskFile, WriteFailed(0), kOldTable};
-  const Row kRows[] = {
-      {"30", "SSSS", 512, 60, 'O', {kAsk}, "30 0 w0"},
-      {"30, Cancel", "SSSS", 512, -1, 'C', {kAsk}, "30"},
-      {"60", "uSSS", 512, 1, 'O', {kAsk}, "30 60 0 w0"},
-      {"60, Cancel", "uSSS", 512, -1, 'C', {kAsk}, "30 60"},
-      {"30 without boot code", "bS-S", 0, -1, 'C', {kAsk}, "30 60"},
-      {"30 without 55 AA", "eS-S", 0, -1, 'C', {kAsk}, "30 60"},
-      {"30 without a partition", "pS-S", 0, -1, 'C', {kAsk}, "30 60"},
-      {"30 not read", "SSSS", 512, 30, ' ', {ReadFailed(30)}, "30 30"},
-      {"60 not read", "uSSS", 512, 60, ' ', {ReadFailed(60)}, "30 60 60"},
-      {"0 not written", "SSSS", 512, 0, 'O', {kAsk, WriteFailed(0)}, "30 0 w0"},
-      {"file", "ueSS", 512, -1, 'O', {kNoBackup, kAskFile}, "30 60 0 w0"},
-      {"long file", "buSS", 600, -1, 'O', {kNoBackup, kAskFile}, "30 60 0 w0"},
-      {"file, not written", "uuSS", 512, 0, 'O', kFileNotWritten, "30 60 0 w0 1"},
-      {"file, Cancel", "uuSS", 512, -1, 'C', {kNoBackup, kAskFile, kOldTable}, "30 60 1"},
-      {"file a byte short", "ubSu", 511, -1, ' ', {kNoBackup}, "30 60 1"},
-      {"file without boot code", "uubb", 512, -1, ' ', {kNoBackup, kOldTable}, "30 60 1"},
-      {"1 sound", "uu-S", 0, -1, ' ', {kNoBackup, kOldTable}, "30 60 1"},
-      {"1 uniform", "uu-u", 0, -1, ' ', {kNoBackup}, "30 60 1"},
-      {"1 without 55 AA", "uu-e", 0, -1, ' ', {kNoBackup}, "30 60 1"},
-      {"1 without a partition", "uu-p", 0, -1, ' ', {kNoBackup}, "30 60 1"},
-      {"1 not read", "uu-S", 0, 1, ' ', {kNoBackup, kNothing}, "30 60 1 1"}};
-  for (const Row& row : kRows) {
+    const char* reads;  // behind that of the table; LBA 0 again where the answer was OK
+  } rows[] = {
+      {"LBA 30", {.at30 = Sound, .unreadable = 60}, {kAsk}, "30 0"},
+      {"LBA 30, Cancel", {.at30 = Sound}, {kAsk}, "30"},
+      {"LBA 60", {.at60 = Sound, .unreadable = 1}, {kAsk}, "30 60 0"},
+      {"no boot code", {.at30 = NoBootCode, .at60 = Sound}, {kAsk}, "30 60"},
+      {"no 55 AA", {.at30 = NoEnding, .at60 = Sound}, {kAsk}, "30 60"},
+      {"no partition", {.at30 = NoPartition, .at60 = Sound}, {kAsk}, "30 60"},
+      {"LBA 30 isn't read", {.at60 = Sound, .unreadable = 30}, {ReadFailed(30)}, "30 30"},
+      {"LBA 60 isn't read", {.unreadable = 60}, {ReadFailed(60)}, "30 60 60"},
+      {"long file", {.inFile = Sound, .fileBytes = 600}, askFile, "30 60 0"},
+      {"file, Cancel", {.at1 = Sound, .inFile = Sound, .fileBytes = 512}, askFileInVain, "30 60 1"},
+      {"file a byte short", {.inFile = Sound, .fileBytes = 511}, {kNoBackup}, "30 60 1"},
+      {"file without boot code", {.inFile = NoBootCode, .fileBytes = 512}, {kNoBackup}, "30 60 1"},
+      {"LBA 1 without boot code", {.at1 = NoBootCode}, {kNoBackup, kOldTable}, "30 60 1"},
+      {"LBA 1 uniform", {}, {kNoBackup}, "30 60 1"},
+      {"LBA 1 without 55 AA", {.at1 = NoEnding}, {kNoBackup}, "30 60 1"},
+      {"LBA 1 without a partition", {.at1 = NoPartition}, {kNoBackup}, "30 60 1"},
+      {"LBA 1 isn't read", {.unreadable = 1}, {kNoBackup, kNothing}, "30 60 1 1"}};
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     SwitchedStick program;
     VirtualDisk& stick = program.world.stick;
-    stick.SetSector(30, TableWith(row.places[0]));
-    stick.SetSector(60, TableWith(row.places[1]));
-    stick.SetSector(1, TableWith(row.places[3]));
-    if (row.places[2] != '-') {
-      const VirtualSector table = TableWith(row.places[2]);
+    stick.SetSector(30, TableWith(row.places.at30));
+    stick.SetSector(60, TableWith(row.places.at60));
+    stick.SetSector(1, TableWith(row.places.at1));
+    if (row.places.fileBytes != 0) {
+      const VirtualSector table = TableWith(row.places.inFile);
       std::string content(table.begin(), table.end());
-      content.resize(row.fileBytes);
+      content.resize(row.places.fileBytes);
       program.world.inner.AddText("\\tsd\\mbr.bin", content);
     }
     program.Start();
-    if (row.defect >= 0) {
-      const auto sector = static_cast<std::uint64_t>(row.defect);
-      (row.defect == 0 ? stick.unwritable : stick.unreadable) = {sector};
-    }
+    stick.unreadable = {row.places.unreadable};
     auto expected = stick.Contents();
-    std::vector<Answer> answers;
-    if (row.answer != ' ') answers = {row.answer == 'O' ? Answer::Ok : Answer::Cancel};
+    const std::string reads = "0 " + std::string(row.reads);
+    const bool agreed = reads.ends_with(" 0");
+    const auto questions = std::count_if(row.boxes.begin(), row.boxes.end(), [](const auto& box) {
+      return box.buttons == Buttons::OkCancel;
+    });
+    const std::vector answers(static_cast<std::size_t>(questions),
+                              agreed ? Answer::Ok : Answer::Cancel);
     EXPECT_EQ(program.Boxes(kRestore, answers), row.boxes);
-    const bool written = row.answer == 'O' && row.defect != 0;
-    const std::string transfers = program.Transfers();
-    const std::string wanted = "0 " + std::string(row.transfers);  // the table to be replaced first
-    EXPECT_EQ(written ? transfers.substr(0, wanted.size()) : transfers, wanted);
-    if (written) expected[0] = TableWith('S');
+    EXPECT_EQ(agreed ? program.Reads().substr(0, reads.size()) : program.Reads(), reads);
+    if (agreed) expected[0] = TableWith(Sound);
     EXPECT_EQ(stick.Contents(), expected);
-    EXPECT_EQ(program.Rows(Control::List1).empty(), !written);  // E: is the main volume again
+    EXPECT_EQ(program.Rows(Control::List1).empty(), !agreed);  // E: is the main volume again
+  }
+}
+
+TEST(Restore, TellsOfATableThatIsNotWritten) {
+  for (const bool fromFile : {false, true}) {
+    SwitchedStick program;
+    VirtualDisk& stick = program.world.stick;
+    const VirtualSector table = TableWith(Sound);
+    stick.SetSector(1, table);
+    stick.SetSector(30, fromFile ? VirtualSector{} : table);
+    program.world.inner.AddText("\\tsd\\mbr.bin", std::string(table.begin(), table.end()));
+    stick.unwritable = {0};
+    EXPECT_EQ(program.Boxes(kRestore, {Answer::Ok}),
+              fromFile ? (BoxRows{kNoBackup, kAskFile, WriteFailed(0), kOldTable})
+                       : (BoxRows{kAsk, WriteFailed(0)}));
+    EXPECT_EQ(program.Written(), "0!");
   }
 }
 
@@ -138,7 +154,7 @@ TEST(Restore, LooksAtTheVolumeFirst) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.file);
     SwitchedStick program;
-    program.world.stick.SetSector(30, TableWith('S'));
+    program.world.stick.SetSector(30, TableWith(Sound));
     if (row.attributes == kInvalidAttributes) {
       program.world.inner.Remove(row.file);
     } else {
@@ -146,7 +162,7 @@ TEST(Restore, LooksAtTheVolumeFirst) {
     }
     const bool asked = row.boxes.back() == kAsk;
     EXPECT_EQ(program.Boxes(kRestore, std::vector(asked ? 1 : 0, Answer::Cancel)), row.boxes);
-    EXPECT_EQ(program.Transfers().empty(), !asked);
+    EXPECT_EQ(program.Reads().empty(), !asked);
   }
 }
 
@@ -155,7 +171,7 @@ TEST(Restore, TurnsToTheVolumeThatHoldsTheFiles) {
   VirtualSector table = program.world.stick.Sector(0);
   demo::SetEntry(table, 2, false, 0x0C, demo::kSecondStart, demo::kSecondSectors);
   program.world.stick.SetSector(0, table);
-  program.world.stick.SetSector(30, TableWith('S'));
+  program.world.stick.SetSector(30, TableWith(Sound));
   program.pc.RenewTables();
   program.Boxes(Pick(Control::Combo1, "F:"));
   EXPECT_EQ(program.Boxes(kRestore, {Answer::Cancel}),
@@ -164,25 +180,23 @@ TEST(Restore, TurnsToTheVolumeThatHoldsTheFiles) {
 }
 
 TEST(Restore, RefusesInSilence) {
-  struct Row {
-    const char* name;
-    const char* drive;
+  const struct {
+    const char *name, *drive;
     int number;  // of the stick
-    bool imagesListed, showAll, goesOn;
-  };
-  const Row kRows[] = {{"images are listed", "E:", 1, true, false, false},
-                       {"no drive", "E", 1, false, false, false},
-                       {"no such volume", "Q:", 1, false, true, false},
-                       {"drive 0", "E:", 0, false, false, false},
-                       {"drive 0 with all drives shown", "E:", 0, false, true, true},
-                       {"drive 60", "E:", 60, false, false, true},
-                       {"drive 61", "E:", 61, false, true, false}};
-  for (const Row& row : kRows) {
+    bool showAll, goesOn, imagesListed = false;
+  } rows[] = {{"images are listed", "E:", 1, false, false, true},
+              {"no drive", "E", 1, false, false},
+              {"no such volume", "Q:", 1, true, false},
+              {"drive 0", "E:", 0, false, false},
+              {"drive 0 with all drives shown", "E:", 0, true, true},
+              {"drive 60", "E:", 60, false, true},
+              {"drive 61", "E:", 61, true, false}};
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     SwitchedStick program;
     program.world.systemDisk.number = 2;
     program.world.stick.number = row.number;
-    program.world.stick.SetSector(30, TableWith('S'));
+    program.world.stick.SetSector(30, TableWith(Sound));
     program.Prepare();
     MYDRIVE = row.drive;
     Picked_Drive_no = row.number;
@@ -191,7 +205,7 @@ TEST(Restore, RefusesInSilence) {
     if (row.goesOn) program.pc.toolkit.AnswerNext(Answer::Cancel);
     program.Call(cmdRestoreTSD_Click);
     EXPECT_EQ(program.TakeBoxes().size(), row.goesOn ? 1U : 0U);
-    EXPECT_EQ(program.Transfers(), row.goesOn ? "0 30" : "");
+    EXPECT_EQ(program.Reads(), row.goesOn ? "0 30" : "");
   }
 }
 
