@@ -24,52 +24,55 @@ void Entry(std::vector<std::uint8_t>& sector, std::size_t entry, std::uint8_t bo
   }
 }
 
-// The flags that are set, as letters: S signature, 1-4 entries, A any, G grub4dos, U uniform,
-// T entry 2 has type 0x21, N near the start.
-std::string FlagsText() {
+// The names of the verdicts that hold.
+std::string Verdicts() {
   const SectorVerdicts& f = SectorFlags;
-  const std::pair<bool, char> flags[] = {
-      {f.SigOK, 'S'},    {f.Ptn1OK, '1'},      {f.Ptn2OK, '2'},      {f.Ptn3OK, '3'},
-      {f.Ptn4OK, '4'},   {f.AnyPtnOK, 'A'},    {f.HasGrub4dos, 'G'}, {f.IsUniform, 'U'},
-      {f.Ptn2Is21, 'T'}, {f.PtnNearStart, 'N'}};
+  const std::pair<bool, const char*> verdicts[] = {
+      {f.SigOK, "signature"},  {f.Ptn1OK, "entry1"},     {f.Ptn2OK, "entry2"},
+      {f.Ptn3OK, "entry3"},    {f.Ptn4OK, "entry4"},     {f.AnyPtnOK, "any"},
+      {f.Ptn2Is21, "type21"},  {f.PtnNearStart, "near"}, {f.HasGrub4dos, "grub4dos"},
+      {f.IsUniform, "uniform"}};
   std::string text;
-  for (const auto& [flag, letter] : flags) text.append(flag ? 1 : 0, letter);
+  for (const auto& [holds, name] : verdicts) {
+    if (holds) text += (text.empty() ? "" : " ") + std::string(name);
+  }
   return text;
 }
 
 struct SectorCase {
   const char* name;
-  const char* flags;
+  const char* verdicts;
   Patch patch;  // on 512 zero bytes
 };
 
 const SectorCase kCases[] = {
-    {"zeros", "U", [](auto&) {}},
-    {"all 0xFF", "U", [](auto& s) { s.assign(512, 0xFF); }},
+    {"zeros", "uniform", [](auto&) {}},
+    {"all 0xFF", "uniform", [](auto& s) { s.assign(512, 0xFF); }},
     {"last byte differs", "", [](auto& s) { s[511] = 1; }},
-    {"signature, no entry", "S", [](auto& s) { Put(s, 510, "\x55\xAA"); }},
+    {"signature, no entry", "signature", [](auto& s) { Put(s, 510, "\x55\xAA"); }},
     {"signature reversed", "", [](auto& s) { Put(s, 510, "\xAA\x55"); }},
-    {"boot byte 80", "1A", [](auto& s) { Entry(s, kEntry1, 0x80, 0x0C, 65536); }},
+    {"boot byte 80", "entry1 any", [](auto& s) { Entry(s, kEntry1, 0x80, 0x0C, 65536); }},
     {"boot byte 81", "", [](auto& s) { Entry(s, kEntry1, 0x81, 0x0C, 65536); }},
     {"boot byte 01", "", [](auto& s) { Entry(s, kEntry3, 0x01, 0x0C, 65536); }},
-    {"near with a bad boot byte", "N", [](auto& s) { Entry(s, kEntry3, 0x01, 0x0C, 65535); }},
-    {"65535 is near", "4AN", [](auto& s) { Entry(s, kEntry4, 0, 7, 65535); }},
-    {"65536 is not", "2A", [](auto& s) { Entry(s, kEntry2, 0, 7, 65536); }},
-    {"16777216 is not", "2A", [](auto& s) { Entry(s, kEntry2, 0, 7, 0x1000000); }},
+    {"near with a bad boot byte", "near", [](auto& s) { Entry(s, kEntry3, 0x01, 0x0C, 65535); }},
+    {"65535 is near", "entry4 any near", [](auto& s) { Entry(s, kEntry4, 0, 7, 65535); }},
+    {"65536 is not", "entry2 any", [](auto& s) { Entry(s, kEntry2, 0, 7, 65536); }},
+    {"entry 2 is near, of type 1", "entry2 any near", [](auto& s) { Entry(s, kEntry2, 0, 1, 63); }},
+    {"16777216 is not", "entry2 any", [](auto& s) { Entry(s, kEntry2, 0, 7, 0x1000000); }},
     {"type 0 is never near", "", [](auto& s) { Entry(s, kEntry1, 0x80, 0, 63); }},
-    {"0x21 with a bad boot byte", "T", [](auto& s) { Entry(s, kEntry2, 1, 0x21, 65536); }},
-    {"0x21 in entry 3 is nothing special", "3A",
+    {"0x21 with a bad boot byte", "type21", [](auto& s) { Entry(s, kEntry2, 1, 0x21, 65536); }},
+    {"0x21 in entry 3 is nothing special", "entry3 any",
      [](auto& s) { Entry(s, kEntry3, 0, 0x21, 65536); }},
-    {"long mark at 0", "G", [](auto& s) { Put(s, 0, "Missing MBR-hel"); }},
+    {"long mark at 0", "grub4dos", [](auto& s) { Put(s, 0, "Missing MBR-hel"); }},
     {"mark in lower case", "", [](auto& s) { Put(s, 5, "missing hel"); }},
-    {"two-part mark", "G", [](auto& s) { Put(s, 345, "FLBT......Boot"); }},
+    {"two-part mark", "grub4dos", [](auto& s) { Put(s, 345, "FLBT......Boot"); }},
     {"half of it", "", [](auto& s) { Put(s, 345, "FLBT"); }},
     {"the other half", "", [](auto& s) { Put(s, 355, "Boot"); }},
     // A mark may run over the start of the table but must begin at 446 at the latest.
-    {"long mark at 446", "G", [](auto& s) { Put(s, 446, "Missing MBR-hel"); }},
-    {"long mark at 447", "1A", [](auto& s) { Put(s, 447, "Missing MBR-hel"); }},
-    {"short mark at 446", "G", [](auto& s) { Put(s, 446, "Missing hel"); }},
-    {"short mark at 447", "1A", [](auto& s) { Put(s, 447, "Missing hel"); }},
+    {"long mark at 446", "grub4dos", [](auto& s) { Put(s, 446, "Missing MBR-hel"); }},
+    {"long mark at 447", "entry1 any", [](auto& s) { Put(s, 447, "Missing MBR-hel"); }},
+    {"short mark at 446", "grub4dos", [](auto& s) { Put(s, 446, "Missing hel"); }},
+    {"short mark at 447", "entry1 any", [](auto& s) { Put(s, 447, "Missing hel"); }},
     {"pattern of a failed read", "",
      [](auto& s) {
        for (std::size_t i = 0; i < 512; ++i) s[i] = static_cast<std::uint8_t>(i % 16);
@@ -82,7 +85,7 @@ TEST(SectorBuffer, Verdicts) {
     SectorBuffer.assign(512, 0);
     c.patch(SectorBuffer);
     ParseSectorBuffer();
-    EXPECT_EQ(FlagsText(), c.flags);
+    EXPECT_EQ(Verdicts(), c.verdicts);
   }
 }
 
