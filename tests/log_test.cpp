@@ -8,12 +8,17 @@
 #include "disk/raw_sector_io.h"
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
+#include "imagefiles/child_process.h"
 #include "imagefiles/file_extents.h"
+#include "imagefiles/file_order.h"
 #include "platform/platform.h"
 #include "report/routine.h"
 #include "report/statements.h"
+#include "restore/partition_restore.h"
 #include "shell/drive_inventory.h"
+#include "shell/drive_panel.h"
 #include "shell/log_writer.h"
+#include "shell/startup.h"
 #include "tests/support.h"
 
 namespace {
@@ -86,31 +91,32 @@ TEST(Log, RotatesAfter60001Lines) {
 
 TEST(Log, RotationThatFails) {
   const struct {
-    Op op;  // Count: folder and log have vanished
+    Op op;
     int number;
     const char* text;  // empty: the line is written
+    bool folderIsGone = false;
   } rows[] = {{Op::Copy, 70, "WriteLog: Error 70:Permission denied"},
               {Op::Delete, 75, "WriteLog: Error 75:Path/File access error"},
               {Op::Copy, 76, ""},
-              {Op::Count, 0, "WriteLog: Error 53:File not found"}};
+              {Op::Count, 0, "WriteLog: Error 53:File not found", true},
+              {Op::MakeFolder, 75, "WriteLog: Error 76:Path not found", true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
     Logging l;
     LoggingEnabled = true;
     WriteLog("old");
     LogLineCount = 60001;
-    if (row.op == Op::Count) {
+    if (row.folderIsGone) {
       l.world.c.Remove("\\Temp\\Rotate_TSD.log");
       l.world.c.Remove("\\Temp");
-    } else {
-      l.Plan(FaultKind::FaultThrown, MaskOf(row.op), 1, 0, row.number);
     }
+    if (row.op != Op::Count) l.Plan(FaultKind::FaultThrown, MaskOf(row.op), 1, 0, row.number);
     WriteLog("new");
     const std::string text = row.text;
     EXPECT_EQ(l.TakeBoxes(), text.empty() ? BoxRows() : BoxRows({{kTitle, text}}));
     EXPECT_EQ(l.Content("Rotate_TSD.log").ends_with("\tnew\r\n"), text.empty());
     EXPECT_EQ(LogLineCount, 1);
-    EXPECT_TRUE(l.world.c.FolderExists("\\Temp"));
+    EXPECT_EQ(l.world.c.FolderExists("\\Temp"), row.op != Op::MakeFolder);
   }
 }
 
@@ -143,6 +149,30 @@ TEST(Log, TellsEachStep) {
   std::ifstream file(ROTATE_TESTS "/golden/log.txt");
   const std::string golden{std::istreambuf_iterator<char>(file), {}};
   EXPECT_EQ(log, golden);
+}
+
+// What no switch, restore or swap comes by.
+TEST(Log, TellsOfRoutinesThatRunSeldom) {
+  const std::string none = "E:\\none";
+  const std::pair<const char*, std::function<void()>> rows[] = {
+      {"---------------- Form_Load Started ----------------", Form_Load},
+      {"cmd_rebootPE_Click", cmd_rebootPE_Click},
+      {"chkShowAll_Click", chkShowAll_Click},
+      {"---------------- Restore_from_MBR_bin_file Started ----------------",
+       [] { Restore_from_MBR_bin_file(); }},
+      {"------- APIErrorDescription Started ----------------", [] { APIErrorDescription(5); }},
+      {"------- StripNull (x) Started ----------------", [] { StripNull("x"); }},
+      {"RunCmd none", [] { RunCmd("none", 1); }},
+      {"MoveFiles started", [&] { MoveFiles(none, none, none); }},
+      {"ComparePos", [&] { ComparePos(none, none); }},
+      {"RepeatPos", [] { RepeatPos({}); }}};
+  for (const auto& [line, routine] : rows) {
+    Logging l;
+    l.TurnLoggingOn();
+    l.Call(routine);
+    const Texts log = l.TakeLog();
+    EXPECT_EQ(std::count(log.begin(), log.end(), line), 1) << line;
+  }
 }
 
 TEST(Reports, Layouts) {
