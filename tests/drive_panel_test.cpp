@@ -34,10 +34,12 @@ void GiveBootCode(VirtualDisk& disk) {
 
 TEST(DrivePanel, DrivesOnOffer) {
   const Texts both{kE, kF}, none;
-  const Texts onDrive4{"E: DRIVE 4" + kE.substr(10), "F: DRIVE 4" + kF.substr(10)};
-  const auto asDrive4 = [](int furtherLetters) {
+  const auto onDrive = [](const std::string& number) {
+    return Texts{"E: DRIVE " + number + kE.substr(10), "F: DRIVE " + number + kF.substr(10)};
+  };
+  const auto asDrive = [](int number, int furtherLetters) {
     return [=](ProgramOnPc& p) {
-      p.world.stick.number = 4;
+      p.world.stick.number = number;
       p.pc.facts.furtherDrives = furtherLetters;
     };
   };
@@ -58,8 +60,9 @@ TEST(DrivePanel, DrivesOnOffer) {
       {"unreadable", [](auto& p) { p.world.stick.unreadable.insert(0); }, none},
       {"no volumes", [](auto& p) { p.world.e.present = p.world.f.present = false; }, none},
       {"no size", [](auto& p) { p.world.stick.bytes = 8'225'279; }, none},
-      {"number 4 of 4 letters", asDrive4(0), none},
-      {"number 4 of 5 letters", asDrive4(1), onDrive4},
+      {"number 4 of 4 letters", asDrive(4, 0), none},
+      {"number 4 of 5 letters", asDrive(4, 1), onDrive("4")},
+      {"number 12 of 13 letters", asDrive(12, 9), onDrive("12")},
       {"label not told",
        [](auto& p) { p.world.e.label = "14 characters."; },
        {"E: DRIVE 1  " + kE.substr(15), kF}},
@@ -79,6 +82,16 @@ TEST(DrivePanel, DrivesOnOffer) {
               row.name == std::string("unreadable") ? BoxRows{ReadFailed("1")} : BoxRows());
     EXPECT_TRUE(p.Enabled(Control::cmdSwitchPtns)) << "nothing selected changes nothing";
   }
+}
+
+TEST(DrivePanel, ADiskWithoutAnInquiryShowsNothingOfTheOneBefore) {
+  ProgramOnPc p;
+  p.world.systemDisk.bus = kBusUsb;
+  GiveBootCode(p.world.systemDisk);
+  p.world.stick.answersInquiry = false;
+  p.Start();
+  EXPECT_EQ(p.Rows(Control::Combo1)[1], kE.substr(0, kE.find("Tessel")) + std::string(31, ' '));
+  EXPECT_FALSE(p.Enabled(Control::cmdSwitchPtns)) << "not known to be removable";
 }
 
 TEST(DrivePanel, FirstRowIsSelectedAnew) {

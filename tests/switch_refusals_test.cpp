@@ -32,10 +32,13 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
         "ERROR: File " + file + " is too small, not accessible/contiguous or not an NTFS drive!");
   };
   const BoxRow kNone{kQuestion, ""}, kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
-  const BoxRow kBeyondDisk = Warning(
-      "Bad place of file!",
-      "ERROR: File E:\\_ISO\\DATA starts at sector 4294967295 and ends beyond Drive 1, which "
-      "has 31250000 sectors.\r\nThe partition table was not changed.");
+  // Eight digits are within the limits.
+  const auto beyondDisk = [](const std::string& file) {
+    return Warning("Bad place of file!",
+                   "ERROR: File " + file +
+                       " starts at sector 4294967295 and ends beyond Drive 1, which has 31250000 "
+                       "sectors.\r\nThe partition table was not changed.");
+  };
   const BoxRow kBadLength = Stop("Bad FLength", "ERROR: Bad File length!");
   const char *kFails = "getFileExtents failed", *kInPieces = "More than one extent";
   const struct {
@@ -55,7 +58,8 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
               {kD, 1, kFar, kTrue, beyond(" " + kD)},
               {kD, 1, kFar, kBeyond2TB, large(" " + kD)},
               {kD, 1, "", kTrue, invalid(kD), kFails},
-              {kD, 1, at("FFFFFFFF"), kBeyond2TB - 512, kBeyondDisk},
+              {kRescue, 1, at("FFFFFFFF"), kBeyond2TB - 512, beyondDisk(kRescue)},
+              {kD, 1, at("FFFFFFFF"), kBeyond2TB - 512, beyondDisk(kD)},
               {kA, 3, "u", kTrue, ReadFailed(0)},
               {kA, 4, "", kTrue, kBadStart, kFails},
               {kA, 4, "-", 0, kBadLength},
