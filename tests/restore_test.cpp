@@ -79,10 +79,8 @@ TEST(Restore, LooksAtThePlacesInTheirOrder) {
       {"long file", {.inFile = Sound, .fileBytes = 600}, askFile, "30 60 0"},
       {"file, Cancel", {.at1 = Sound, .inFile = Sound, .fileBytes = 512}, askFileInVain, "30 60 1"},
       {"file a byte short", {.inFile = Sound, .fileBytes = 511}, {kNoBackup}, "30 60 1"},
-      {"file without boot code", {.inFile = NoBootCode, .fileBytes = 512}, {kNoBackup}, "30 60 1"},
       {"LBA 1 without boot code", {.at1 = NoBootCode}, {kNoBackup, kOldTable}, "30 60 1"},
       {"LBA 1 uniform", {}, {kNoBackup}, "30 60 1"},
-      {"LBA 1 without 55 AA", {.at1 = NoEnding}, {kNoBackup}, "30 60 1"},
       {"LBA 1 without a partition", {.at1 = NoPartition}, {kNoBackup}, "30 60 1"},
       {"LBA 1 isn't read", {.unreadable = 1}, {kNoBackup, kNothing}, "30 60 1 1"}};
   for (const auto& row : rows) {

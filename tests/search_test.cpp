@@ -77,29 +77,31 @@ TEST(Search, FolderThatBreaksOff) {
   }
 }
 
-// The second volume is looked at also when it is the image's own; the first X4 counts.
-TEST(Search, FourthFileOnTheSecondVolume) {
-  Searching s;
-  s.Select('F');
-  for (const char* file : {"a.volpakx4x4q", "x4q"}) s.Add("F:\\_ISO\\WIN\\" + std::string(file));
-  s.Add("F:\\_ISO\\X4q");
-  EXPECT_EQ(s.Found(), Texts{"F:\\_ISO\\WIN\\a.volpakx4x4q :&X4: F:\\_ISO\\x4q"});
-}
-
-TEST(Search, NamesWithoutStemOrMark) {
-  Searching s;
-  // Sorted, though the walk comes to the folder last.
-  const Texts images{"E:\\_ISO\\.volPAK", "E:\\_ISO\\0\\z.volPAK", "E:\\_ISO\\aX4b.volPAK",
-                     "E:\\_ISO\\b.volPAK"};
-  for (const std::string& image : images) s.Add(image);
-  EXPECT_EQ(s.Found(), images);
-}
-
-TEST(Search, VolumesAreLookedUpAnewBehindTheCompanion) {
-  Searching s;
-  for (const char* file : {"E:\\_ISO\\a.volPAKX4b", "F:\\_ISO\\a", "F:\\_ISO\\b"}) s.Add(file);
-  vol1 = vol2 = vol3 = vol4 = "";
-  EXPECT_EQ(s.Found(), Texts{"E:\\_ISO\\a.volPAKX4b :&X4: F:\\_ISO\\b"});
+TEST(Search, RowsTellWhatBelongsToAnImage) {
+  const struct {
+    const char* name;
+    char selected;
+    Texts files, rows;
+  } rows[] = {{"the second volume's _ISO, also of an image on it; the first X4 counts",
+               'F',
+               {"F:\\_ISO\\WIN\\a.volpakx4x4q", "F:\\_ISO\\WIN\\x4q", "F:\\_ISO\\X4q"},
+               {"F:\\_ISO\\WIN\\a.volpakx4x4q :&X4: F:\\_ISO\\x4q"}},
+              {"sorted, though the walk comes to the folder last; no stem, a mark in the stem",
+               'E',
+               {"E:\\_ISO\\b.volPAK", "E:\\_ISO\\.volPAK", "E:\\_ISO\\0\\z.volPAK"},
+               {"E:\\_ISO\\.volPAK", "E:\\_ISO\\0\\z.volPAK", "E:\\_ISO\\b.volPAK"}},
+              {"volumes are looked up anew after the companion",
+               'E',
+               {"E:\\_ISO\\a.volPAKX4b", "F:\\_ISO\\a", "F:\\_ISO\\b"},
+               {"E:\\_ISO\\a.volPAKX4b :&X4: F:\\_ISO\\b"}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Searching s;
+    s.Select(row.selected);
+    for (const std::string& file : row.files) s.Add(file);
+    if (row.rows.size() == 1) vol1 = vol2 = vol3 = vol4 = "";
+    EXPECT_EQ(s.Found(), row.rows);
+  }
 }
 
 TEST(Search, FileInUseIsThereThoughItTellsNoAttributes) {
@@ -129,17 +131,6 @@ TEST(Search, CountsAndRoots) {
   EXPECT_EQ(s.Found(), Texts()) << "also where the walk begins there";
   MYDRIVE = "E:\\other";
   EXPECT_EQ(s.Found(), Texts{"E:\\other\\b.volPAK"}) << "nothing is appended";
-}
-
-TEST(Search, PathOutOfALine) {
-  PreparedPc p;
-  for (const char* behind : {"", " :&: b", " :&: F:\\b :&X4: c", " :&X4: c"}) {
-    Sys.toolkit->ClearItems(Control::List1);
-    Sys.toolkit->AddItem(Control::List1, std::string("E:\\a :b") + behind);
-    EXPECT_EQ(GetList1(), "") << "no line is selected";
-    Sys.toolkit->SetListIndex(Control::List1, 0);
-    EXPECT_EQ(GetList1(), "E:\\a :b");
-  }
 }
 
 }  // namespace

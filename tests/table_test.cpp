@@ -1,6 +1,7 @@
 // The composed table: what each entry ends up holding, to the byte, how the type is found or asked
 // for, and how the report words it.
 #include <algorithm>
+#include <array>
 
 #include "disk/sector_buffer.h"
 #include "imagefiles/measured_file.h"
@@ -8,6 +9,7 @@
 #include "switch/partition_table.h"
 #include "tests/oracle.h"
 #include "tests/support.h"
+#include "text/text.h"
 
 namespace {
 
@@ -82,74 +84,41 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
   }
 }
 
-TEST(ReportOfTheTable, WordsEachEntryInItsOwnWay) {
-  struct Row {
-    std::uint64_t type;
-    const char *entry1, *entry3, *entry4;
-  };
-  const Row kRows[] = {{12, "0C (FAT32) ", "0C (FAT32 )", "0C (FAT32)"},
-                       {7, "07 (NTFS)  ", "07 (NTFS)  ", "07 (NTFS) "},
-                       {131, "83", "83", "83"},
-                       {0, "00", "00", "00"}};
-  for (const Row& row : kRows) {
-    SwitchRun run;
-    run.ImageFile = "E:\\I";
-    run.CompanionFile = "F:\\C";
-    run.CompanionName = "C";
-    run.FourthFile = "G:\\D";
-    run.PTYPE1 = run.PTYPE3 = run.PTYPE4 = row.type;
-    run.Run1 = run.Run3 = run.Run4 = {0xFFFFFFFF, 1};
-    run.Ptn2Text = "(keep)";
-    const std::string start = " Start=4294967295 (0xFFFFFFFF) \r\n";
-    EXPECT_EQ(TableReport(run), "PTN1: Type=" + (row.entry1 + start) + "E:\\I\r\n\r\nPTN2: (keep)" +
-                                    "\r\n\r\nPTN3: Type=" + row.entry3 + start +
-                                    "F:\\C\r\n\r\nPTN4: Type=" + row.entry4 + start + "G:\\D\r\n");
-  }
-}
-
 TEST(PartitionType, IsReadFromTheImagesFirstSector) {
-  struct Row {
+  const struct {
     const char* name;
     std::size_t at3, at82;  // lengths of "NTFS" and "FAT32" put there
     std::uint64_t bytes;
     int type;
-  };
-  const Row kRows[] = {
-      {"NTFS", 4, 0, 1024, 7},    {"FAT32", 0, 5, 1024, 12},    {"both", 4, 5, 1024, 12},
-      {"neither", 0, 0, 1024, 0}, {"FAT3 only", 0, 4, 1024, 0}, {"NTF only", 3, 0, 1024, 0},
-      {"cut at 86", 0, 5, 86, 0}, {"short", 4, 0, 7, 7},        {"nothing in it", 0, 0, 0, 0}};
-  for (const Row& row : kRows) {
-    ProgramOnPc program;
-    program.Prepare();
+  } rows[] = {{"NTFS", 4, 0, 1024, 7},     {"FAT32", 0, 5, 1024, 12},
+              {"both", 4, 5, 1024, 12},    {"FAT3 only", 0, 4, 1024, 0},
+              {"NTF only", 3, 0, 1024, 0}, {"cut at 86", 0, 5, 86, 0},
+              {"short", 4, 0, 7, 7},       {"nothing in it", 0, 0, 0, 0}};
+  for (const auto& row : rows) {
+    PreparedPc program;
     std::string content(row.bytes, 'x');
     if (row.at3 != 0) content.replace(3, row.at3, "NTFS", row.at3);
     if (row.at82 != 0) content.replace(82, row.at82, "FAT32", row.at82);
     program.world.e.AddText("\\i", content.substr(0, row.bytes));
     FirstBytes first;
-    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\i", first), row.type) << row.name; });
-    EXPECT_EQ(program.TakeBoxes(), BoxRows());
-    program.Call([&] { EXPECT_EQ(Get_Format_Type("E:\\none", first), 0); });
-    EXPECT_EQ(program.TakeBoxes(),
-              (BoxRows{{kTitle,
-                        "Err.Number=53 Err.Description=File not found Me.Name=Form1."
-                        "Get_Format_Type(fname) Erl=0"}}));
+    EXPECT_EQ(Get_Format_Type("E:\\i", first), row.type) << row.name;
   }
+  PreparedPc program;
+  FirstBytes first;
+  EXPECT_EQ(Get_Format_Type("E:\\none", first), 0);
+  EXPECT_EQ(program.TakeBoxes(), (BoxRows{{kTitle,
+                                           "Err.Number=53 Err.Description=File not found Me.Name="
+                                           "Form1.Get_Format_Type(fname) Erl=0"}}));
 }
 
 TEST(PartitionType, IsAskedForInHexadecimal) {
-  struct Row {
-    const char* answer;
-    std::uint64_t type;
-  };
-  const Row kRows[] = {{"0x83", 131}, {"0X83", 131}, {"ox83", 131},  {"83", 131}, {"0xox0C", 12},
-                       {"af", 175},   {"7", 7},      {"", 0},        {"0x", 0},   {"zz", 0},
-                       {"0", 0},      {"1", 1},      {"0x1FF", 511}, {"83h", 131}};
-  for (const Row& row : kRows) {
-    ProgramOnPc program;
-    program.Prepare();
-    program.pc.toolkit.AnswerInput(row.answer);
-    program.Call([&] { EXPECT_EQ(Ask_User_What_Type(0, "2nd"), row.type) << row.answer; });
-    ASSERT_EQ(program.pc.toolkit.inputs.size(), 1U);
+  const std::pair<const char*, std::uint64_t> rows[] = {
+      {"0x83", 131}, {"0X83", 131}, {"ox83", 131}, {"0xox0C", 12}, {"af", 175},
+      {"", 0},       {"0x", 0},     {"zz", 0},     {"0x1FF", 511}, {"83h", 131}};
+  for (const auto& [answer, type] : rows) {
+    PreparedPc program;
+    program.pc.toolkit.AnswerInput(answer);
+    EXPECT_EQ(Ask_User_What_Type(0, "2nd"), type) << answer;
     const ShownInput& input = program.pc.toolkit.inputs[0];
     EXPECT_EQ(input.title, "Set partition type (hex)");
     EXPECT_EQ(input.initial, "0x83");
@@ -160,20 +129,38 @@ TEST(PartitionType, IsAskedForInHexadecimal) {
   }
 }
 
+// The report words the formats of each entry in its own way.
 TEST(PartitionType, IsAskedForEachFileThatShowsNone) {
-  ProgramOnPc program;
-  program.world.stick.SetSector(demo::kMarkedImage.lba, demo::ForeignBootRecord());
-  program.world.stick.SetSector(demo::kCompanion.lba, demo::ForeignBootRecord());
-  for (const char* answer : {"0x183", "", "0B"}) program.pc.toolkit.AnswerInput(answer);
-  program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"), {Answer::Ok});
-  const auto& inputs = program.pc.toolkit.inputs;
-  ASSERT_EQ(inputs.size(), 3U);
-  const char* kFiles[] = {"1st", "2nd", "4th"};
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(inputs[i].prompt.substr(27, 3), kFiles[i]);
-  const VirtualSector table = program.world.stick.Sector(0);
-  EXPECT_EQ(table[450], 0);  // 0x183 doesn't fit; the emptied entry's byte stays
-  EXPECT_EQ(table[482], 0);  // Cancel
-  EXPECT_EQ(table[498], 0x0B);
+  const struct {
+    Texts answers;
+    std::array<int, 3> types;  // of entries 1, 3 and 4
+    Texts report;              // how the entries begin there
+  } rows[] = {{{"0C", "7", "0C"},
+               {12, 7, 12},
+               {"0C (FAT32)  Start", "07 (NTFS)   Start", "0C (FAT32) Start"}},
+              {{"7", "0C", "7"},
+               {7, 12, 7},
+               {"07 (NTFS)   Start", "0C (FAT32 ) Start", "07 (NTFS)  Start"}},
+              // 0x183 doesn't fit, and the emptied entry's byte stays; no answer is 0.
+              {{"0x183", "", "0B"}, {0, 0, 11}, {"83 Start", "00 Start", "0B Start"}}};
+  for (const auto& row : rows) {
+    ProgramOnPc program;
+    for (const demo::Place& place : {demo::kMarkedImage, demo::kCompanion, demo::kFourth}) {
+      program.world.stick.SetSector(place.lba, demo::ForeignBootRecord());
+    }
+    for (const std::string& answer : row.answers) program.pc.toolkit.AnswerInput(answer);
+    const std::string report =
+        program.Boxes(Open("E:\\_ISO\\A.volPAKX4DATA"), {Answer::Ok})[0].text;
+    const VirtualSector table = program.world.stick.Sector(0);
+    const std::array entries{1, 3, 4};
+    const std::array files{"1st", "2nd", "4th"};
+    for (std::size_t i = 0; i < 3; ++i) {
+      EXPECT_EQ(program.pc.toolkit.inputs[i].prompt.substr(27, 3), files[i]);
+      EXPECT_EQ(EntryOf(table, entries[i]).type, row.types[i]);
+      const std::string begins = "PTN" + std::to_string(entries[i]) + ": Type=" + row.report[i];
+      EXPECT_TRUE(Contains(report, begins)) << begins << report;
+    }
+  }
 }
 
 }  // namespace
