@@ -86,7 +86,7 @@ TEST(Search, RowsTellWhatBelongsToAnImage) {
                'F',
                {"F:\\_ISO\\WIN\\a.volpakx4x4q", "F:\\_ISO\\WIN\\x4q", "F:\\_ISO\\X4q"},
                {"F:\\_ISO\\WIN\\a.volpakx4x4q :&X4: F:\\_ISO\\x4q"}},
-              {"sorted, though the walk comes to the folder last; no stem, a mark in the stem",
+              {"sorted, though the walk comes to the folder last; one without a stem",
                'E',
                {"E:\\_ISO\\b.volPAK", "E:\\_ISO\\.volPAK", "E:\\_ISO\\0\\z.volPAK"},
                {"E:\\_ISO\\.volPAK", "E:\\_ISO\\0\\z.volPAK", "E:\\_ISO\\b.volPAK"}},

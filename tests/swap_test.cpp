@@ -52,22 +52,25 @@ TEST(Swap, LeavesTheSelectionOfTheRefreshWhereTheVolumeIsGone) {
 
 // The same test enables the button and stands in front of the question.
 TEST(Swap, IsForTwoSoundEntriesOfARemovableDrive) {
-  struct Row {
+  const struct {
     const char* name;
     std::size_t at;  // of the byte that makes the table so
     std::uint8_t value;
-    bool removable, offered;
-  };
-  const Row kRows[] = {
-      {"two partitions", 0, 3, true, true},          {"a fixed drive", 0, 3, false, false},
-      {"small partition 1", 450, 0x21, true, false}, {"small partition 2", 466, 0x21, true, false},
-      {"no partition 1", 450, 0, true, false},       {"no partition 2", 466, 0, true, false},
-      {"bad boot byte 1", 446, 0x81, true, false},   {"bad boot byte 2", 462, 1, true, false},
-      {"second active too", 462, 0x80, true, true},  {"no ending", 511, 0, true, false}};
-  for (const Row& row : kRows) {
+    bool offered = false;
+  } rows[] = {{"two partitions", 0, 3, true},
+              {"small partition 1", 450, 0x21},
+              {"small partition 2", 466, 0x21},
+              {"no partition 1", 450, 0},
+              {"no partition 2", 466, 0},
+              {"bad boot byte 1", 446, 0x81},
+              {"bad boot byte 2", 462, 1},
+              {"second active too", 462, 0x80, true},
+              {"no ending", 511, 0},
+              {"a fixed drive", 0, 3}};
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     ProgramOnPc program;
-    program.world.stick.removable = row.removable;
+    program.world.stick.removable = std::string(row.name) != "a fixed drive";
     VirtualSector table = program.world.stick.Sector(0);
     table[row.at] = row.value;
     program.world.stick.SetSector(0, table);  // the letters stay: the table isn't read anew

@@ -1,4 +1,6 @@
 // What a switch refuses: files that no table entry can hold, boot records that it can't patch.
+#include <optional>
+
 #include "disk/sector_buffer.h"
 #include "imagefiles/measured_file.h"
 #include "switch/hidden_sectors.h"
@@ -14,7 +16,7 @@ constexpr const char* kHiddenTitle = "Error in Adjusting Hidden Sectors in PBR";
 // The files of an image are measured when they are chosen (runs 1 to 3 of the tool) and once more
 // for the table (4 to 6). The last checks concern the file measured last.
 TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
-  constexpr std::uint64_t kTrue = 7, kBeyond2TB = 0x100000000ULL * 512;
+  constexpr std::uint64_t kBeyond2TB = 0x100000000ULL * 512;
   const auto at = [](const char* lba) {
     return std::string("File offset 0 LBA: ") + lba + " Sectors: 40\r\n";
   };
@@ -31,7 +33,7 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
         "File invalid",
         "ERROR: File " + file + " is too small, not accessible/contiguous or not an NTFS drive!");
   };
-  const BoxRow kNone{kQuestion, ""}, kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
+  const BoxRow kBadStart = Stop("Bad FStart", "ERROR: Bad Start sector!");
   // Eight digits are within the limits.
   const auto beyondDisk = [](const std::string& file) {
     return Warning("Bad place of file!",
@@ -43,43 +45,48 @@ TEST(SwitchRefusals, OfFilesThatNoEntryCanHold) {
   const char *kFails = "getFileExtents failed", *kInPieces = "More than one extent";
   const struct {
     std::string file;
-    int run;             // of the tool, from which on it is so
-    std::string output;  // of the tool; "-": the truth, "u": that, but the table is unreadable
-    std::uint64_t bytes;
-    BoxRow last;
+    int run = 1;                             // of the tool, from which on it is so
+    std::optional<std::string> output = {};  // of the tool; none: the file's true place
+    std::optional<std::uint64_t> bytes = {};
+    bool tableUnreadable = false;
+    BoxRow last = {};              // none: the last question
     const char* before = nullptr;  // the title of the measuring's own box
-  } rows[] = {{kA, 1, kFar, kBeyond2TB, beyond("")},
-              {kA, 1, "-", kBeyond2TB, large("")},
-              {kA, 1, "", kTrue, invalid(kA), kFails},
-              {kA, 1, kPieces, kTrue, invalid(kA), kInPieces},
-              {kB, 1, kFar, kTrue, beyond(" " + kB)},
-              {kB, 1, kFar, kBeyond2TB, large(" " + kB)},
-              {kD, 1, kFar, kTrue, beyond(" " + kD)},
-              {kRescue, 1, at("FFFFFFFF"), kBeyond2TB - 512, beyondDisk(kRescue)},
-              {kD, 1, at("FFFFFFFF"), kBeyond2TB - 512, beyondDisk(kD)},
-              {kA, 3, "u", kTrue, ReadFailed(0)},
-              {kA, 4, "", kTrue, kBadStart, kFails},
-              {kA, 4, "-", 0, kBadLength},
-              {kA, 4, "-", kBeyond2TB, large(" " + kA)},
-              {kA, 4, kFar, kTrue, beyond(" " + kA)},
-              {kD, 6, "", kTrue, kBadStart, kFails},
-              {kRescue, 1, at("1F"), kTrue, kBadStart},
-              {kRescue, 1, "-", 15872, kBadLength},
-              {kRescue, 1, "-", 15873, kNone},
-              {kA, 1, "-", 512, kNone},
-              {kD, 1, "-", 15872, kBadLength}};
+  } rows[] = {
+      {.file = kA, .output = kFar, .bytes = kBeyond2TB, .last = beyond("")},
+      {.file = kA, .bytes = kBeyond2TB, .last = large("")},
+      {.file = kA, .output = "", .last = invalid(kA), .before = kFails},
+      {.file = kA, .output = kPieces, .last = invalid(kA), .before = kInPieces},
+      {.file = kB, .output = kFar, .last = beyond(" " + kB)},
+      {.file = kB, .output = kFar, .bytes = kBeyond2TB, .last = large(" " + kB)},
+      {.file = kD, .output = kFar, .last = beyond(" " + kD)},
+      {.file = kRescue,
+       .output = at("FFFFFFFF"),
+       .bytes = kBeyond2TB - 512,
+       .last = beyondDisk(kRescue)},
+      {.file = kD, .output = at("FFFFFFFF"), .bytes = kBeyond2TB - 512, .last = beyondDisk(kD)},
+      {.file = kA, .run = 3, .tableUnreadable = true, .last = ReadFailed(0)},
+      {.file = kA, .run = 4, .output = "", .last = kBadStart, .before = kFails},
+      {.file = kA, .run = 4, .bytes = 0, .last = kBadLength},
+      {.file = kA, .run = 4, .bytes = kBeyond2TB, .last = large(" " + kA)},
+      {.file = kA, .run = 4, .output = kFar, .last = beyond(" " + kA)},
+      {.file = kD, .run = 6, .output = "", .last = kBadStart, .before = kFails},
+      {.file = kRescue, .output = at("1F"), .last = kBadStart},
+      {.file = kRescue, .bytes = 15872, .last = kBadLength},
+      {.file = kRescue, .bytes = 15873},
+      {.file = kA, .bytes = 512},
+      {.file = kD, .bytes = 15872, .last = kBadLength}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.file + " " + std::to_string(row.run) + " " + row.output + row.last.title);
+    SCOPED_TRACE(row.file + " in run " + std::to_string(row.run) + ": " + row.last.title);
     StartedPc program;
     program.world.stick.SetSector(demo::kFourth.lba, demo::NtfsBootRecord());
     int runs = 0;
     program.pc.processes.whileChildRuns = [&] {
       if (++runs != row.run) return;
-      if (row.output.size() != 1) program.pc.processes.toolTexts[UpperCase(row.file)] = row.output;
-      if (row.output == "u") program.world.stick.unreadable = {0};
-      if (row.bytes != kTrue) program.world.e.Find(row.file.substr(2))->size = row.bytes;
+      if (row.output) program.pc.processes.toolTexts[UpperCase(row.file)] = *row.output;
+      if (row.tableUnreadable) program.world.stick.unreadable = {0};
+      if (row.bytes) program.world.e.Find(row.file.substr(2))->size = *row.bytes;
     };
-    const bool asked = row.last == kNone;
+    const bool asked = row.last == BoxRow{};
     const BoxRows boxes = program.Boxes(Open(row.file == kRescue ? kRescue : kA),
                                         std::vector(asked ? 1 : 0, Answer::Cancel));
     ASSERT_EQ(boxes.size(), row.before == nullptr ? 1U : 2U) << testing::PrintToString(boxes);

@@ -14,33 +14,31 @@
 namespace {
 
 TEST(Table, HoldsWhatTheImagesNameAsksFor) {
-  struct Row {
+  constexpr const char *kKeep = "(keep)", *kSmall = "keep (small ptn 0x21)";
+  const struct {
     const char* extension;
-    std::uint8_t type2;  // of the present entry 2
-    bool companion, fourth;
-    const char *ptn2, *ptn3, *ptn4;  // of the report
-  };
-  constexpr const char* kSmall = "keep (small ptn 0x21)";
-  const Row kRows[] = {{"volPAK", 0x0C, false, false, "-", "-", "-"},
-                       {"volPAK", 0x21, false, false, kSmall, "-", "-"},
-                       {"VOLpakauto", 0x21, false, false, kSmall, "-", "-"},
-                       {"volPAKAUTO", 0x21, true, false, "-", "", "-"},
-                       {"volPAK1", 0x21, false, false, "-", "-", "-"},
-                       {"volPAKAUTO2", 0x0C, false, false, "(keep)", "-", "-"},
-                       {"volPAK2", 0x21, false, false, "(keep)", "-", "-"},
-                       {"volPAK2", 0x0C, true, false, "(keep)", "", "-"},
-                       {"volPAK23", 0x0C, false, false, "(keep)", "(keep)", "-"},
-                       {"volPAK23", 0x0C, true, false, "(keep)", "", "-"},
-                       {"volPAK3", 0x0C, false, false, "-", "-", "-"},
-                       {"volPAKX4D", 0x21, false, true, "-", "-", ""},
-                       {"volPAKX4D", 0x21, false, false, "-", "-", "-"},
-                       {"volPAK2X4D", 0x0C, false, true, "-", "-", ""},
-                       {"volPAK2X4D", 0x0C, false, false, "(keep)", "-", "-"},
-                       {"volPAKX4D2", 0x0C, false, false, "(keep)", "-", "-"},
-                       {"volPAK23X4D", 0x0C, true, true, "(keep)", "", ""}};
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(row.extension) + (row.companion ? " &" : "") +
-                 (row.fourth ? " X4" : ""));
+    std::uint8_t type2 = 0x0C;  // of the present entry 2
+    bool companion = false, fourth = false;
+    const char *ptn2 = "-", *ptn3 = "-";  // of the report; ptn3 without a companion
+  } rows[] = {{.extension = "volPAK"},
+              {.extension = "volPAK", .type2 = 0x21, .ptn2 = kSmall},
+              {.extension = "VOLpakauto", .type2 = 0x21, .ptn2 = kSmall},
+              {.extension = "volPAKAUTO", .type2 = 0x21, .companion = true},
+              {.extension = "volPAK1", .type2 = 0x21},
+              {.extension = "volPAKAUTO2", .ptn2 = kKeep},
+              {.extension = "volPAK2", .type2 = 0x21, .ptn2 = kKeep},
+              {.extension = "volPAK2", .companion = true, .ptn2 = kKeep},
+              {.extension = "volPAK23", .ptn2 = kKeep, .ptn3 = kKeep},
+              {.extension = "volPAK23", .companion = true, .ptn2 = kKeep},
+              {.extension = "volPAK3"},
+              {.extension = "volPAKX4D", .type2 = 0x21, .fourth = true},
+              {.extension = "volPAKX4D", .type2 = 0x21},
+              {.extension = "volPAK2X4D", .fourth = true},
+              {.extension = "volPAK2X4D", .ptn2 = kKeep},
+              {.extension = "volPAK23X4D", .companion = true, .fourth = true, .ptn2 = kKeep}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.extension) + (row.companion ? ", companion" : "") +
+                 (row.fourth ? ", fourth file" : ""));
     ProgramOnPc program;
     VirtualDisk& stick = program.world.stick;
     const std::string image = std::string("\\_ISO\\I23.") +  // marks count in the extension only
@@ -62,15 +60,12 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
     if (row.companion) answers.insert(answers.begin(), Answer::No);  // the order of the files
     const BoxRows boxes = program.Boxes(Open("E:" + image), answers);
 
-    const auto place = [](const char* text, const std::string& built) {
-      return *text == '\0' ? built : text;
-    };
-    std::string report = "PTN1: Type=07 (NTFS)   Start=129024 (0x1F800) \r\nE:" + image;
-    report += std::string("\r\n\r\nPTN2: ") + row.ptn2;
-    report += "\r\n\r\nPTN3: " +
-              place(row.ptn3, "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I23");
-    report += "\r\n\r\nPTN4: " +
-              place(row.ptn4, "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D");
+    const std::string ptn3 = "Type=0C (FAT32 ) Start=66051 (0x10203) \r\nE:\\_ISO\\I23";
+    const std::string ptn4 = "Type=07 (NTFS)  Start=9470064 (0x908070) \r\nE:\\_ISO\\D";
+    const std::string report = "PTN1: Type=07 (NTFS)   Start=129024 (0x1F800) \r\nE:" + image +
+                               "\r\n\r\nPTN2: " + row.ptn2 +
+                               "\r\n\r\nPTN3: " + (row.companion ? ptn3 : row.ptn3) +
+                               "\r\n\r\nPTN4: " + (row.fourth ? ptn4 : "-");
     EXPECT_EQ(boxes.back().text, report + "\r\n\r\nOK to write new MBR to Drive 1?");
 
     const std::optional<Role> companion = Role{0x10203, 513, 12}, fourth = Role{0x908070, 99, 7};
