@@ -1,4 +1,4 @@
-#include "platform/win32/press_hook.h"
+#include "platform/win32/window/press_hook.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "platform/win32/input_box.h"
+#include "platform/win32/window/input_box.h"
 
-#include "platform/win32/dpi.h"
 #include "platform/win32/win32_headers.h"
+#include "platform/win32/window/dpi.h"
 
 namespace {
 

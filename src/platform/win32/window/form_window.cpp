@@ -1,7 +1,7 @@
-#include "platform/win32/form_window.h"
+#include "platform/win32/window/form_window.h"
 
-#include "platform/win32/dpi.h"
-#include "platform/win32/resource_ids.h"
+#include "platform/win32/window/dpi.h"
+#include "platform/win32/window/resource_ids.h"
 
 FormWindow TheForm;
 

@@ -1,9 +1,9 @@
 // How the controls are made, sized and given their fonts.
 #include <cstring>
 
-#include "platform/win32/dpi.h"
-#include "platform/win32/form_window.h"
-#include "platform/win32/resource_ids.h"
+#include "platform/win32/window/dpi.h"
+#include "platform/win32/window/form_window.h"
+#include "platform/win32/window/resource_ids.h"
 
 namespace {
 

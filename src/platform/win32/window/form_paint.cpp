@@ -1,6 +1,6 @@
 // Colours, drawn rows and the pointer.
-#include "platform/win32/dpi.h"
-#include "platform/win32/form_window.h"
+#include "platform/win32/window/dpi.h"
+#include "platform/win32/window/form_window.h"
 
 namespace {
 

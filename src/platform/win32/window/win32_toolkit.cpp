@@ -1,9 +1,9 @@
-#include "platform/win32/dpi.h"
-#include "platform/win32/form_window.h"
-#include "platform/win32/input_box.h"
-#include "platform/win32/press_hook.h"
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
+#include "platform/win32/window/dpi.h"
+#include "platform/win32/window/form_window.h"
+#include "platform/win32/window/input_box.h"
+#include "platform/win32/window/press_hook.h"
 
 namespace {
 
