@@ -16,8 +16,8 @@ extern std::string MediaKind;         // "REMOVABLE MEDIA", "FIXED MEDIA" or emp
 constexpr const char* kRemovableMedia = "REMOVABLE MEDIA";
 constexpr const char* kFixedMedia = "FIXED MEDIA";
 
-// The first four volumes of the drive in the order of their letters, C: to Z:; empty where there
-// are fewer. True: there is at least one.
+// The first four volumes of the drive in the order of their letters, C: to Z:; empty if there are
+// fewer. True: there is at least one.
 bool Get_Drive_Volumes(std::int32_t driveNo, std::string& volume1, std::string& volume2,
                        std::string& volume3, std::string& volume4);
 

@@ -16,7 +16,7 @@ void Close_Volume_Windows(const std::string& vol);
 // not wait. An empty prefix does nothing.
 void Close_Windows_By_Title(const std::string& prefix);
 
-// A window that stands by itself on the desktop: titled, visible, without an owner.
+// True for the window of an application: titled, visible, without an owner.
 bool IsTaskWindow(WindowHandle hwnd);
 
 std::string GetWindowTitle(WindowHandle hwnd);
