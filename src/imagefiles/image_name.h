@@ -30,8 +30,8 @@ struct Place {
   std::string path, shown;
 };
 
-// In the order in which they are looked at: the same folder, \_ISO and the root of the drive's
-// other volumes (vol1 to vol4), then the image's own folder. None without a base name.
+// In search order: the same folder, \_ISO and the root of the drive's other volumes (vol1 to vol4),
+// then the image's own folder. None without a base name.
 std::vector<Place> CompanionPlaces(const ImageName& name);
 
 // \_ISO of the other volumes, the image's own folder, \_ISO of its volume. None without a fourth

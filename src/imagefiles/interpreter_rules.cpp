@@ -44,7 +44,7 @@ bool IsVariable(const std::string& name) {
          Sys.facts->Environment(name).has_value();
 }
 
-// What stands between two %: a name, or a name, a colon and a change to its value.
+// The text between two % is a name, or a name, a colon and a substitution.
 bool NamesVariable(const std::string& text) {
   for (std::size_t colon = text.find(':'); colon != std::string::npos;
        colon = text.find(':', colon + 1)) {

@@ -41,8 +41,8 @@ class MovingFile {
   // other is dropped.
   bool KeepWholeCopy();
 
-  // The exchange, in this order. Each does nothing where the step before it failed, but GiveName
-  // is tried all the same: it fails as the rename does, and gives the original its name back.
+  // The exchange, in this order. GiveName is tried even after a failed SetAside: if its rename
+  // fails, the original gets its name back. DeleteAside does nothing if a step before it failed.
   void SetAside();
   void GiveName();
   void DeleteAside();
