@@ -1,8 +1,8 @@
 // What the shell does for the rooms below it.
 #pragma once
 
-// Lets all pending events run. A user event that arrives while an action is under way is dropped;
-// what the user moved or ticked meanwhile is put back.
+// Processes all pending events. A user event that arrives during an action is dropped, and what the
+// user selected or ticked in that time is restored.
 void DoEvents();
 
 // Rebuilds the drive list, as after a write.
