@@ -31,7 +31,7 @@ constexpr Place kMarkedImage{"\\_ISO\\A.volPAKX4DATA", 600'000, 65'536};
 constexpr Place kCompanion{"\\_ISO\\A", 700'000, 65'536};  // FAT32
 constexpr Place kFourth{"\\_ISO\\DATA", 800'000, 20'000};  // its type is asked for
 
-constexpr std::size_t kBootCodeMark = 200;  // where "Missing MBR-hel" stands in sector 0
+constexpr std::size_t kBootCodeMark = 200;  // offset of "Missing MBR-hel" in sector 0
 
 struct World {
   VirtualDisk& systemDisk;

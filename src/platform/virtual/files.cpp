@@ -58,7 +58,7 @@ bool VirtualFiles::Collides(const Place& place, std::uint32_t access) const {
         UpperCase(open.path) != UpperCase(place.path) || (open.access & kGenericReadWrite) == 0) {
       return false;
     }
-    // As bits of access read is 2 and write 1, as bits of sharing the other way round.
+    // Access has read as bit 1 and write as bit 0; sharing has them the other way around.
     const std::uint32_t shared = (open.share & 1) << 1 | (open.share >> 1 & 1);
     return wanted == kDeleteAccess || (wanted & ~shared) != 0;
   });

@@ -1,7 +1,7 @@
 // Child processes: the command interpreter with its copy command, and the extents tool.
 //
-// Does not model: children that run beside the program (a child has done its work when Shell
-// returns; only its end may come later), consoles, other programs.
+// Does not model: children that run in parallel to the program (a child has done its work when
+// Shell returns; only its end may come later), consoles, other programs.
 #pragma once
 
 #include <functional>

@@ -129,7 +129,7 @@ std::string VirtualToolkit::InputBox(const InputQuestion& question, PressFilter&
   const std::string& title = question.title;
   ShownInput input{question.prompt, title, question.initial, question.initial};
   if (ImpatienceAnswers(title, filter)) {
-    // The default stands.
+    // The default button answers.
   } else if (onInput) {
     input.answer = onInput(input);
   } else if (!inputAnswers_.empty()) {

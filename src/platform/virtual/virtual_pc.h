@@ -49,7 +49,7 @@ class VirtualPc {
   // The same disks and files in a machine just started.
   void Reboot();
 
-  std::vector<std::string> OpenHandles() const;  // by name; mutexes are kept for good
+  std::vector<std::string> OpenHandles() const;  // by name; mutexes are never closed
   std::vector<std::string> HeldLocks() const;    // "E:", "PhysicalDrive1 range"
 
   Machine machine;
