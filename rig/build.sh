@@ -1,12 +1,12 @@
 #!/bin/sh
 # Builds the Windows side of the rig: build.sh FOLDER TRIPLE. That is the library, the launcher, the
-# robot, a program to be planted and another extents tool.
+# robot, a program to plant and a substitute extents tool.
 set -eu
 out=$1
 triple=$2
 here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$out"
-newer() { # newer TARGET SOURCE...: true when TARGET is there and no SOURCE is younger
+newer() { # newer TARGET SOURCE...: true if TARGET exists and no SOURCE is newer
   target=$1
   shift
   [ -e "$target" ] && [ -z "$(find "$@" "$here/build.sh" -newer "$target")" ]
