@@ -1,7 +1,6 @@
 // How the controls are made, sized and given their fonts.
-#include <cstring>
-
 #include "platform/win32/window/dpi.h"
+#include "platform/win32/window/fonts.h"
 #include "platform/win32/window/form_window.h"
 #include "platform/win32/window/resource_ids.h"
 
@@ -10,11 +9,6 @@ namespace {
 constexpr int kFirstControlId = 100;  // clear of IDOK and IDCANCEL
 constexpr int kDropDownRows = 12;
 constexpr int kExtentMargin = 6;  // at 96 dpi, beyond a list's longest row
-
-// The outline font with the measures of the bitmap font "MS Sans Serif", which exists in the sizes
-// of a 96 dpi screen only.
-constexpr const wchar_t* kWindowFont = L"Microsoft Sans Serif";
-constexpr const char* kBitmapFont = "MS Sans Serif";
 
 struct WindowKind {
   const wchar_t* className;
@@ -45,14 +39,6 @@ WindowKind KindOf(const ControlDesign& design) {
       break;
   }
   return {};
-}
-
-HFONT MakeFont(const char* name, bool bold, bool italic, bool underlined, int dpi) {
-  const bool bitmap = name == nullptr || std::strcmp(name, kBitmapFont) == 0;
-  const int height = -::MulDiv(825, dpi, 7200);  // 8.25 points
-  return ::CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, italic, underlined, FALSE,
-                       DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                       DEFAULT_PITCH, bitmap ? kWindowFont : WideText(name).c_str());
 }
 
 void Replace(HFONT& font, HFONT by) {
@@ -101,7 +87,7 @@ void FormWindow::AddToolTip(HWND control, const char* text) {
 }
 
 void FormWindow::LayOut() {
-  const HFONT font = MakeFont(nullptr, false, false, false, dpi_);
+  const HFONT font = FittingFont(*design_, {}, dpi_);
   if (measure_ == nullptr) measure_ = ::CreateCompatibleDC(nullptr);
   ::SelectObject(measure_, font);  // before the old one goes
   Replace(font_, font);
@@ -113,9 +99,7 @@ void FormWindow::LayOutControl(const ControlDesign& design) {
   Part& part = parts_[Index(design.id)];
   if (part.window == nullptr) return;
   const bool own = design.fontName != nullptr || design.bold || design.italic || design.underlined;
-  Replace(part.font,
-          own ? MakeFont(design.fontName, design.bold, design.italic, design.underlined, dpi_)
-              : nullptr);
+  Replace(part.font, own ? FittingFont(*design_, design, dpi_) : nullptr);
   const HFONT font = own ? part.font : font_;
   ::SendMessageW(part.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
 
