@@ -57,25 +57,24 @@ def mount(device, folder, options="rw"):
     if system == "":
         raise RuntimeError(f"no file system on {device}")
     os.makedirs(folder, exist_ok=True)
-    driver = None
     if system == NTFS:
-        run("ntfs-3g", "-o", options, device, folder)
+        _mounts[folder] = start_driver(folder, "ntfs-3g", "-o", options + ",no_detach", device, folder)
     elif system == EXFAT:
         run("mount.exfat-fuse", "-o", options, device, folder)
+        _mounts[folder] = None
     else:
-        driver = start_fat_driver(device, folder)
-    _mounts[folder] = driver
+        _mounts[folder] = start_driver(folder, "fusefat", "-f", "-s", "-o", "ro", device, folder)
 
 
-def start_fat_driver(device, folder):
+def start_driver(folder, *command):
     """Starts it in the foreground, so that unmount() can wait for its end, which umount doesn't. The
-    device's cache lives until the driver has closed it; an earlier mount would miss raw writes."""
-    driver = subprocess.Popen(["fusefat", "-f", "-s", "-o", "ro", device, folder],
-                              start_new_session=True, stdin=subprocess.DEVNULL,
+    device's cache lives until the driver has closed it; another mount or a raw access would miss what
+    is in there."""
+    driver = subprocess.Popen(command, start_new_session=True, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     while not os.path.ismount(folder):
         if driver.poll() is not None:
-            raise RuntimeError(f"the FAT on {device} can't be mounted")
+            raise RuntimeError(f"{command[0]} can't mount {folder}")
         time.sleep(0.01)
     return driver
 
