@@ -5,8 +5,9 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <cstring>
 #include <string>
+
+#include "with_library.h"
 
 namespace {
 
@@ -23,24 +24,6 @@ int Fail(const char* what) {
   return 95;
 }
 
-// True: the library is in the process and has installed its hooks.
-bool LoadInto(HANDLE process, const std::wstring& library) {
-  const SIZE_T bytes = (library.size() + 1) * sizeof(wchar_t);
-  void* text = VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-  if (text == nullptr || !WriteProcessMemory(process, text, library.c_str(), bytes, nullptr))
-    return false;
-  const FARPROC load = GetProcAddress(GetModuleHandleA("kernel32.dll"), "LoadLibraryW");
-  LPTHREAD_START_ROUTINE start;
-  memcpy(&start, &load, sizeof start);
-  const HANDLE thread = CreateRemoteThread(process, nullptr, 0, start, text, 0, nullptr);
-  if (thread == nullptr) return false;
-  WaitForSingleObject(thread, INFINITE);
-  DWORD loaded = 0;
-  GetExitCodeThread(thread, &loaded);
-  CloseHandle(thread);
-  return loaded != 0;
-}
-
 // Takes the first argument off a command line, quotes included.
 std::wstring Next(const wchar_t*& text) {
   const wchar_t* begin = text;
@@ -54,12 +37,6 @@ std::wstring Next(const wchar_t*& text) {
 
 std::wstring Unquoted(std::wstring text) {
   std::erase(text, L'"');
-  return text;
-}
-
-std::wstring Environment(const wchar_t* name) {
-  wchar_t text[MAX_PATH] = L"";
-  GetEnvironmentVariableW(name, text, MAX_PATH);
   return text;
 }
 

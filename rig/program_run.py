@@ -16,17 +16,19 @@ class ProgramRun:
     """with ProgramRun(folder, stick image) as run: the program runs and the robot works it.
     Everything that was started ends with the block, whatever happens in it. The further images are
     plugged in from the start too. With places (ends of paths to sectors) a substitute extents tool
-    prints these."""
+    prints these. With children, the library is in what the program starts too. With framed, Wine
+    draws the windows' frames, which it otherwise leaves to a window manager."""
 
     def __init__(self, folder, image, program=None, display=None, writable=False,
-                 screen="1024x768x24", dpi=96, further=(), places=None):
+                 screen="1024x768x24", dpi=96, further=(), places=None, children=False,
+                 framed=False):
         self.folder, self.image, self.writable = folder, image, writable
         self.images = (image, *further)
         self.shown_on, self.screen, self.dpi = display, screen, dpi
         self.program = program or os.environ.get(
             "ROTATE_PROGRAM", os.path.join(PROGRAMS, "Rotate_TSD.exe"))
         self.tool = os.path.join(os.path.dirname(self.program), "getFileExtents.exe")
-        self.places = places
+        self.places, self.asks_children, self.framed = places, children, framed
         self.children = []
         self.usb = self.launched = None
 
@@ -44,6 +46,8 @@ class ProgramRun:
         prefix = os.path.join(self.folder, "prefix")
         copy_prefix(prefix)
         set_density(prefix, self.dpi)
+        if self.framed:
+            draw_frames(prefix)
         place = os.path.join(prefix, "drive_c", "rotate")
         library = windows_path(os.path.join(BIN, "virtual_usb.dll"))
         os.makedirs(place)
@@ -61,6 +65,7 @@ class ProgramRun:
         self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
                                             ROTATE_RIG_PORT=str(self.usb.port),
                                             ROTATE_RIG_LIBRARY=library,
+                                            ROTATE_RIG_CHILDREN="1" * self.asks_children,
                                             ROTATE_RIG_TOOL=windows_path(self.tool),
                                             ROTATE_RIG_ANSWERS=windows_path(self.answers()))
         self.robot = Robot(self.environment, self.usb.journal, self.ended)
@@ -141,6 +146,12 @@ def set_density(prefix, dpi):
         raise RuntimeError("no place for the density in the registry")
     with open(path, "w", encoding="latin-1") as file:
         file.write(text)
+
+
+def draw_frames(prefix):
+    """Into the registry, as set_density does."""
+    with open(os.path.join(prefix, "user.reg"), "a", encoding="latin-1") as file:
+        file.write('\n[Software\\\\Wine\\\\X11 Driver] 1\n"Decorated"="N"\n')
 
 
 def windows_path(path):

@@ -15,6 +15,8 @@
 //   freeze, thaw       stop the window's thread, and let it go on
 //   pointer X Y        put the mouse pointer there, in pixels of the screen
 //   hover CAPTION      put the mouse pointer onto a button or check box
+//   frame N            put it onto the part of the window's frame that hit tests call N
+//   press              press and release the mouse's left button where the pointer is
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
 //   hammer VK MS       press a key every MS milliseconds until a box is there
 //   hold VK MS         hold a key down that repeats every MS milliseconds, from before a box is
@@ -262,6 +264,22 @@ bool Hover(HWND main, const std::string& caption) {
          SetCursorPos((place.left + place.right) / 2, (place.top + place.bottom) / 2) != 0;
 }
 
+bool PointAtFrame(HWND main, LRESULT part) {
+  RECT place;
+  GetWindowRect(main, &place);
+  const int y = place.top + GetSystemMetrics(SM_CYFIXEDFRAME) + GetSystemMetrics(SM_CYCAPTION) / 2;
+  for (int x = place.right; x > place.left; --x) {
+    if (Send(main, WM_NCHITTEST, 0, MAKELPARAM(x, y)) == part) return SetCursorPos(x - 4, y) != 0;
+  }
+  return false;
+}
+
+bool PressMouse() {
+  mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+  mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+  return true;
+}
+
 bool Freeze(HWND main, bool still) {
   HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE, GetWindowThreadProcessId(main, nullptr));
   const DWORD before = still ? SuspendThread(thread) : ResumeThread(thread);
@@ -355,6 +373,7 @@ bool Focus(HWND window) {
 bool Do(const std::string& verb, std::istringstream& words) {
   const Found found = Look();
   if (verb == "keys") return Keys(words);
+  if (verb == "press") return PressMouse();
   if (verb == "close") return CloseHandle(Opened) != 0;
   if (verb == "hammer" || verb == "hold") {
     unsigned key = 0, every = 0;
@@ -379,6 +398,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   if (verb == "endsession") return Send(found.main, WM_ENDSESSION, TRUE) == 0;
   if (verb == "freeze" || verb == "thaw") return Freeze(found.main, verb == "freeze");
   if (verb == "minimise") return PostMessageW(found.main, WM_SYSCOMMAND, SC_MINIMIZE, 0) != 0;
+  if (verb == "frame") return PointAtFrame(found.main, number);
   if (verb == "hover") return Hover(found.main, rest);
   if (verb == "label") return DoubleClickLabel(found.main, rest);
   if (verb == "click") return Click(found.main, rest);

@@ -7,6 +7,7 @@
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
 //   "more BYTES"   the same, and say that there are more (STATUS_BUFFER_OVERFLOW)
 //   "dropped"      of a write: say that it is done
+//   "wait"         of a write to a file: ask again in a moment
 // Nothing is decided here. Wine keeps the data: "\\.\PhysicalDrive1" is a link to an image file.
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +17,7 @@
 
 #include "supervisor_line.h"
 #include "system_calls.h"
+#include "with_library.h"
 
 namespace {
 
@@ -69,6 +71,7 @@ using ControlCall = NTSTATUS(WINAPI*)(HANDLE, HANDLE, void*, void*, IO_STATUS_BL
 using InformationCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*, void*, ULONG, int);
 using FlushCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*);
 using CloseCall = NTSTATUS(WINAPI*)(HANDLE);
+using ResumeCall = NTSTATUS(WINAPI*)(HANDLE, ULONG*);
 
 CreateCall create;
 OpenCall open;
@@ -77,6 +80,7 @@ ControlCall deviceControl, fileSystemControl;
 InformationCall setInformation, queryVolume;
 FlushCall flush;
 CloseCall closeHandle;
+ResumeCall resume;
 
 // Every open by name goes through here: "open ID NAME" for a device, with "unopened ID" behind it
 // where that failed; "touch PATH" for files.
@@ -160,8 +164,19 @@ NTSTATUS WINAPI Read(HANDLE handle, HANDLE event, void* apc, void* context, IO_S
   return Transfer("read", read, handle, event, apc, context, io, data, bytes, offset, key);
 }
 
+// The path of a letter's file; empty for another handle.
+std::string PathOf(HANDLE handle) {
+  EnterCriticalSection(&lock);
+  const auto file = files.find(handle);
+  std::string path = file == files.end() ? "" : file->second;
+  LeaveCriticalSection(&lock);
+  return path;
+}
+
 NTSTATUS WINAPI Write(HANDLE handle, HANDLE event, void* apc, void* context, IO_STATUS_BLOCK* io,
                       void* data, ULONG bytes, LARGE_INTEGER* offset, ULONG* key) {
+  const std::string path = PathOf(handle);
+  while (!path.empty() && Ask("fill" + Number(bytes) + " " + path) == "wait") Sleep(20);
   return Transfer("write", write, handle, event, apc, context, io, data, bytes, offset, key);
 }
 
@@ -188,15 +203,6 @@ NTSTATUS WINAPI DeviceControl(HANDLE handle, HANDLE event, void* apc, void* cont
                               IO_STATUS_BLOCK* io, ULONG code, void* in, ULONG inSize, void* out,
                               ULONG outSize) {
   return Control(deviceControl, handle, event, apc, context, io, code, in, inSize, out, outSize);
-}
-
-// The path of a letter's file; empty for another handle.
-std::string PathOf(HANDLE handle) {
-  EnterCriticalSection(&lock);
-  const auto file = files.find(handle);
-  std::string path = file == files.end() ? "" : file->second;
-  LeaveCriticalSection(&lock);
-  return path;
 }
 
 // "runs VCN PATH": where a file lies. "pass" for a handle that has no path here.
@@ -272,6 +278,21 @@ NTSTATUS WINAPI Close(HANDLE handle) {
   return closeHandle(handle);
 }
 
+// A child of the program's, which hasn't run yet, gets the library too. Loading resumes a thread of
+// the child's as well.
+NTSTATUS WINAPI Resume(HANDLE thread, ULONG* count) {
+  static bool loading = false;
+  const DWORD id = GetProcessIdOfThread(thread);
+  if (!loading && id != GetCurrentProcessId()) {
+    loading = true;
+    const HANDLE child = OpenProcess(PROCESS_ALL_ACCESS, FALSE, id);
+    if (!LoadInto(child, Environment(L"ROTATE_RIG_LIBRARY"))) ExitProcess(97);
+    CloseHandle(child);
+    loading = false;
+  }
+  return resume(thread, count);
+}
+
 // Message boxes of every kind end in this call. Its icon cannot be read from another process, so it
 // is told here; the call has no stub to copy, so its own bytes come back for as long as it runs.
 unsigned char* messageBox;
@@ -306,6 +327,10 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
   Patch("NtQueryVolumeInformationFile", queryVolume, QueryVolume);
   Patch("NtFlushBuffersFile", flush, Flush);
   Patch("NtClose", closeHandle, Close);
+  if (!Environment(L"ROTATE_RIG_CHILDREN").empty()) {
+    SetEnvironmentVariableW(L"ROTATE_RIG_CHILDREN", nullptr);  // not theirs as well
+    Patch("NtResumeThread", resume, Resume);
+  }
   messageBox = reinterpret_cast<unsigned char*>(reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleA("user32.dll"), "MessageBoxIndirectW")));
   memcpy(messageBoxBytes, messageBox, kJump);

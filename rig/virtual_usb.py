@@ -31,13 +31,15 @@ class VirtualUsb:
     mounted read only unless writable is set, so that a story can say of every changed sector that
     the program changed it. A story may set fault to a function of a journal line, called before the
     operation: what it returns, such as "fail C0000185", is answered instead, and what it does, such
-    as a write to an image or pulling a stick out, has happened by then. What else a stick does is
-    set on its Disk."""
+    as a write to an image or pulling a stick out, has happened by then. It may set filling to a
+    function of a file's path and the bytes to be written there, which answers "pass" or "wait" and
+    then is asked again. What else a stick does is set on its Disk."""
 
     def __init__(self, images, links, mounts, journal_path, writable=False, pointer=8):
         options = "rw,noatime" if writable else "ro"  # looking changes nothing, as on Windows
         self.journal, self.journal_file = [], open(journal_path, "w", encoding="utf-8")
         self.fault = lambda line: None
+        self.filling = lambda path, count: "pass"
         self.handles = {}   # of the program: number to Opened
         self.volumes = {}   # letter to Volume, of all disks
         self.mutex = threading.RLock()
@@ -115,7 +117,7 @@ class VirtualUsb:
         return getattr(self, "do_" + verb)(*words)
 
     WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 3, "write": 3, "control": 4, "seek": 1,
-             "volume": 1, "box": 1}
+             "volume": 1, "box": 1, "fill": 1}
 
     def logged(self, line, otherwise="pass"):
         self.note(line)
@@ -217,6 +219,9 @@ class VirtualUsb:
         if int(offset) % stick.SECTOR or int(count) != stick.SECTOR:
             return f"offset={offset} bytes={count}"
         return str(int(offset) // stick.SECTOR)
+
+    def do_fill(self, count, path):
+        return self.filling(path, int(count))
 
     def do_flush(self, number):
         return self.logged(f"flush {self.named(number)}")
