@@ -1,9 +1,11 @@
 #include "imagefiles/child_process.h"
 
+#include <algorithm>
 #include <tuple>
 
 #include "platform/platform.h"
 #include "report/log.h"
+#include "report/progress.h"
 #include "report/routine.h"
 #include "report/statements.h"
 #include "text/text.h"
@@ -13,10 +15,25 @@ ShellFailure LastShellFailure;
 namespace {
 
 constexpr std::uint32_t kLongestWait = 60000;  // ms; the tool needs far less
+constexpr std::uint32_t kSlice = 100;          // ms; the window is drawn after each
 
 std::int32_t Fail(std::uint32_t number, const std::string& description) {
   LastShellFailure = {number, description};
   return 0;
+}
+
+// As WaitForSingleObject, but the window is drawn meanwhile.
+std::uint32_t WaitForChild(Handle process, std::uint32_t milliseconds) {
+  const std::uint32_t begun = Sys.clock->GetTickCount();
+  for (;;) {
+    const std::uint32_t past = Sys.clock->GetTickCount() - begun;
+    const std::uint32_t left =
+        milliseconds == kInfinite ? kSlice : milliseconds - std::min(past, milliseconds);
+    const std::uint32_t waited =
+        Sys.processes->WaitForSingleObject(process, std::min(left, kSlice));
+    if (waited != kWaitTimeout || left == 0) return waited;
+    Progress::GoOn();
+  }
 }
 
 // Any other failure proves nothing, and starting the bare name would run whatever is found first.
@@ -51,7 +68,7 @@ std::int32_t SyncShell(const std::string& commandLine, int windowStyle) {
   if (child == 0) return Fail(kShellNotStarted, "Failed to Shell child process");
   const Handle process = Sys.processes->OpenProcess(kProcessSynchronizeAndQuery, child);
   if (process == kNoHandle) return Fail(kShellNoHandle, "Failed to open child process");
-  const std::uint32_t waited = Sys.processes->WaitForSingleObject(process, kLongestWait);
+  const std::uint32_t waited = WaitForChild(process, kLongestWait);
   std::uint32_t exitCode = 0;
   bool known = false;
   if (waited == kWaitTimeout) {
@@ -75,6 +92,6 @@ void RunCmd(const std::string& CmdPath, int WindowStyle) {
   if (child == 0) return;
   const Handle process = Sys.processes->OpenProcess(kProcessSynchronize, child);
   if (process == kNoHandle) return;
-  std::ignore = Sys.processes->WaitForSingleObject(process, kInfinite);
+  std::ignore = WaitForChild(process, kInfinite);
   std::ignore = Sys.devices->CloseHandle(process);
 }

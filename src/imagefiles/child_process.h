@@ -1,4 +1,5 @@
-// External commands, run to their end. Neither routine lets window events run meanwhile.
+// External commands, run to their end. The window is drawn meanwhile (report/progress.h), but no
+// window event runs.
 #pragma once
 
 #include <cstdint>

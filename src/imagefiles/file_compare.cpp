@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "report/progress.h"
+#include "text/text.h"
 
 namespace {
 
@@ -57,18 +59,21 @@ bool ReadNext(Handle file, AlignedMemory& memory, std::uint32_t bytes) {
   return Sys.devices->ReadFile(file, memory.Data(), InWholeSectors(bytes), count) && count == bytes;
 }
 
-bool HoldSame(Handle file1, Handle file2) {
+// compared counts the bytes that were equal so far.
+bool HoldSame(Handle file1, Handle file2, Amount& compared) {
   const std::optional<std::uint64_t> size = SizeOf(file1);
   if (!size || SizeOf(file2) != size) return false;
+  compared.total = *size;
   AlignedMemory memory1(InWholeSectors(NextChunk(*size))),
       memory2(InWholeSectors(NextChunk(*size)));
-  for (std::uint64_t left = *size; left > 0;) {
-    const std::uint32_t bytes = NextChunk(left);
+  while (compared.done < compared.total) {
+    const std::uint32_t bytes = NextChunk(compared.total - compared.done);
     if (!ReadNext(file1, memory1, bytes) || !ReadNext(file2, memory2, bytes) ||
         std::memcmp(memory1.Data(), memory2.Data(), bytes) != 0) {
       return false;
     }
-    left -= bytes;
+    compared.done += bytes;
+    Progress::GoOn();
   }
   return true;
 }
@@ -78,7 +83,9 @@ bool HoldSame(Handle file1, Handle file2) {
 bool HoldSameBytes(const std::string& path1, const std::string& path2) {
   const Handle file1 = OpenPastCache(path1);
   const Handle file2 = file1 == kInvalidHandle ? kInvalidHandle : OpenPastCache(path2);
-  const bool same = file2 != kInvalidHandle && HoldSame(file1, file2);
+  Amount compared;
+  const Progress progress([&] { return "Comparing " + BareName(path2) + HowFar(compared); });
+  const bool same = file2 != kInvalidHandle && HoldSame(file1, file2, compared);
   Close(file2);
   Close(file1);
   return same;

@@ -10,6 +10,7 @@
 #include "platform/platform.h"
 #include "report/log.h"
 #include "report/message_box.h"
+#include "report/progress.h"
 #include "report/routine.h"
 #include "report/statements.h"
 #include "text/text.h"
@@ -45,8 +46,9 @@ bool OldOutputIsGone() {
 }
 
 // Runs the tool; everything that it printed goes into GFE_Text.
-void RunTool() {
+void RunTool(const std::string& file) {
   if (!OldOutputIsGone()) return;
+  const Progress progress([&] { return "Looking where " + BareName(file) + " lies"; });
   SyncShell(Measured.GFE_Command, kWindowHidden);
   if (LastShellFailure.number != kShellNeverEnded) {
     ReadTextFile(Measured.GFE_File, Measured.GFE_Text);
@@ -163,7 +165,7 @@ void GetFileStart(const std::string& fFILE) {
             .icon = Icon::Exclamation});
     return;
   }
-  RunTool();
+  RunTool(fFILE);
   if (!ContainsIgnoringCase(Measured.GFE_Text, "offset")) Measured.GFE_Text.clear();
   WriteLog("GetFileStart 100");
   if (Measured.GFE_Text.empty()) {

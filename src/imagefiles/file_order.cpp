@@ -20,8 +20,14 @@ namespace {
 constexpr std::uint32_t kPause = 100;  // ms
 constexpr int kFirstLoopRounds = 21;
 constexpr int kSecondLoopRounds = 11;
+constexpr int kMostCopies = kFirstLoopRounds + 1 + kSecondLoopRounds;
 
 int StepNo = 0;  // how far the repair has come; for its error box
+int CopyNo = 0;  // which copy it is; for the title bar
+
+std::string NextCopy() {
+  return "copy " + Decimal(++CopyNo) + " of at most " + Decimal(kMostCopies);
+}
 
 void ReportMoveFault(const Fault& fault) {
   MsgBox({.title = "Error in MOVE loop - make a note of this message!",
@@ -49,7 +55,7 @@ bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
     Positions[static_cast<std::size_t>(n)] = LastStart;
     if (RepeatPos(Positions)) return false;
     StepNo = plan.beforeCopy;
-    last.Copy();
+    last.Copy(NextCopy());
     DoEvents();
     StepNo = plan.behindCopy;
     if (plan.pauses) Sys.clock->Sleep(kPause);
@@ -68,7 +74,7 @@ bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
 
 void MoveFirstOnce(MovingFile& first) {
   StepNo = 12;
-  first.Copy();
+  first.Copy(NextCopy());
   StepNo = 13;
   DoEvents();
   if (first.CopyIsThere() && first.KeepWholeCopy()) {
@@ -103,7 +109,7 @@ void ShowOutcome(bool inOrder, const std::string& last) {
 void MoveFiles(const std::string& FirstFile, const std::string& LastFile,
                const std::string& ImageFile) {
   WriteLog("MoveFiles started");
-  StepNo = 0;
+  StepNo = CopyNo = 0;
   Measured.MoreThanOneExtent = false;
   const Routine me(ReportMoveFault);
   MovingFile last(LastFile, "xxx");

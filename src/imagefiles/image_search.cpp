@@ -9,6 +9,7 @@
 #include "platform/platform.h"
 #include "report/events.h"
 #include "report/log.h"
+#include "report/progress.h"
 #include "text/text.h"
 
 namespace {
@@ -27,6 +28,7 @@ bool ForEachEntry(const std::string& pattern, Visit visit) {
   do {
     found.name = found.name.substr(0, found.name.find('\0'));
     if (found.name != "." && found.name != "..") visit(found);
+    Progress::GoOn();
   } while (Sys.files->FindNextFile(search, found));
   const std::uint32_t error = Sys.devices->GetLastError();
   if (error != kErrorNoMoreFiles) {
@@ -71,6 +73,10 @@ bool MayBeEntered(const std::string& folder) {
          !ContainsIgnoringCase(folder, "\\_ISO\\WINDOWS\\installs");
 }
 
+std::string Counted(std::int32_t count, const std::string& what) {
+  return Decimal(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 }  // namespace
 
 void ListFiles() {
@@ -83,6 +89,10 @@ void ListFiles() {
   DoEvents();
   std::int32_t files = 0;
   std::int32_t folders = 0;
+  const Progress progress([&, where = root] {
+    return "Searching " + where + ": " + Counted(folders, "folder") + ", " +
+           Counted(files, "image");
+  });
   FindFilesAPI(root, "*.volpak*", files, folders);
   Sys.toolkit->MousePointer(Pointer::Default);
 }

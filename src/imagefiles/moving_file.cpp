@@ -12,6 +12,7 @@
 #include "imagefiles/interpreter_rules.h"
 #include "platform/platform.h"
 #include "report/message_box.h"
+#include "report/progress.h"
 #include "report/routine.h"
 #include "report/statements.h"
 #include "text/text.h"
@@ -22,6 +23,8 @@ constexpr std::uint32_t kPause = 100;  // ms
 constexpr int kLastTries = 50;         // with a pause each
 constexpr int kAsideNames = 40;        // more than there are rounds
 constexpr std::uint32_t kErrorFileNotFound = 2, kErrorPathNotFound = 3;
+
+constexpr std::uint64_t kUnknownLength = UINT64_MAX;
 
 enum class Name { Free, Stands, Unknown };
 
@@ -61,8 +64,15 @@ void RenameQuietly(const std::string& from, const std::string& to) {
   FileRename(from, to);
 }
 
-std::string BareName(const std::string& path) {
-  return path.substr(path.rfind('\\') + 1);
+// Of a file that grows, as the file itself says: the folder's record lags behind.
+std::uint64_t LengthNow(const std::string& path) {
+  const Handle file =
+      Sys.devices->CreateFile(path, kFileReadAttributes, kShareReadWrite, kOpenExisting, 0);
+  if (file == kInvalidHandle) return kUnknownLength;
+  std::uint32_t high = 0;
+  const std::uint32_t low = Sys.devices->GetFileSize(file, high);
+  std::ignore = Sys.devices->CloseHandle(file);
+  return low == kInvalidFileSize ? kUnknownLength : static_cast<std::uint64_t>(high) << 32 | low;
 }
 
 // Letters outside ASCII all count as equal: their upper case isn't known here, and mistaking two
@@ -121,7 +131,7 @@ void MovingFile::ClearUpAsides() {
   for (const std::string& aside : AsidesThere()) {
     const Name name = Ask(file_);
     if (name == Name::Free) GiveBack(aside);
-    if (name == Name::Stands && HoldSameBytes(file_, aside)) FileDelete(aside);
+    if (name == Name::Stands && HoldSameBytes(aside, file_)) FileDelete(aside);
   }
 }
 
@@ -140,12 +150,22 @@ bool MovingFile::CanBeCopied() const {
   return original && (original->attributes & kAttributeReadOnly) == 0;
 }
 
-void MovingFile::Copy() {
+// A copy may have its whole length from the start; the bytes that were written say more then.
+std::string MovingFile::CopyingWords(std::uint64_t total, const std::string& which) const {
+  const std::uint64_t written = Sys.processes->ChildBytesWritten();
+  const Amount amount{written != 0 ? written : LengthNow(copy_), total};
+  return "Copying " + BareName(file_) + HowFar(amount) + ", " + which;
+}
+
+void MovingFile::Copy(const std::string& which) {
   if (copyIsOurs_) DropCopy();  // left by a round that couldn't
   copyIsProven_ = false;
   copyIsFresh_ = CanBeCopied();
   if (!copyIsFresh_) return;
   copyIsOurs_ = true;
+  const std::optional<FindData> original = FindFile(file_);
+  const std::uint64_t total = original ? original->size : 0;
+  const Progress progress([&] { return CopyingWords(total, which); });
   RunCmd("cmd.exe /c copy " + file_ + " " + copy_, kWindowHidden);
 }
 
@@ -239,6 +259,7 @@ bool MovingFile::Finish() {
   TakeBack();
   for (int i = 0; i < kLastTries && IsNameless(); ++i) {
     Sys.clock->Sleep(kPause);
+    Progress::GoOn();
     TakeBack();
   }
   if (!IsNameless()) {

@@ -31,8 +31,9 @@ class MovingFile {
   void ClearUp();
 
   // Does nothing if the interpreter would change the command line, the copy's name isn't free, or
-  // the original isn't found or couldn't be deleted.
-  void Copy();
+  // the original isn't found or couldn't be deleted. The title bar shows the progress, and which
+  // copy it is: "copy 2 of at most 33".
+  void Copy(const std::string& which);
 
   // Writes the log line of FileExists. True only for a file that the last Copy made.
   [[nodiscard]] bool CopyIsThere() const;
@@ -60,6 +61,7 @@ class MovingFile {
   std::vector<std::string> AsidesThere() const;
   std::string FreeAsideName() const;
   bool CanBeCopied() const;
+  std::string CopyingWords(std::uint64_t total, const std::string& which) const;
   bool IsSuccessorOf(const std::string& aside) const;
   void ClearUpAsides();
   void ClearUpCopy();

@@ -14,4 +14,6 @@ class Clock {
   virtual ~Clock() = default;
   virtual void Sleep(std::uint32_t milliseconds) = 0;  // blocks the thread
   [[nodiscard]] virtual DateTime Now() noexcept = 0;
+  // Milliseconds from some start, modulo 2^32.
+  [[nodiscard]] virtual std::uint32_t GetTickCount() noexcept = 0;
 };

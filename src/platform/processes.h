@@ -44,6 +44,10 @@ class Processes {
   [[nodiscard]] virtual bool GetExitCodeProcess(Handle process,
                                                 std::uint32_t& exitCode) noexcept = 0;
 
+  // The bytes that the child started last has written so far, to files and elsewhere; 0 if the
+  // system doesn't count them.
+  [[nodiscard]] virtual std::uint64_t ChildBytesWritten() noexcept = 0;
+
   // Ends a child that Shell started, with everything the child has started.
   virtual void EndChild(std::uint32_t processId) noexcept = 0;
 

@@ -167,4 +167,9 @@ class Toolkit {
 
   // Lets all pending events run.
   virtual void DoEvents() = 0;
+
+  // Lets the window be drawn, moved, minimised and restored, and answer other programs. The keys,
+  // mouse buttons and commands of its frame that wait are thrown away, its close button among them.
+  // Raises no user event; a close that another program asks for waits for DoEvents or RunEventLoop.
+  virtual void Repaint() noexcept = 0;
 };

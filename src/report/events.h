@@ -5,6 +5,10 @@
 // user selected or ticked in that time is restored.
 void DoEvents();
 
+// Draws the window where that is due. Keys and clicks that wait are thrown away and no user event
+// runs; what another program ticked or picked is put back.
+void Repaint();
+
 // Rebuilds the drive list, as after a write.
 void cmdRefreshDrive_Click();
 

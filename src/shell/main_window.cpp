@@ -99,6 +99,12 @@ void DoEvents() {
   before.PutBack();
 }
 
+void Repaint() {
+  const Selections before;
+  Sys.toolkit->Repaint();
+  before.PutBack();
+}
+
 void Form_QueryUnload() {
   DeleteToolCopy();
 }

@@ -13,6 +13,7 @@
 #include "platform/platform.h"
 #include "report/message_box.h"
 #include "report/product.h"
+#include "report/progress.h"
 #include "report/routine.h"
 #include "report/statements.h"
 #include "restore/mbr_writer.h"
@@ -145,8 +146,7 @@ void Form_Load() {
   }
   RequireTool();
   me.Report();
-  Sys.toolkit->SetCaption(PRODUCT_TITLE "  for NTFS TSD drives    v" PRODUCT_VERSION_TEXT
-                                        "  " PRODUCT_NOTICE);
+  Sys.toolkit->SetCaption(kWindowCaption);
   TempFolder = LongTempFolder();
   GFE_Path = TempFolder + kToolName;
   Measured.GFE_File = TempFolder + "GFE_Output.txt";
@@ -169,6 +169,7 @@ void cmd_rebootPE_Click() {
   std::ignore = Sys.processes->ShellExecute("open", wpeutil.empty() ? "wpeutil.exe" : wpeutil,
                                             "reboot", "", 1);
   std::ignore = Sys.processes->ShellExecute("open", "wpeutil reboot", "reboot", "0", 1);
+  const Progress progress([] { return "Restarting the computer"; });
   RunCmd("cmd /c wpeutil reboot", kWindowNormal);
   StartCommandLine("cmd /c wpeutil reboot", kWindowMinimised);
 }

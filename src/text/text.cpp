@@ -45,6 +45,10 @@ std::string Decimal(std::int64_t value) {
   return std::to_string(value);
 }
 
+std::string BareName(const std::string& path) {
+  return path.substr(path.rfind('\\') + 1);
+}
+
 std::string BooleanText(bool value) {
   return value ? "True" : "False";
 }

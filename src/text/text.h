@@ -22,6 +22,9 @@ bool Contains(std::string_view text, std::string_view what);
 
 std::string Decimal(std::int64_t value);
 
+// A path's part after the last backslash.
+std::string BareName(const std::string& path);
+
 // "True" or "False".
 std::string BooleanText(bool value);
 

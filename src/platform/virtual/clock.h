@@ -1,4 +1,5 @@
-// A clock that moves only when somebody sleeps or waits for a child.
+// A clock that moves only when somebody sleeps, waits for a child or, if so set, looks at the
+// ticks.
 //
 // Does not model: time zones (UTC is local time), leap seconds.
 #pragma once
@@ -14,11 +15,17 @@ class VirtualClock : public Clock {
 
   void Sleep(std::uint32_t milliseconds) override;
   DateTime Now() noexcept override;
+  std::uint32_t GetTickCount() noexcept override {
+    elapsed_ += betweenTicks;
+    return static_cast<std::uint32_t>(elapsed_);
+  }
 
   void Advance(std::uint64_t milliseconds) { elapsed_ += milliseconds; }
   std::uint64_t Elapsed() const { return elapsed_; }  // milliseconds since the start
   std::uint64_t FileTime() const;                     // now, as 100 ns since 1601
 
+  // Milliseconds that the program needs from one look at the ticks to the next one.
+  std::uint32_t betweenTicks = 0;
   DateTime start{2026, 1, 15, 10, 0, 0, 0};
 
  private:

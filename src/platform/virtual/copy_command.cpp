@@ -83,7 +83,21 @@ std::uint32_t VirtualProcesses::RunCopy(const std::string& arguments, Child& chi
     child.script.neverEnds = child.hasInput;
     return child.hasInput ? 0 : 1;
   }
-  return CopyFiles(sources, target) ? 0 : 1;
+  if (!CopyFiles(sources, target)) return 1;
+  child.copy = target;
+  child.copyBytes = File(target)->size;
+  return 0;
+}
+
+std::uint64_t VirtualProcesses::Written(const Child& child) const {
+  const std::uint64_t now = machine_.clock.Elapsed();
+  if (now >= child.endsAt) return child.copyBytes;
+  return child.copyBytes - child.copyBytes * (child.endsAt - now) / child.script.milliseconds;
+}
+
+void VirtualProcesses::GrowCopy(const Child& child) {
+  if (child.script.countsBytes) return;
+  if (VirtualFile* copy = File(child.copy); copy != nullptr) copy->size = Written(child);
 }
 
 bool VirtualProcesses::CopyFiles(const std::vector<std::string>& sources,

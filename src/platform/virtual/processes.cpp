@@ -78,6 +78,7 @@ std::uint32_t VirtualProcesses::Shell(const std::string& program, const std::str
     RunCommandLine(Trim(rest.substr(2)), child);
   }
   child.endsAt = machine_.clock.Elapsed() + child.script.milliseconds;
+  GrowCopy(child);
   const std::uint32_t id = nextId_;
   nextId_ += 4;
   children_[id] = child;
@@ -180,6 +181,7 @@ std::uint32_t VirtualProcesses::WaitForMutex(const std::string& name, std::uint3
 
 std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_t milliseconds) {
   constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
+  constexpr std::uint64_t kForEver = 600'000;  // ms; nobody waits that long for what has an end
   const OpenHandle* open = machine_.At(process);
   const Step step = machine_.Begin(Op::Wait, open != nullptr ? open->name : "?",
                                    milliseconds == kInfinite ? "" : std::to_string(milliseconds));
@@ -194,16 +196,18 @@ std::uint32_t VirtualProcesses::WaitForSingleObject(Handle process, std::uint32_
   Child& child = children_[open->processId];
   const std::uint64_t now = machine_.clock.Elapsed();
   const std::uint64_t left = child.ended || child.endsAt <= now ? 0 : child.endsAt - now;
-  if (child.script.neverEnds && !child.ended && milliseconds == kInfinite) {
+  if (child.script.neverEnds && !child.ended && now >= child.endsAt + kForEver) {
     machine_.End(step, false);
     throw ProgramHangs{};
   }
   if ((child.script.neverEnds && !child.ended) || left > milliseconds) {
     machine_.clock.Advance(milliseconds);
+    GrowCopy(child);
     machine_.End(step, true);
     return kWaitTimeout;
   }
   machine_.clock.Advance(left);
+  GrowCopy(child);
   child.ended = true;
   machine_.End(step, true);
   return kWaitObject0;
@@ -221,6 +225,12 @@ bool VirtualProcesses::GetExitCodeProcess(Handle process, std::uint32_t& exitCod
   exitCode =
       child.ended || child.endsAt <= machine_.clock.Elapsed() ? child.exitCode : kStillActive;
   return machine_.End(step, true);
+}
+
+std::uint64_t VirtualProcesses::ChildBytesWritten() noexcept {
+  const auto last = children_.find(nextId_ - 4);
+  const bool counts = last != children_.end() && last->second.script.countsBytes;
+  return counts ? Written(last->second) : 0;
 }
 
 void VirtualProcesses::EndChild(std::uint32_t processId) noexcept {

@@ -1,7 +1,8 @@
 // Child processes: the command interpreter with its copy command, and the extents tool.
 //
 // Does not model: children that run in parallel to the program (a child has done its work when
-// Shell returns; only its end may come later), consoles, other programs.
+// Shell returns; only its end may come later, and a copy's length with it), consoles, other
+// programs.
 #pragma once
 
 #include <functional>
@@ -27,7 +28,8 @@ struct ChildScript {
   bool goneBeforeOpen = false;  // OpenProcess returns 0
   bool neverEnds = false;
   bool hidesExitCode = false;
-  std::uint32_t milliseconds = 0;  // until it ends
+  std::uint32_t milliseconds = 0;  // until it ends; a copy grows over that time
+  bool countsBytes = false;        // counts what it writes; a copy has its whole length at once
   int times = 1;                   // for that many children
 };
 
@@ -41,6 +43,7 @@ class VirtualProcesses : public Processes {
   std::uint32_t WaitForSingleObject(Handle process, std::uint32_t milliseconds) override;
   Handle CreateMutex(const std::string& name) noexcept override;
   bool GetExitCodeProcess(Handle process, std::uint32_t& exitCode) noexcept override;
+  std::uint64_t ChildBytesWritten() noexcept override;
   void EndChild(std::uint32_t processId) noexcept override;
   std::intptr_t ShellExecute(const std::string& verb, const std::string& file,
                              const std::string& parameters, const std::string& folder,
@@ -66,6 +69,8 @@ class VirtualProcesses : public Processes {
     std::uint32_t exitCode = 0;
     bool ended = false;
     std::string heldFile;  // output file that a child without end keeps open
+    std::string copy;      // that grows
+    std::uint64_t copyBytes = 0;
   };
   std::uint32_t WaitForMutex(const std::string& name, std::uint32_t milliseconds);
   std::optional<std::string> Variable(const std::string& name) const;
@@ -76,6 +81,8 @@ class VirtualProcesses : public Processes {
   std::uint32_t RunCommand(const InterpretedCommand& command, Child& child);
   std::uint32_t RunTool(const InterpretedCommand& command);
   std::uint32_t RunCopy(const std::string& arguments, Child& child);
+  std::uint64_t Written(const Child& child) const;
+  void GrowCopy(const Child& child);
   bool CopyFiles(const std::vector<std::string>& sources, const std::string& target);
   void NoteExecuted(const std::string& what);
   VirtualFile* File(const std::string& path);

@@ -82,11 +82,17 @@ void VirtualToolkit::SendMessage(Control control, std::uint32_t message,
 
 void VirtualToolkit::MousePointer(Pointer shape) noexcept {
   pointer = shape;
+  if (!journal_.HasPower()) return;
   JournalEntry entry;
   entry.op = Op::PointerChange;
   entry.subject = shape == Pointer::Hourglass ? "hourglass" : "default";
   entry.ok = true;
   journal_.Add(entry);
+}
+
+void VirtualToolkit::DropInput() noexcept {
+  pressedAhead.clear();
+  droppedAt_ = journal_.Entries().size();
 }
 
 void VirtualToolkit::AnswerNext(Answer answer, const std::string& title) {
@@ -95,6 +101,7 @@ void VirtualToolkit::AnswerNext(Answer answer, const std::string& title) {
 
 Answer VirtualToolkit::MsgBox(const Box& box, PressFilter& filter) {
   journal_.NeedsPower();
+  AnswerWindow();
   if (ImpatienceAnswers(box.title, filter)) {
     boxes.push_back({box, DefaultOf(box.buttons), true});
     return boxes.back().answer;
@@ -126,6 +133,7 @@ Answer VirtualToolkit::MsgBox(const Box& box, PressFilter& filter) {
 
 std::string VirtualToolkit::InputBox(const InputQuestion& question, PressFilter& filter) {
   journal_.NeedsPower();
+  AnswerWindow();
   const std::string& title = question.title;
   ShownInput input{question.prompt, title, question.initial, question.initial};
   if (ImpatienceAnswers(title, filter)) {
@@ -156,6 +164,8 @@ std::vector<std::string> VirtualToolkit::ScriptFailures() const {
 
 void VirtualToolkit::Reset() {
   Journal& journal = journal_;
+  const VirtualClock& clock = clock_;
   this->~VirtualToolkit();
-  new (this) VirtualToolkit(journal);
+  new (this) VirtualToolkit(journal, clock);
+  answeredAt_ = clock.Elapsed();
 }

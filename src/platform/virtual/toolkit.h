@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/toolkit.h"
+#include "platform/virtual/clock.h"
 #include "platform/virtual/journal.h"
 
 // One thing that the user does.
@@ -45,13 +46,16 @@ struct ShownInput {
 
 class VirtualToolkit : public Toolkit {
  public:
-  explicit VirtualToolkit(Journal& journal) : journal_(journal) {}
+  VirtualToolkit(Journal& journal, const VirtualClock& clock) : journal_(journal), clock_(clock) {}
 
   void CreateForm(const FormDesign& design, void (*handler)(UserEvent)) noexcept override;
   void ShowForm() noexcept override { shown = true; }
   void UnloadForm() noexcept override { unloaded = true; }
   void RunEventLoop() override;
-  void SetCaption(const std::string& text) noexcept override { caption = text; }
+  void SetCaption(const std::string& text) noexcept override {
+    captions.push_back(text);
+    caption = text;
+  }
   float FormHeight() noexcept override { return height; }
   float FormWidth() noexcept override { return width; }
   void SetFormHeight(float twips) noexcept override { height = twips; }
@@ -79,11 +83,12 @@ class VirtualToolkit : public Toolkit {
   float TextWidth(const std::string& text) noexcept override {
     return 90.0F * static_cast<float>(text.size());
   }
-  void DropInput() noexcept override { droppedAt_ = journal_.Entries().size(); }
+  void DropInput() noexcept override;
   Answer MsgBox(const Box& box, PressFilter& filter) override;
   std::string InputBox(const InputQuestion& question, PressFilter& filter) override;
   void MousePointer(Pointer shape) noexcept override;
   void DoEvents() override;
+  void Repaint() noexcept override;
 
   // The state of the window, for checks.
   struct ControlState {
@@ -106,12 +111,15 @@ class VirtualToolkit : public Toolkit {
   std::vector<ShownBox> boxes;
   std::vector<ShownInput> inputs;
   std::size_t doEventsCalls = 0;
+  std::vector<std::string> captions;  // all that were set
+  std::uint64_t longestSilence = 0;   // ms; a window that answers nothing for 5 s is greyed
 
   // The script. An answer for a title is used once, in the order given; one without a title answers
   // the next box of any title that has more than one button.
   void AnswerNext(Answer answer, const std::string& title = "");
   void AnswerInput(const std::string& text) { inputAnswers_.push_back(text); }
   std::deque<UserAction> actions;                // for RunEventLoop
+  std::deque<UserAction> pressedAhead;           // done by the next DoEvents or RunEventLoop
   std::map<std::size_t, UserAction> atDoEvents;  // by the number of the call, from 1
   std::optional<UserAction> atEveryDoEvents;     // not within its own events
   bool defaultsAllowed = false;                  // questions without an answer are no failure
@@ -141,8 +149,12 @@ class VirtualToolkit : public Toolkit {
   bool DoClick(Control control);
   void Raise(UserEvent event);
   bool Make(Control control, Gesture gesture);  // false: it is no event
+  void AnswerWindow();
+  void DoPressedAhead();
 
   Journal& journal_;
+  const VirtualClock& clock_;
+  std::uint64_t answeredAt_ = 0;  // on the clock
   void (*handler_)(UserEvent) = nullptr;
   std::array<ControlState, kControlCount> controls_;
   std::vector<ScriptedAnswer> answers_;

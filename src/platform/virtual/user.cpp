@@ -1,4 +1,5 @@
 // The user's side of the window: what an action changes, and which event it raises.
+#include <algorithm>
 #include <utility>
 
 #include "platform/virtual/toolkit.h"
@@ -109,6 +110,8 @@ bool VirtualToolkit::ImpatienceAnswers(const std::string& title, PressFilter& fi
 
 void VirtualToolkit::RunEventLoop() {
   while (!unloaded) {
+    AnswerWindow();
+    DoPressedAhead();
     std::optional<UserAction> action;
     if (nextAction) {
       action = nextAction();
@@ -124,19 +127,33 @@ void VirtualToolkit::RunEventLoop() {
   }
 }
 
+void VirtualToolkit::AnswerWindow() {
+  longestSilence = std::max(longestSilence, clock_.Elapsed() - answeredAt_);
+  answeredAt_ = clock_.Elapsed();
+}
+
+void VirtualToolkit::DoPressedAhead() {
+  for (const UserAction& action : std::exchange(pressedAhead, {})) Do(action);
+}
+
 void VirtualToolkit::DoEvents() {
   JournalEntry entry;
   entry.op = Op::Events;
   entry.ok = true;
   journal_.Add(entry);
   ++doEventsCalls;
-  if (insideInjected_) return;
-  std::optional<UserAction> action = atEveryDoEvents;
-  if (const auto once = atDoEvents.find(doEventsCalls); once != atDoEvents.end()) {
-    action = once->second;
-  }
-  if (!action) return;
+  AnswerWindow();
+  DoPressedAhead();
+  const auto once = atDoEvents.find(doEventsCalls);
+  const std::optional<UserAction>& action =
+      once != atDoEvents.end() ? once->second : atEveryDoEvents;
+  if (!action || insideInjected_) return;
   insideInjected_ = true;
   Do(*action);
   insideInjected_ = false;
+}
+
+void VirtualToolkit::Repaint() noexcept {
+  AnswerWindow();
+  pressedAhead.clear();
 }

@@ -58,5 +58,5 @@ class VirtualPc {
   VirtualFacts facts{machine};
   VirtualProcesses processes{machine, facts};
   VirtualDesktop desktop{machine};
-  VirtualToolkit toolkit{machine.journal};
+  VirtualToolkit toolkit{machine.journal, machine.clock};
 };

@@ -13,6 +13,8 @@ class RealClock final : public Clock {
     return {now.wYear,   now.wMonth,  now.wDay,         now.wHour,
             now.wMinute, now.wSecond, now.wMilliseconds};
   }
+
+  std::uint32_t GetTickCount() noexcept override { return ::GetTickCount(); }
 };
 
 }  // namespace

@@ -101,6 +101,12 @@ class RealProcesses final : public Processes {
     return true;
   }
 
+  std::uint64_t ChildBytesWritten() noexcept override {
+    IO_COUNTERS counters{};
+    if (child_.process == nullptr || !::GetProcessIoCounters(child_.process, &counters)) return 0;
+    return counters.WriteTransferCount;
+  }
+
   void EndChild(std::uint32_t processId) noexcept override {
     if (processId != child_.id || child_.process == nullptr) return;
     if (child_.job == nullptr || !::TerminateJobObject(child_.job, 1)) {

@@ -43,7 +43,7 @@ class FormWindow {
 
   // Hands out one message of the queue, with the keys of a dialog.
   void HandOut(MSG& message);
-  // Hands out a close that arrived while a box was open.
+  // Hands out a close that arrived while a Modal lived.
   void HandOutLateClose();
 
   // While one lives, nothing that happens to the window raises an event.
@@ -58,7 +58,8 @@ class FormWindow {
     FormWindow& form_;
   };
 
-  // While one lives, a box is open: a close waits for it, anything else is dropped.
+  // While one lives, a box is open or the window is only drawn: a close waits for its end, anything
+  // else is dropped.
   class Modal {
    public:
     explicit Modal(FormWindow& form) : form_(form) { ++form_.modal_; }

@@ -1,6 +1,7 @@
 #include "platform/win32/win32_headers.h"
 #include "platform/win32/win32_platform.h"
 #include "platform/win32/window/dpi.h"
+#include "platform/win32/window/draw_only.h"
 #include "platform/win32/window/form_window.h"
 #include "platform/win32/window/input_box.h"
 #include "platform/win32/window/press_hook.h"
@@ -212,6 +213,8 @@ class RealToolkit final : public Toolkit {
     }
     TheForm.HandOutLateClose();
   }
+
+  void Repaint() noexcept override { DrawOnly(); }
 
  private:
   static LRESULT Send(Control control, UINT message, WPARAM wParam, LPARAM lParam) {
