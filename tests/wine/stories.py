@@ -26,6 +26,7 @@ import places_story
 import signed_story
 import stick
 import two_sticks_story
+import waiting_story
 from checks import (COMMIT, RESTORE, RESTORE_QUESTION, RUNS, SWAP, SWAP_QUESTION, TYPE, backups,
                     boot_record, check, check_changed, check_image, check_sector_0, check_writes,
                     doubleclick, fresh_stick, new_table, ordered, places, started)
@@ -243,6 +244,7 @@ story(extents_story.extents)
 story(fat_story.fat32)
 story(fat_story.exfat)
 story(order_story.order_held)
+story(waiting_story.slow_copy)
 story(keys_story.impatience)
 story(keys_story.impatient_restore)
 story(keys_story.impatient_warning)
