@@ -22,5 +22,5 @@ compile() { # compile TARGET "SOURCES" FLAGS...
 compile virtual_usb.dll "$here/virtual_usb.cpp" -shared -lws2_32
 compile launcher.exe "$here/launcher.cpp"
 compile planted.exe "$here/planted.cpp"
-compile robot.exe "$here/robot.cpp" -lgdi32
+compile robot.exe "$here/robot.cpp $here/window_robot.cpp $here/../src/text/wide_text.cpp" -I "$here/../src"
 compile told_extents.exe "$here/told_extents.cpp"

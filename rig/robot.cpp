@@ -20,16 +20,11 @@
 //   keys VK[+VK]...    press keys (decimal codes, "+" holds the first) as the keyboard does
 //   hammer VK MS       press a key every MS milliseconds until a box is there
 //   hold VK MS         hold a key down that repeats every MS milliseconds, from before a box is
-//   there
-//                      to a second after
+//                      there to a second after
 //   idle MS            wait until the window answers at once, five times running
 //   open PATH          open a file for reading and share everything, as a scanner does
 //   close              close it
 // Everything that may open a box is posted, not sent, so the robot never hangs with the program.
-#include <windows.h>
-// Needs windows.h before it.
-#include <commctrl.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -37,24 +32,11 @@
 #include <string>
 #include <vector>
 
+#include "window_robot.h"
+
 namespace {
 
-constexpr DWORD kFarOff = 300000;  // ms, for a wait that only a fault lets come to its end
-
-std::string Utf8(const wchar_t* wide) {
-  std::string text(4096, '\0');
-  const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), 4096, nullptr, nullptr);
-  text.resize(bytes > 0 ? static_cast<std::size_t>(bytes - 1) : 0);
-  return text;
-}
-
-std::wstring Wide(const std::string& text) {
-  std::wstring wide(text.size() + 1, L'\0');
-  const int count =
-      MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), static_cast<int>(wide.size()));
-  wide.resize(count > 0 ? static_cast<std::size_t>(count - 1) : 0);
-  return wide;
-}
+using namespace robot;
 
 std::string Json(const std::string& text) {
   std::string json = "\"";
@@ -71,31 +53,6 @@ std::string Json(const std::string& text) {
   return json + "\"";
 }
 
-// A message that a hung program cannot hold the robot with.
-LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-  DWORD_PTR result = 0;
-  return SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kFarOff, &result) != 0
-             ? static_cast<LRESULT>(result)
-             : -1;
-}
-
-std::string Text(HWND window) {
-  std::vector<wchar_t> text(8192, L'\0');
-  Send(window, WM_GETTEXT, text.size() - 1, reinterpret_cast<LPARAM>(text.data()));
-  return Utf8(text.data());
-}
-
-std::string Class(HWND window) {
-  char name[64] = "";
-  GetClassNameA(window, name, sizeof name);
-  return name;
-}
-
-std::string Plain(std::string caption) {
-  std::erase(caption, '&');
-  return caption;
-}
-
 std::string Rows(HWND list, UINT count, UINT length, UINT get) {
   std::string json = "[";
   const LRESULT rows = Send(list, count);
@@ -103,54 +60,14 @@ std::string Rows(HWND list, UINT count, UINT length, UINT get) {
     const LRESULT characters = Send(list, length, static_cast<WPARAM>(row));
     std::vector<wchar_t> text(static_cast<std::size_t>(characters > 0 ? characters : 0) + 2, L'\0');
     Send(list, get, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
-    json += (row == 0 ? "" : ",") + Json(Utf8(text.data()));
+    json += (row == 0 ? "" : ",") + Json(NarrowText(text.data()));
   }
   return json + "]";
 }
 
-struct Found {
-  std::vector<HWND> windows;  // top level, front to back
-  HWND main = nullptr;        // the one with the drop-down list
-  std::vector<HWND> boxes;
-  HWND tip = nullptr;
-};
-
-BOOL CALLBACK Add(HWND window, LPARAM list) {
-  reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-  return TRUE;
-}
-
-std::vector<HWND> Children(HWND window) {
-  std::vector<HWND> children;
-  EnumChildWindows(window, Add, reinterpret_cast<LPARAM>(&children));
-  return children;
-}
-
-// Of the topmost windows on the desktop: the program's window and its boxes, an input box included.
-Found Look() {
-  Found found;
-  EnumWindows(Add, reinterpret_cast<LPARAM>(&found.windows));
-  std::erase_if(found.windows, [](HWND window) { return !IsWindowVisible(window); });
-  for (HWND window : found.windows) {
-    bool hasCombo = false;
-    bool hasButton = false;
-    for (HWND child : Children(window)) {
-      hasCombo = hasCombo || Class(child) == "ComboBox";
-      hasButton = hasButton || Class(child) == "Button";
-    }
-    if (Class(window) == TOOLTIPS_CLASSA) found.tip = window;
-    if (hasCombo && Class(window) != "#32770") {
-      found.main = window;
-    } else if (Class(window) == "#32770" || hasButton) {
-      found.boxes.push_back(window);
-    }
-  }
-  return found;
-}
-
 std::string Control(HWND child) {
   const std::string kind = Class(child);
-  const LONG style = GetWindowLongA(child, GWL_STYLE);
+  const LONG style = GetWindowLongW(child, GWL_STYLE);
   std::string json = "{\"class\":" + Json(kind) + ",\"text\":" + Json(Plain(Text(child)));
   json += ",\"enabled\":" + std::string(IsWindowEnabled(child) ? "true" : "false");
   json += ",\"visible\":" + std::string((style & WS_VISIBLE) != 0 ? "true" : "false");
@@ -159,9 +76,7 @@ std::string Control(HWND child) {
     json += ",\"default\":" +
             std::string((Send(child, WM_GETDLGCODE) & DLGC_DEFPUSHBUTTON) != 0 ? "true" : "false");
   }
-  if (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON) {
-    json += ",\"icon\":true";
-  }
+  if (IsIcon(child)) json += ",\"icon\":true";
   return json + "}";
 }
 
@@ -172,13 +87,6 @@ std::string Window(HWND window) {
     json += Control(child);
   }
   return json + "]}";
-}
-
-HWND Child(HWND window, const std::string& kind, const std::string& caption = "") {
-  for (HWND child : Children(window)) {
-    if (Class(child) == kind && (caption.empty() || Plain(Text(child)) == caption)) return child;
-  }
-  return nullptr;
 }
 
 std::string FocusText(HWND window) {
@@ -247,14 +155,8 @@ bool Select(HWND main, unsigned row) {
   return Send(list, LB_GETCURSEL) == static_cast<LRESULT>(row);
 }
 
-bool DoubleClickLabel(HWND main, const std::string& caption) {
-  HWND label = Child(main, "Static", caption);
-  return label != nullptr && PostMessageW(label, WM_LBUTTONDBLCLK, MK_LBUTTON, 0) != 0;
-}
-
-bool Click(HWND window, const std::string& caption) {
-  HWND button = window == nullptr ? nullptr : Child(window, "Button", caption);
-  return button != nullptr && IsWindowEnabled(button) && PostMessageW(button, BM_CLICK, 0, 0) != 0;
+bool Answer(HWND box, const std::string& caption) {
+  return Press(box, Child(box, "Button", caption));
 }
 
 bool Hover(HWND main, const std::string& caption) {
@@ -290,11 +192,11 @@ bool Freeze(HWND main, bool still) {
 bool Type(const Found& found, const std::string& text) {
   HWND field = found.boxes.empty() ? nullptr : Child(found.boxes.front(), "Edit");
   if (field == nullptr) return false;
-  Send(field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+  Send(field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(WideText(text).c_str()));
   return true;
 }
 
-void Press(BYTE key, bool down) {
+void PressKey(BYTE key, bool down) {
   keybd_event(key, 0, down ? 0 : KEYEVENTF_KEYUP, 0);
 }
 
@@ -302,13 +204,13 @@ bool Keys(std::istringstream& words) {
   for (std::string word; words >> word;) {
     const std::size_t plus = word.find('+');
     const auto first = static_cast<BYTE>(atoi(word.c_str()));
-    Press(first, true);
+    PressKey(first, true);
     if (plus != std::string::npos) {
       const auto second = static_cast<BYTE>(atoi(word.c_str() + plus + 1));
-      Press(second, true);
-      Press(second, false);
+      PressKey(second, true);
+      PressKey(second, false);
     }
-    Press(first, false);
+    PressKey(first, false);
     Sleep(60);
   }
   return true;
@@ -319,33 +221,20 @@ bool Hammer(BYTE key, DWORD every, bool held) {
   const DWORD start = GetTickCount();
   DWORD shown = 0;
   for (bool over = false; !over && GetTickCount() - start < kFarOff;) {
-    Press(key, true);
-    if (!held) Press(key, false);
+    PressKey(key, true);
+    if (!held) PressKey(key, false);
     Sleep(every);
     if (shown == 0 && !Look().boxes.empty()) shown = GetTickCount();
     over = shown != 0 && (!held || GetTickCount() - shown > 1000);
   }
-  if (held) Press(key, false);
+  if (held) PressKey(key, false);
   return shown != 0;
-}
-
-bool Idle(HWND main, DWORD limit) {
-  const DWORD start = GetTickCount();
-  for (int prompt = 0; prompt < 5;) {
-    if (GetTickCount() - start > limit) return false;
-    DWORD_PTR result;
-    const DWORD asked = GetTickCount();
-    const bool answered = SendMessageTimeoutW(main, WM_NULL, 0, 0, SMTO_NORMAL, 1000, &result) != 0;
-    prompt = answered && GetTickCount() - asked < 100 ? prompt + 1 : 0;
-    Sleep(60);
-  }
-  return true;
 }
 
 HANDLE Opened = INVALID_HANDLE_VALUE;
 
 bool Open(const std::string& path) {
-  Opened = CreateFileW(Wide(path).c_str(), GENERIC_READ,
+  Opened = CreateFileW(WideText(path).c_str(), GENERIC_READ,
                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                        OPEN_EXISTING, 0, nullptr);
   return Opened != INVALID_HANDLE_VALUE;
@@ -388,7 +277,7 @@ bool Do(const std::string& verb, std::istringstream& words) {
   std::getline(words >> std::ws, rest);
   if (verb == "open") return Open(rest);
   if (verb == "type") return Type(found, rest);
-  if (verb == "answer") return !found.boxes.empty() && Click(found.boxes.front(), rest);
+  if (verb == "answer") return !found.boxes.empty() && Answer(found.boxes.front(), rest);
   if (found.main == nullptr) return false;
   const auto number = static_cast<unsigned>(atoi(rest.c_str()));
   if (verb == "pick") return Pick(found.main, number);
