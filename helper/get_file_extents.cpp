@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/win32/library_search.h"
+#include "platform/win32/standard_output.h"
 #include "win32_disk.h"
 
 namespace {
@@ -153,20 +154,6 @@ std::string ExtentsOf(const std::string& path) {
   RequireVolumeIsDisk(evidence, 0);
   Prove(evidence, placed.extents, fileBytes);
   return ExtentsText(placed.extents);
-}
-
-// Bypasses the run-time library, which would turn each line end into CR CR LF. On a console all
-// letters show; a file gets UTF-8, whatever the code page.
-bool Print(const std::string& text) {
-  const HANDLE out = ::GetStdHandle(STD_OUTPUT_HANDLE);
-  DWORD written = 0, mode = 0;
-  if (::GetConsoleMode(out, &mode)) {
-    const std::wstring wide = WideText(text);
-    return ::WriteConsoleW(out, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) &&
-           written == wide.size();
-  }
-  return ::WriteFile(out, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) &&
-         written == text.size();
 }
 
 }  // namespace

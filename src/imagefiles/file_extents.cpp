@@ -30,14 +30,6 @@ std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
 
-// The quote opens after the drive's colon: the interpreter strips the first and last quote of a
-// command text that begins with one.
-std::string ToolCommand(const std::string& file) {
-  return Quoted(Sys.facts->Environment("COMSPEC").value_or("")) + " /c " + GFE_Path.substr(0, 2) +
-         Quoted(GFE_Path.size() > 2 ? GFE_Path.substr(2) : "") + " " + Quoted(file) + " > " +
-         Quoted(Measured.GFE_File);
-}
-
 // If the tool didn't start, the output of an earlier run would be taken for this one's.
 bool OldOutputIsGone() {
   if (!FileIsThere(Measured.GFE_File)) return true;
@@ -147,6 +139,15 @@ void DeleteToolCopy() {
   if (!GFE_Path.empty() && FileIsThere(GFE_Path)) FileDelete(GFE_Path);
 }
 
+// The quote opens after the drive's colon: the interpreter strips the first and last quote of a
+// command text that begins with one.
+std::string ToolCommand(const std::string& tool, const std::string& file,
+                        const std::string& output) {
+  return Quoted(Sys.facts->Environment("COMSPEC").value_or("")) + " /c " + tool.substr(0, 2) +
+         Quoted(tool.size() > 2 ? tool.substr(2) : "") + " " + Quoted(file) + " > " +
+         Quoted(output);
+}
+
 void GetFileStart(const std::string& fFILE) {
   const Routine quietly;
   WriteLog("GetFileStart started: fFILE=" + fFILE);
@@ -154,7 +155,7 @@ void GetFileStart(const std::string& fFILE) {
   Measured.MoreThanOneExtent = false;
   Measured.FStartSectors = 0;
   if (Measured.GFE_File.empty()) Measured.GFE_File = "GFE.txt";
-  Measured.GFE_Command = ToolCommand(fFILE);
+  Measured.GFE_Command = ToolCommand(GFE_Path, fFILE, Measured.GFE_File);
   if (InterpreterChangesQuoted(fFILE)) {
     // The tool would measure another file than this one.
     Measured.FLengthSectors = 0;

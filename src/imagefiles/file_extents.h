@@ -21,6 +21,11 @@ bool HoldToolCopy(const std::string& original);
 // Releases the copy and deletes it if it exists.
 void DeleteToolCopy();
 
+// The command line that has the tool, at a path with a drive letter, print to the file output where
+// file lies.
+std::string ToolCommand(const std::string& tool, const std::string& file,
+                        const std::string& output);
+
 // Measures the file. The results are the fields FStart to GFE_File of Measured; FStartSectors is 0
 // if there is no usable result, and MoreThanOneExtent is set for a fragmented file. Shows its own
 // boxes.
