@@ -15,7 +15,7 @@ unit: ## the native unit tests alone, without the long loops over faults, power 
 	@ctest --preset native -LE loops -j "$$(nproc)" >build/unit.log; \
 	  failed=$$?; grep -v ' Passed \|^ *Start ' build/unit.log; exit $$failed
 
-windows: ## the executables, to build/win64 and build/win32
+windows: ## the executables and the Windows check, to build/win64 and build/win32
 	@scripts/setup.sh windows
 	@cmake --preset win64 && cmake --build --preset win64
 	@cmake --preset win32 && cmake --build --preset win32

@@ -85,14 +85,9 @@ class ProgramRun:
         return self.launched is not None and self.launched.poll() is not None
 
     def display(self):
-        ready, written = os.pipe()
-        server = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(written), "-screen", "0",
-             self.screen, "-nolisten", "tcp"], pass_fds=[written], stderr=subprocess.DEVNULL)
+        name, server = start_display(self.screen)
         self.children.append(server)
-        os.close(written)
-        with os.fdopen(ready) as pipe:
-            return ":" + pipe.readline().strip()
+        return name
 
     def answers(self):
         return os.path.join(self.folder, "places.txt")
@@ -133,6 +128,17 @@ class ProgramRun:
         if self.usb:
             self.usb.close()
         shutil.rmtree(os.path.join(self.folder, "prefix"), ignore_errors=True)
+
+
+def start_display(screen):
+    """A free display of that size, and its server."""
+    ready, written = os.pipe()
+    server = subprocess.Popen(
+        ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(written), "-screen", "0", screen,
+         "-nolisten", "tcp"], pass_fds=[written], stderr=subprocess.DEVNULL)
+    os.close(written)
+    with os.fdopen(ready) as pipe:
+        return ":" + pipe.readline().strip(), server
 
 
 def set_density(prefix, dpi):

@@ -136,8 +136,7 @@ fi
 
 for preset in win64 win32; do
   quiet "$preset-configure" cmake --preset "$preset" &&
-    quiet "$preset-build" cmake --build --preset "$preset" &&
-    quiet "$preset-contract" cmake --build --preset "$preset" --target contract_win32
+    quiet "$preset-build" cmake --build --preset "$preset"
 done
 
 # The stories mostly wait, so everything else runs at the same time.

@@ -1,5 +1,5 @@
 // The contract of the platform, on the virtual PC.
-#include "tests/contract.h"
+#include "check/contract.h"
 
 #include <gtest/gtest.h>
 

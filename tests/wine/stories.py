@@ -13,7 +13,6 @@ import sys
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "rig"))
 
 import changed_story
-import contract_story
 import dropped_story
 import extents_story
 import fat_story
@@ -27,6 +26,7 @@ import signed_story
 import stick
 import two_sticks_story
 import waiting_story
+import windows_check_story
 from checks import (COMMIT, RESTORE, RESTORE_QUESTION, RUNS, SWAP, SWAP_QUESTION, TYPE, backups,
                     boot_record, check, check_changed, check_image, check_sector_0, check_writes,
                     doubleclick, fresh_stick, new_table, ordered, places, started)
@@ -253,7 +253,8 @@ story(two_sticks_story.two_sticks)
 story(signed_story.signed_anew)
 story(dropped_story.dropped_writes)
 story(names_story.every_alphabet)
-story(contract_story.contract)
+story(windows_check_story.windows_check)
+story(windows_check_story.windows_check_on_a_stick)
 
 LONG = [order_story.order_repair, changed_story.changed_drive, places_story.impossible_places]
 FOLLOWS = {way_back: switch}  # it starts with the stick that the other one leaves

@@ -217,6 +217,6 @@ inline std::string RunCase(const ContractCase& contractCase, Platform& platform,
     contractCase.run(platform, folder, check);
     return check.Wrong();
   } catch (const Fault& fault) {
-    return "unasked fault " + std::to_string(fault.number);
+    return check.Wrong() + " unasked fault " + std::to_string(fault.number);
   }
 }
