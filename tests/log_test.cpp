@@ -165,6 +165,7 @@ TEST(Log, TellsOfRoutinesThatRunSeldom) {
       {"RunCmd none", [] { RunCmd("none", 1); }},
       {"MoveFiles started", [&] { MoveFiles(none, none, none); }},
       {"ComparePos", [&] { ComparePos(none, none); }},
+      {"FileExists E:\\none", [&] { FileExists(none); }},
       {"RepeatPos", [] { RepeatPos({}); }}};
   for (const auto& [line, routine] : rows) {
     Logging l;

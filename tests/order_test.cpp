@@ -45,18 +45,6 @@ TEST(OrderRepair, CopiesUntilTheOrderIsRight) {
   }
 }
 
-TEST(OrderRepair, LogsEachLookForAFile) {
-  WrongOrder program({101'000, 100'000, 90'000});
-  program.TurnLoggingOn();
-  EXPECT_EQ(program.Repair(), BoxRows{kDone});
-  Texts looks;
-  for (const std::string& line : program.TakeLog()) {
-    if (line.starts_with("FileExists ")) looks.push_back(line.substr(16));
-  }
-  EXPECT_EQ(looks, (Texts{"Axxx", "A.volPAKzzz", "Axxx", "Axxx", "A.volPAKzzz", "A.volPAK",
-                          "A.volPAKzzz"}));
-}
-
 TEST(OrderRepair, CopiesNothingThatNeedsNoMoveOrIsInPieces) {
   const struct {
     unsigned firstPieces, lastPieces;

@@ -49,13 +49,6 @@ TEST(Text, HexToDecIsExact) {
   for (const auto& [text, value] : cases) EXPECT_EQ(HexToDec(text).ToDecimal(), value) << text;
 }
 
-TEST(Text, ExactIntegersCompare) {
-  EXPECT_LT(HexToDec("/"), ExactInteger(0));
-  EXPECT_LT(HexToDec("FFFFFFFFFFFFFFFF"), HexToDec("10000000000000000"));
-  EXPECT_GT(HexToDec("80000000"), HexToDec("7FFFFFFF"));
-  EXPECT_FALSE(HexToDec("0020") < ExactInteger(32));
-}
-
 TEST(Text, PadTextAndCommas) {
   EXPECT_EQ(PadText("abc", " ", 5, true), "abc  ");
   EXPECT_EQ(PadText("abc", "*-", 5, false), "**abc");
