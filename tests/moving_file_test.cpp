@@ -175,10 +175,10 @@ BoxRow NotMeasured(const std::string& path) {
 
 TEST(MovingFile, IsNotLostToADeleteOrRenameThatFails) {
   const std::string first = "E:" + std::string(kFirst), last = "E:" + std::string(kLast);
-  const std::string inOrder = "150000 160000", firstMoved = "140000 160000";
+  const std::string inOrder = "150000 160000", moved = "140000 160000";
   const Copies once{160'000}, twice{140'000, 160'000};
   const Copies both{101'000, 100'000, 140'000, 160'000};  // the third is of the first file
-  const Copies bothAgain{101'000, 100'000, 140'000, 141'000, 160'000};
+  const Copies again{101'000, 100'000, 140'000, 141'000, 160'000};
   const struct {
     const char* name;
     FailingStatement failing;
@@ -204,16 +204,8 @@ TEST(MovingFile, IsNotLostToADeleteOrRenameThatFails) {
        both,
        {Refused(17), IsCalled(kFirst, "\\P\\A.volPAKyyy"), NotMeasured(kFirst), kFailed},
        "lost 100000 A.volPAKyyy A.volPAKzzz"},
-      {"set aside in the second loop",
-       {last, "*", 1, 2},
-       bothAgain,
-       {Refused(24), Exists(27), kDone},
-       firstMoved},
-      {"given the name in the second loop",
-       {"*", last, 1, 2},
-       bothAgain,
-       {Refused(27), kDone},
-       firstMoved}};
+      {"second loop, set aside", {last, "*", 1, 2}, again, {Refused(24), Exists(27), kDone}, moved},
+      {"second loop, given the name", {"*", last, 1, 2}, again, {Refused(27), kDone}, moved}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     WrongOrder program(row.copies);
