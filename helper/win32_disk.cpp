@@ -162,7 +162,7 @@ VolumePlace PlaceOfVolume(const Opened& volume) {
                           static_cast<std::uint64_t>(extents.extents[0].start)};
   std::uint64_t partitionStart = 0;
   if (PartitionStart(volume, partitionStart) && partitionStart != place.start) {
-    throw Refusal{"the system tells two places of " + volume.Path()};
+    throw Refusal{"the system reports two places of " + volume.Path()};
   }
   return place;
 }
@@ -178,14 +178,14 @@ VolumeLayout LayoutOfVolume(const Opened& volume, const std::string& root) {
   if (::GetDiskFreeSpaceW(WideText(root).c_str(), &sectors, &sectorBytes, &freeClusters,
                           &clusters) &&
       std::uint64_t{sectors} * sectorBytes != layout.clusterBytes) {
-    throw Refusal{"the system tells another cluster size than the boot sector"};
+    throw Refusal{"the system reports another cluster size than the boot sector"};
   }
   std::int64_t base = 0;  // RETRIEVAL_POINTER_BASE, in sectors; Windows 7 and later
   DWORD error = 0;
   if (volume.Ask(kFsctlGetRetrievalPointerBase, &base, sizeof base, error) &&
       (base < 0 ||
        static_cast<std::uint64_t>(base) * layout.sectorBytes != layout.firstClusterByte)) {
-    throw Refusal{"the system tells another first cluster than the boot sector"};
+    throw Refusal{"the system reports another first cluster than the boot sector"};
   }
   return layout;
 }

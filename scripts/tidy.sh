@@ -1,15 +1,15 @@
 #!/bin/sh
-# Checks the order of the rooms, and all our code with clang-format and clang-tidy; fails at the first
+# Checks the order of the modules, and all our code with clang-format and clang-tidy; fails at the first
 # finding.
 set -eu
 cd "$(dirname "$0")/.."
 sources=$(git ls-files '*.cpp' '*.h' '*.c')
 echo "$sources" | xargs clang-format --dry-run --Werror
-# Includes go one way: no room includes from a room that stands after it in this list.
+# Includes go one way: no module includes from a module that stands after it in this list.
 # shellcheck disable=SC2046
 awk -F '[/"]' '
-  BEGIN { n = split("text platform report disk imagefiles restore switch shell app", rooms, " ")
-          for (i = 1; i <= n; ++i) floor[rooms[i]] = i }
+  BEGIN { n = split("text platform report disk imagefiles restore switch shell app", modules, " ")
+          for (i = 1; i <= n; ++i) floor[modules[i]] = i }
   /^#include "/ { split(FILENAME, path, "/")
                   if (floor[$2] > floor[path[2]]) { print FILENAME ": " $0; upward = 1 } }
   END { exit upward }' $(git ls-files 'src/*.cpp' 'src/*.h')

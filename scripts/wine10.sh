@@ -33,7 +33,7 @@ retry() {
     echo "wine10.sh: attempt $try: $what failed" >&2
     [ "$try" -eq 6 ] || sleep $((try * 10))
   done
-  fail "$what failed; the messages stand above. Wine 10 for the x86 executable is fetched once from a" \
+  fail "$what failed; see the messages above. Wine 10 for the x86 executable is fetched once from a" \
     "Debian mirror: is the network there, and is the mirror whole? Try again later."
 }
 

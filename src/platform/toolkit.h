@@ -169,7 +169,7 @@ class Toolkit {
   virtual void DoEvents() = 0;
 
   // Lets the window be drawn, moved, minimised and restored, and answer other programs. The keys,
-  // mouse buttons and commands of its frame that wait are thrown away, its close button among them.
+  // mouse buttons and frame commands in its queue are discarded, its close button among them.
   // Raises no user event; a close that another program asks for waits for DoEvents or RunEventLoop.
   virtual void Repaint() noexcept = 0;
 };

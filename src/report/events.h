@@ -1,11 +1,11 @@
-// What the shell does for the rooms below it.
+// What the shell does for the modules below it.
 #pragma once
 
 // Processes all pending events. A user event that arrives during an action is dropped, and what the
 // user selected or ticked in that time is restored.
 void DoEvents();
 
-// Draws the window where that is due. Keys and clicks that wait are thrown away and no user event
+// Draws the window where that is due. Keys and clicks in the queue are discarded and no user event
 // runs; what another program ticked or picked is put back.
 void Repaint();
 

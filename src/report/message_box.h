@@ -1,5 +1,5 @@
-// Boxes of the program. Every room shows its boxes through these calls: no key or click made ahead
-// of a box answers it (box_guard.h).
+// Boxes of the program. Every module shows its boxes through these calls: no key or click made
+// ahead of a box answers it (box_guard.h).
 #pragma once
 
 #include "platform/box.h"

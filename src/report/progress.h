@@ -1,4 +1,4 @@
-// Work that takes long, as the title bar shows it. The window is drawn meanwhile, or Windows would
+// Work that takes long, as the title bar shows it. The window keeps being drawn, or Windows would
 // call it "Not responding".
 #pragma once
 
@@ -12,20 +12,20 @@
 constexpr char kWindowCaption[] =
     PRODUCT_TITLE "  for NTFS TSD drives    v" PRODUCT_VERSION_TEXT "  " PRODUCT_NOTICE;
 
-// One piece of such work. One made meanwhile comes first for as long as it lives.
+// One piece of such work. One made inside another takes its place until it ends.
 class Progress {
  public:
-  // words returns what goes on and how far it is. It is asked three times a second, and not before
-  // the work has taken a third of one: quick work shows nothing.
+  // words returns what is going on and how far it has got. It is called three times a second, first
+  // after a third of a second: quick work shows nothing.
   explicit Progress(std::function<std::string()> words);
 
-  // Brings caption and pointer back. What was pressed meanwhile is thrown away.
+  // Puts caption and pointer back. What was pressed meanwhile is discarded.
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // For whatever takes long to call as often as it can: every 50 ms it draws the window and throws
-  // away keys and clicks. No user event runs.
+  // To be called as often as possible: every 50 ms it draws the window and discards keys and
+  // clicks. No user event runs.
   static void GoOn();
 
  private:

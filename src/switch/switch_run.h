@@ -1,5 +1,5 @@
 // The switch: makes an image file partition 1 of its own stick. One run goes through the phases of
-// this room in order and ends at the first check that fails.
+// this module in order and ends at the first check that fails.
 //
 // Disk writes of a whole run, in order: LBA 60, LBA 30 (copies of LBA 0), the image's first sector
 // (4 bytes of it), LBA 0.
