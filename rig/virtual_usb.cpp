@@ -71,6 +71,7 @@ using ControlCall = NTSTATUS(WINAPI*)(HANDLE, HANDLE, void*, void*, IO_STATUS_BL
 using InformationCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*, void*, ULONG, int);
 using FlushCall = NTSTATUS(WINAPI*)(HANDLE, IO_STATUS_BLOCK*);
 using CloseCall = NTSTATUS(WINAPI*)(HANDLE);
+using AttributesCall = NTSTATUS(WINAPI*)(const OBJECT_ATTRIBUTES*, void*);
 using ResumeCall = NTSTATUS(WINAPI*)(HANDLE, ULONG*);
 
 CreateCall create;
@@ -80,19 +81,22 @@ ControlCall deviceControl, fileSystemControl;
 InformationCall setInformation, queryVolume;
 FlushCall flush;
 CloseCall closeHandle;
+AttributesCall queryAttributes, queryFullAttributes;
 ResumeCall resume;
 
-// Every open by name goes through here: "open ID NAME" for a device, with "unopened ID" behind it
+// The name without its "\??\"; empty where it begins with something else.
+std::string NameOf(const OBJECT_ATTRIBUTES* attributes) {
+  if (attributes == nullptr || attributes->ObjectName == nullptr) return "";
+  const std::string name = Utf8(*attributes->ObjectName);
+  return name.rfind("\\??\\", 0) == 0 ? name.substr(4) : "";
+}
+
+// Every open by name goes through here: "open ID NAME" for a device, with "unopened ID" after it
 // where that failed; "touch PATH" for files.
 template <class Call>
 NTSTATUS Open(HANDLE* handle, const OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLOCK* io,
               const Call& call) {
-  std::string name;
-  if (attributes != nullptr && attributes->ObjectName != nullptr) {
-    name = Utf8(*attributes->ObjectName);
-  }
-  if (name.rfind("\\??\\", 0) != 0) return call();
-  name.erase(0, 4);
+  const std::string name = NameOf(attributes);
   const bool disk = _strnicmp(name.c_str(), "PhysicalDrive", 13) == 0;
   const bool letter = name.size() >= 2 && name[1] == ':';
   if (!disk && !letter) return call();
@@ -116,6 +120,25 @@ NTSTATUS Open(HANDLE* handle, const OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLO
     Ask("unopened" + Number(id));
   }
   return status;
+}
+
+// To ask for a file's attributes is an access to its volume too.
+NTSTATUS Attributes(AttributesCall call, const OBJECT_ATTRIBUTES* attributes, void* out) {
+  const std::string name = NameOf(attributes);
+  NTSTATUS status;
+  if (name.size() > 2 && name[1] == ':' &&
+      Settled(Ask("touch " + name), status, nullptr, nullptr, 0)) {
+    return status;
+  }
+  return call(attributes, out);
+}
+
+NTSTATUS WINAPI QueryAttributes(const OBJECT_ATTRIBUTES* attributes, void* out) {
+  return Attributes(queryAttributes, attributes, out);
+}
+
+NTSTATUS WINAPI QueryFullAttributes(const OBJECT_ATTRIBUTES* attributes, void* out) {
+  return Attributes(queryFullAttributes, attributes, out);
 }
 
 NTSTATUS WINAPI Create(HANDLE* handle, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes,
@@ -327,6 +350,8 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
   Patch("NtQueryVolumeInformationFile", queryVolume, QueryVolume);
   Patch("NtFlushBuffersFile", flush, Flush);
   Patch("NtClose", closeHandle, Close);
+  Patch("NtQueryAttributesFile", queryAttributes, QueryAttributes);
+  Patch("NtQueryFullAttributesFile", queryFullAttributes, QueryFullAttributes);
   if (!Environment(L"ROTATE_RIG_CHILDREN").empty()) {
     SetEnvironmentVariableW(L"ROTATE_RIG_CHILDREN", nullptr);  // not theirs as well
     Patch("NtResumeThread", resume, Resume);
