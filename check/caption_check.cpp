@@ -62,7 +62,7 @@ void CheckCaptions(Findings& findings) {
   for (const char* face : {"MS Sans Serif", "DejaVu Sans"}) {
     for (const int dpi : {96, 144, 192}) {
       const std::string what = std::string(face) + " at " + Decimal(dpi) + " dpi";
-      findings.Try("captions in " + what, [&] {
+      findings.Try("captions, " + what, [&] {
         const std::string cut = CutCaption(face, dpi);
         Require(cut.empty(), "these are cut:" + cut);
       });
