@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Takes pictures of the window with a full list and of each kind of box, at 100, 150 and 200 % scaling,
-to look at after a change of the window: pictures.py [FOLDER], build/rig/pictures by default.
+to look at after a change of the window: pictures.py [--documents] [FOLDER], build/rig/pictures by
+default. With --documents those of docs/ are renewed.
 
 Whether something is cut off or overlaps is for the eye. A box that doesn't open is an error here.
 """
@@ -10,14 +11,22 @@ import shutil
 import sys
 import time
 
+import architecture
 import make_stick
 import stick
-from prepare import ALL, RIG, STICK, own, prepare
+from prepare import ALL, RIG, ROOT, STICK, own, prepare
 from program_run import ProgramRun
 
 NAMES = [f"_ISO/LINUX/A system with a number, {number:02} of 40.volPAK" for number in range(1, 41)]
 NAMES += ["_ISO/LINUX/" + "A very long name " * 9 + "indeed.volPAK", "_ISO/Größe  Üß   é.volPAK"]
 TORN, COMPANION = "_ISO/WIN/In two pieces.volPAK", "_ISO/WIN/Wrong order"
+
+# Pictures of the documents, for each executable: from their names here.
+DOCUMENTS = {
+    "x64": {"box-ok-cancel": "window", "window-end": "pictures/list",
+            **{f"box-{kind}": f"pictures/box-{kind}" for kind in
+               ("exclamation", "information", "plain", "stop", "type", "yes-no-cancel")}},
+    "x86": {"window": "pictures/list-x86"}}
 
 
 def add(image, name, size, at=0):
@@ -90,8 +99,16 @@ def play(run, camera):
     camera.take("box-stop")
 
 
+def renew_documents(folder):
+    for name, document in DOCUMENTS[architecture.CHOSEN.name].items():
+        stick.run("convert", os.path.join(folder, name + "-100.png"), "-strip", "-dither", "None",
+                  "-colors", "64", "-define", "png:exclude-chunks=date,time",
+                  "PNG8:" + os.path.join(ROOT, "docs", document + ".png"))
+
+
 def main():
-    folder = os.path.abspath(sys.argv[1]) if len(sys.argv) > 1 else os.path.join(ALL, "pictures")
+    arguments = [word for word in sys.argv[1:] if word != "--documents"]
+    folder = os.path.abspath(arguments[0]) if arguments else os.path.join(ALL, "pictures")
     prepare()
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)
@@ -101,6 +118,8 @@ def main():
         run = ProgramRun(os.path.join(RIG, "pictured"), image, screen="1600x1200x24", dpi=dpi)
         with run:
             play(run, Camera(run, folder, dpi))
+    if len(arguments) + 1 < len(sys.argv):
+        renew_documents(folder)
     print(f"The pictures are in {folder}.")
 
 
