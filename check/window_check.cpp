@@ -1,4 +1,4 @@
-#include <memory>
+#include <optional>
 #include <tuple>
 
 #include "check/checks.h"
@@ -174,11 +174,11 @@ constexpr Step kSteps[] = {{"starts", Starts},
 void CheckWindow(Findings& findings, const Workplace& place) {
   const bool another = Sys.desktop->FindWindow(kFormDesign.className) != 0;
   std::string why = another ? "another Rotate_TSD is running" : "";
-  std::unique_ptr<Running> program;
+  std::optional<Running> program;
   for (const Step& step : kSteps) {
     const bool passed = findings.Try(std::string("window, ") + step.name, [&] {
       if (!why.empty()) throw NotPossibleHere{why};
-      if (!program) program = std::make_unique<Running>(place.programs + "Rotate_TSD.exe");
+      if (!program) program.emplace(place.programs + "Rotate_TSD.exe");
       step.run(*program, place, findings);
     });
     if (!passed && why.empty()) why = "a step before it failed";

@@ -2,6 +2,8 @@
 // when the check ends.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
