@@ -1,13 +1,19 @@
 // The program on the virtual PC, in the terminal: the window as text, with clicks and answers typed
 // or piped in. It ends at the end of the input.
+//
+//   rehearse --play FILE    prints the file of cases (rehearsal/player.h) with what they do now
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 
-#include "platform/virtual/demo_world.h"
+#include "rehearsal/player.h"
+#include "rehearsal/user_controls.h"
 #include "shell/program.h"
 #include "text/text.h"
 
@@ -20,23 +26,13 @@ constexpr const char* kHelp =
     "  show         the window again                     table     the stick's partition table\n"
     "  log          what was written to disks            journal   everything that was done\n"
     "  unplug, plug the stick                            quit      close the window\n"
+    "  and what changes the PC: sectors, files, faults, a second stick "
+    "(rehearsal/world_commands.h)\n"
     "Boxes are answered with the name of a button; an empty line presses the first one.\n";
 
-struct NamedControl {
-  const char* name;
-  Control control;
-};
-
-constexpr NamedControl kButtons[] = {
-    {"refresh", Control::cmdRefreshDrive},
-    {"restore", Control::cmdRestoreTSD},
-    {"swap", Control::cmdSwitchPtns},
-    {"help", Control::cmdHelp},
-    {"exit", Control::cmdExit},
-    {"reboot", Control::cmd_rebootPE},
-    {"link", Control::Label2},
-};
-constexpr NamedControl kTickBoxes[] = {{"iso", Control::Chk_ISO}, {"all", Control::chkShowAll}};
+using rehearsal::kButtons;
+using rehearsal::kTickBoxes;
+using rehearsal::NamedControl;
 
 std::string WithLineFeeds(const std::string& text) {
   std::string plain;
@@ -68,6 +64,7 @@ class Rehearsal {
  private:
   bool ReadLine(const char* prompt, std::string& line);
   std::optional<UserAction> NextAction();
+  bool ChangeWorld(const std::string& line);
   std::optional<UserAction> ActionOf(const std::string& word, const std::string& rest);
   std::optional<UserAction> RowAction(Control list, const std::string& number);
   template <std::size_t n>
@@ -79,8 +76,8 @@ class Rehearsal {
   void DrawTable() const;
   void PrintJournal(OpMask mask) const;
 
-  VirtualPc pc_;
-  demo::World world_ = demo::Make(pc_);
+  rehearsal::World world_;
+  VirtualPc& pc_ = world_.pc;
   bool windowIsStale_ = true;
 };
 
@@ -135,8 +132,8 @@ void Rehearsal::DrawWindow() {
 }
 
 void Rehearsal::DrawTable() const {
-  const VirtualSector table = world_.stick.Sector(0);
-  std::printf("Partition table of drive %d, disk signature %08X\n", world_.stick.number,
+  const VirtualSector table = world_.demo.stick.Sector(0);
+  std::printf("Partition table of drive %d, disk signature %08X\n", world_.demo.stick.number,
               NumberAt(table, 440));
   for (std::size_t entry = 0; entry < 4; ++entry) {
     const std::size_t at = 446 + 16 * entry;
@@ -145,7 +142,7 @@ void Rehearsal::DrawTable() const {
                 NumberAt(table, at + 12));
   }
   for (const std::uint64_t lba : {30U, 60U}) {
-    const VirtualSector backup = world_.stick.Sector(lba);
+    const VirtualSector backup = world_.demo.stick.Sector(lba);
     const char* content = backup == VirtualSector{} ? "blank"
                           : backup == table         ? "a copy of sector 0"
                                                     : "another table";
@@ -202,14 +199,23 @@ std::optional<UserAction> Rehearsal::ActionOf(const std::string& word, const std
   } else if (word == "journal") {
     PrintJournal(kAnyOp);
   } else if (word == "unplug" || word == "plug") {
-    pc_.machine.SetPlugged(world_.stick, word == "plug");
+    pc_.machine.SetPlugged(world_.demo.stick, word == "plug");
     std::printf("The stick is %s.\n", word == "plug" ? "in" : "out");
   } else if (word == "help") {
     std::printf("%s", kHelp);
-  } else if (!word.empty()) {
+  } else if (!word.empty() && !ChangeWorld(word + " " + rest)) {
     std::printf("Unknown command \"%s\". Type help for the list.\n", word.c_str());
   }
   return std::nullopt;
+}
+
+bool Rehearsal::ChangeWorld(const std::string& line) {
+  try {
+    return rehearsal::ChangeWorld(world_, rehearsal::SplitWords(line));
+  } catch (const std::exception& problem) {
+    std::printf("That doesn't fit: %s\n", problem.what());
+    return true;
+  }
 }
 
 std::optional<UserAction> Rehearsal::NextAction() {
@@ -279,7 +285,13 @@ void Rehearsal::Run() {
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
+  if (count == 3 && std::string(arguments[1]) == "--play") {
+    std::ifstream file(arguments[2], std::ios::binary);
+    const std::string cases{std::istreambuf_iterator<char>(file), {}};
+    std::printf("%s", rehearsal::Play(cases).c_str());
+    return cases.empty() ? 1 : 0;
+  }
   Rehearsal rehearsal;
   rehearsal.Run();
   return 0;

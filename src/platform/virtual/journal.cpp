@@ -18,8 +18,12 @@ static_assert(std::size(kNames) == static_cast<std::size_t>(Op::Count));
 
 }  // namespace
 
+const char* NameOf(Op op) {
+  return kNames[static_cast<std::size_t>(op)];
+}
+
 std::string JournalEntry::Text() const {
-  std::string text = kNames[static_cast<std::size_t>(op)];
+  std::string text = NameOf(op);
   if (op == Op::Events) return text;
   text += " " + subject;
   if (!detail.empty()) text += " " + detail;

@@ -52,6 +52,8 @@ enum class Op : std::uint8_t {
   Count
 };
 
+const char* NameOf(Op op);  // "renew-table"; also the first word of a journal line
+
 using OpMask = std::uint64_t;
 
 constexpr OpMask MaskOf(Op op) {

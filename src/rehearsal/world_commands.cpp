@@ -1,0 +1,290 @@
+#include "rehearsal/world_commands.h"
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+#include "text/text.h"
+
+namespace rehearsal {
+namespace {
+
+struct Arguments {
+  World& world;
+  VirtualDisk& disk;
+  const Words& words;  // the command first
+
+  const std::string& At(std::size_t index) const { return words.at(index); }
+  std::uint64_t Number(std::size_t index) const { return std::stoull(words.at(index)); }
+  std::uint32_t Short(std::size_t index) const { return static_cast<std::uint32_t>(Number(index)); }
+  std::uint8_t Byte(std::size_t index) const {
+    return static_cast<std::uint8_t>(std::stoul(words.at(index), nullptr, 16));
+  }
+  bool Has(std::size_t index) const { return index < words.size(); }
+  // The volume and the path on it, of a path with a letter.
+  VirtualVolume& Volume(std::size_t index) const { return VolumeOf(words.at(index).at(0)); }
+  std::string Path(std::size_t index) const { return words.at(index).substr(2); }
+  VirtualFile& File(std::size_t index) const {
+    VirtualFile* file = Volume(index).Find(Path(index));
+    if (file == nullptr) throw std::invalid_argument("no file " + words.at(index));
+    return *file;
+  }
+  VirtualVolume& VolumeOf(char letter) const {
+    VirtualVolume* volume = world.pc.machine.VolumeAt(letter);
+    if (volume == nullptr) throw std::invalid_argument(std::string("no volume ") + letter);
+    return *volume;
+  }
+};
+
+template <class T>
+T Choose(const std::string& name, const std::vector<std::pair<std::string, T>>& choices) {
+  for (const auto& [known, value] : choices) {
+    if (known == name) return value;
+  }
+  throw std::invalid_argument("not known: " + name);
+}
+
+bool YesOrNo(const std::string& word) {
+  return Choose<bool>(word, {{"yes", true}, {"no", false}});
+}
+
+VirtualSector Record(const std::string& format) {
+  return Choose<VirtualSector (*)()>(format, {{"ntfs", demo::NtfsBootRecord},
+                                              {"fat32", demo::Fat32BootRecord},
+                                              {"other", demo::ForeignBootRecord},
+                                              {"mbr", demo::Grub4dosMbr}})();
+}
+
+template <class Change>
+void ChangeSector(const Arguments& a, Change change) {
+  VirtualSector sector = a.disk.Sector(a.Number(1));
+  change(sector);
+  a.disk.SetSector(a.Number(1), sector);
+}
+
+void Patch(const Arguments& a) {
+  ChangeSector(a, [&](VirtualSector& sector) {
+    for (std::size_t i = 3; a.Has(i); ++i) sector.at(a.Number(2) + i - 3) = a.Byte(i);
+  });
+}
+
+void PutNumber(const Arguments& a) {
+  ChangeSector(a, [&](VirtualSector& sector) {
+    for (unsigned i = 0; i < 4; ++i) {
+      sector.at(a.Number(2) + i) = static_cast<std::uint8_t>(a.Number(3) >> (8 * i));
+    }
+  });
+}
+
+void SetEntry(const Arguments& a) {
+  ChangeSector(a, [&](VirtualSector& table) {
+    demo::SetEntry(table, static_cast<int>(a.Number(2)), a.Has(6) && a.At(6) == "active", a.Byte(3),
+                   a.Short(4), a.Short(5));
+  });
+}
+
+std::set<std::uint64_t> Sectors(const Arguments& a) {
+  std::set<std::uint64_t> sectors;
+  for (std::size_t i = 1; a.Has(i); ++i) sectors.insert(a.Number(i));
+  return sectors;
+}
+
+void SetFact(const Arguments& a) {
+  VirtualDisk& disk = a.disk;
+  const std::string& value = a.At(2);
+  if (a.At(1) == "number") {
+    disk.number = static_cast<int>(a.Number(2));
+  } else if (a.At(1) == "bytes") {
+    disk.bytes = a.Number(2);
+  } else if (a.At(1) == "bus") {
+    disk.bus = Choose<std::uint32_t>(value, {{"usb", kBusUsb}, {"sata", kBusSata}});
+  } else {
+    *Choose<bool*>(a.At(1), {{"removable", &disk.removable},
+                             {"answers-inquiry", &disk.answersInquiry},
+                             {"answers-length", &disk.answersLength},
+                             {"refuses-open", &disk.refusesOpen}}) = YesOrNo(value);
+  }
+}
+
+// As after a switch to Rescue.volPAK.
+void Switched(const Arguments& a) {
+  VirtualDisk& stick = a.world.demo.stick;
+  const VirtualSector saved = stick.Sector(0);
+  if (a.At(1) == "file") {
+    a.world.demo.inner.AddText("\\tsd\\MBR.BIN", std::string(saved.begin(), saved.end()));
+  } else if (a.At(1) != "nowhere") {
+    stick.SetSector(a.Number(1), saved);
+  }
+  VirtualSector table = demo::Grub4dosMbr();
+  demo::SetEntry(table, 1, true, 7, demo::kNtfsImage.lba, demo::kNtfsImage.sectors);
+  stick.SetSector(0, table);
+  a.world.pc.RenewTables();
+}
+
+void Exchange(const Arguments& a) {
+  if (!a.world.second) throw std::invalid_argument("there is no second stick");
+  std::swap(a.world.demo.stick.number, a.world.second->disk.number);
+  for (const auto& volume : a.world.pc.machine.volumes) {
+    const std::size_t at = std::string("EFGH").find(volume->letter);
+    if (at != std::string::npos) volume->letter = "GHEF"[at];
+  }
+}
+
+void ChangeVolume(const Arguments& a) {
+  const char letter = a.At(1).at(0);
+  if (a.Has(3) && a.At(2) != "letter" && a.At(2) != "label") {
+    a.world.pc.AddVolume(letter, a.disk, a.Number(2), a.Number(3)).tiedToTable = false;
+    a.world.pc.RenewTables();
+    return;
+  }
+  VirtualVolume& volume = a.VolumeOf(letter);
+  if (a.At(2) == "gone") {
+    volume.present = volume.tiedToTable = false;
+  } else if (a.At(2) == "on-disk") {
+    volume.disk = &a.disk;
+    volume.tiedToTable = false;
+  } else if (a.At(2) == "letter") {
+    volume.letter = a.At(3).at(0);
+  } else if (a.At(2) == "label") {
+    volume.label = a.At(3);
+  } else {
+    *Choose<bool*>(a.At(2), {{"busy", &volume.busy}, {"full", &volume.full}}) = true;
+  }
+}
+
+void AddImage(const Arguments& a) {
+  const std::string path = a.Path(1);
+  demo::AddImage(a.Volume(1), {path.c_str(), a.Number(2), a.Number(3)}, Record(a.At(4)));
+}
+
+void SetAttributes(const Arguments& a) {
+  std::uint32_t attributes = 0;
+  for (std::size_t i = 2; a.Has(i); ++i) {
+    attributes |= Choose<std::uint32_t>(a.At(i), {{"hidden", kAttributeHidden},
+                                                  {"system", kAttributeSystem},
+                                                  {"read-only", kAttributeReadOnly},
+                                                  {"folder", kAttributeDirectory}});
+  }
+  a.File(1).attributes = attributes;
+}
+
+// A saved table like the one on a sector, in a file of so many bytes.
+void SaveTable(const Arguments& a) {
+  const VirtualSector table = a.disk.Sector(a.Number(3));
+  std::string content(table.begin(), table.end());
+  content.resize(a.Number(2));
+  a.Volume(1).AddText(a.Path(1), content);
+}
+
+void PlanFault(const Arguments& a) {
+  FaultPlan& plan = a.world.pc.machine.plan = {};
+  plan.kind = Choose<FaultKind>(a.At(1), {{"refused", FaultKind::Refusal},
+                                          {"thrown", FaultKind::FaultThrown},
+                                          {"lost", FaultKind::LostWrite}});
+  plan.mask = OpsNamed({a.At(2)});
+  if (a.Has(3)) plan.nth = a.Number(3);
+  if (a.Has(4)) plan.times = a.Number(4);
+  if (a.Has(5)) plan.faultNumber = static_cast<int>(a.Number(5));
+}
+
+void PlaceCopies(const Arguments& a) {
+  for (std::size_t i = 1; a.Has(i); ++i) {
+    a.world.demo.e.placements.push_back({.lba = a.Number(i)});
+  }
+}
+
+using Command = void (*)(const Arguments&);
+
+const std::pair<const char*, Command> kCommands[] = {
+    {"second-stick",
+     [](const Arguments& a) { a.world.second.emplace(demo::AddSecondStick(a.world.pc)); }},
+    {"switched", Switched},
+    {"letters", [](const Arguments& a) { a.world.pc.RenewTables(); }},
+    {"exchange", Exchange},
+    {"tool",
+     [](const Arguments& a) {
+       const std::string file = a.At(1) == "all" ? "" : UpperCase(a.At(1));
+       a.world.pc.processes.toolTexts[file] = a.At(2);
+     }},
+    {"copies", PlaceCopies},
+    {"fault", PlanFault},
+    {"unreadable", [](const Arguments& a) { a.disk.unreadable = Sectors(a); }},
+    {"unwritable", [](const Arguments& a) { a.disk.unwritable = Sectors(a); }},
+    {"forgetful", [](const Arguments& a) { a.disk.forgetful = Sectors(a); }},
+    {"copy", [](const Arguments& a) { a.disk.SetSector(a.Number(2), a.disk.Sector(a.Number(1))); }},
+    {"patch", Patch},
+    {"number", PutNumber},
+    {"text", [](const Arguments& a) { a.disk.Put(a.Number(1), a.Number(2), a.At(3)); }},
+    {"fill",
+     [](const Arguments& a) { ChangeSector(a, [&](auto& sector) { sector.fill(a.Byte(2)); }); }},
+    {"record", [](const Arguments& a) { a.disk.SetSector(a.Number(1), Record(a.At(2))); }},
+    {"entry", SetEntry},
+    {"is", SetFact},
+    {"plug", [](const Arguments& a) { a.world.pc.machine.SetPlugged(a.disk, true); }},
+    {"unplug", [](const Arguments& a) { a.world.pc.machine.SetPlugged(a.disk, false); }},
+    {"volume", ChangeVolume},
+    {"file", [](const Arguments& a) { a.Volume(1).AddText(a.Path(1), a.Has(2) ? a.At(2) : "x"); }},
+    {"folder", [](const Arguments& a) { a.Volume(1).AddFolder(a.Path(1)); }},
+    {"remove", [](const Arguments& a) { a.Volume(1).Remove(a.Path(1)); }},
+    {"rename", [](const Arguments& a) { a.Volume(1).Move(a.Path(1), a.Path(2)); }},
+    {"image", AddImage},
+    {"attributes", SetAttributes},
+    {"save", SaveTable},
+    {"size", [](const Arguments& a) { a.File(1).size = a.Number(2); }},
+    {"hold",
+     [](const Arguments& a) {
+       a.Volume(1).Hold(a.Path(1), {kShareAll, a.Has(2) ? a.Number(2) : 0});
+     }},
+    {"lock", [](const Arguments& a) { a.File(1).heldOpen = true; }},
+    {"let-go", [](const Arguments& a) { a.world.demo.e.LetGo(); }},
+};
+
+}  // namespace
+
+Words SplitWords(const std::string& line) {
+  Words words;
+  for (std::size_t at = line.find_first_not_of(' '); at < line.size();
+       at = line.find_first_not_of(' ', at)) {
+    const bool quoted = line[at] == '"';
+    const std::size_t begin = at + (quoted ? 1 : 0);
+    at = std::min(line.find(quoted ? '"' : ' ', begin), line.size());
+    std::string word = line.substr(begin, at - begin);
+    for (std::size_t mark = 0; (mark = word.find("{crlf}")) != std::string::npos;) {
+      word.replace(mark, 6, "\r\n");
+    }
+    words.push_back(word);
+    if (quoted && at < line.size()) ++at;
+  }
+  return words;
+}
+
+bool ChangeWorld(World& world, const Words& words) {
+  VirtualDisk* disk = &world.demo.stick;
+  Words rest = words;
+  if (!rest.empty() && rest[0] == "system") disk = &world.demo.systemDisk;
+  if (!rest.empty() && rest[0] == "second" && world.second) disk = &world.second->disk;
+  if (disk != &world.demo.stick) rest.erase(rest.begin());
+  const std::string name = rest.empty() ? "" : rest[0];
+  for (const auto& [known, command] : kCommands) {
+    if (name != known) continue;
+    command({world, *disk, rest});
+    return true;
+  }
+  return false;
+}
+
+OpMask OpsNamed(const Words& names) {
+  OpMask mask = 0;
+  for (const std::string& name : names) {
+    OpMask found = 0;
+    for (unsigned op = 0; op < static_cast<unsigned>(Op::Count); ++op) {
+      if (name == NameOf(static_cast<Op>(op))) found = MaskOf(static_cast<Op>(op));
+    }
+    if (found == 0) throw std::invalid_argument("no operation " + name);
+    mask |= found;
+  }
+  return mask;
+}
+
+}  // namespace rehearsal
