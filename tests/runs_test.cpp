@@ -170,7 +170,7 @@ TEST(Runs, PlacesOnTheDisk) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const Placement placed = PlaceFile(c.runs, c.layout, kVolumeStart, c.bytes);
+    const extents_tool::Placement placed = PlaceFile(c.runs, c.layout, kVolumeStart, c.bytes);
     std::string extents;
     for (const Extent& e : placed.extents) {
       extents += std::to_string(e.fileOffset) + ":" + std::to_string(e.lba) + "+" +
