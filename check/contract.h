@@ -4,7 +4,7 @@
 //   for (const ContractCase& c : kContract) report(c.name, RunCase(c, platform, "C:\\Temp\\"));
 //
 // The folder ends in a backslash, is empty and may be written to. Each case deletes its files (one
-// empty folder stays) and gives the empty text, or what is wrong.
+// empty folder stays) and returns the empty text, or what is wrong.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ int FaultOf(Statement&& statement) {
   return 0;
 }
 
-// The file at path as a search gives it.
+// The file at path as a search returns it.
 inline FindData Find(Platform& p, const std::string& path) {
   FindData found;
   std::ignore = p.files->FindClose(p.files->FindFirstFile(path, found));
@@ -136,8 +136,8 @@ inline void BinaryRead(Platform& p, const std::string& folder, Checks& check) {
   p.files->AppendLine(path, "1234");
   std::uint8_t data[16];
   std::memset(data, 0xEE, sizeof data);
-  check(p.files->ReadBinaryFile(path, data, sizeof data) == 6, "a short file gives what it has");
-  check(std::memcmp(data, "1234\r\n", 6) == 0 && data[6] == 0xEE, "and touches nothing behind it");
+  check(p.files->ReadBinaryFile(path, data, sizeof data) == 6, "a short file returns what it has");
+  check(std::memcmp(data, "1234\r\n", 6) == 0 && data[6] == 0xEE, "and touches nothing after it");
   check(p.files->ReadBinaryFile(path, data, 2) == 2, "no more than asked");
   p.files->FileDelete(path);
 }

@@ -21,7 +21,7 @@ constexpr PlacedFile kFiles[] = {{"one page and a byte.bin", 4097},
                                  {"Übung (1) & more.bin", 65536},
                                  {"three megabytes.bin", 3 * 1048576 + 100}};
 
-// Refusals that tell of this system, not of a mistake in the tool.
+// Refusals that are due to this system, not to a mistake in the tool.
 constexpr const char* kHonestRefusals[] = {
     "can't open ",  "getNextTranslation",    "volume is encrypted",   "file is compressed",
     "is encrypted", "is none that is known", "one piece on one disk", "mounted on a folder"};

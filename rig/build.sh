@@ -23,4 +23,4 @@ compile virtual_usb.dll "$here/virtual_usb.cpp" -shared -lws2_32
 compile launcher.exe "$here/launcher.cpp"
 compile planted.exe "$here/planted.cpp"
 compile robot.exe "$here/robot.cpp $here/window_robot.cpp $here/../src/text/wide_text.cpp" -I "$here/../src"
-compile told_extents.exe "$here/told_extents.cpp"
+compile scripted_extents.exe "$here/scripted_extents.cpp"

@@ -12,7 +12,7 @@
 namespace {
 
 // For the analysis of failed runs: the program swallows the tool's other output.
-void Tell(const char* what, unsigned long number) {
+void Report(const char* what, unsigned long number) {
   FILE* file = fopen("C:\\rotate\\launcher.txt", "a");
   if (file == nullptr) return;
   fprintf(file, "%s %lu\n", what, number);
@@ -20,7 +20,7 @@ void Tell(const char* what, unsigned long number) {
 }
 
 int Fail(const char* what) {
-  Tell(what, GetLastError());
+  Report(what, GetLastError());
   return 95;
 }
 
@@ -67,6 +67,6 @@ int main() {
   WaitForSingleObject(child.hProcess, INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(child.hProcess, &code);
-  if (code > 1) Tell("the program ended with", code);
+  if (code > 1) Report("the program ended with", code);
   return static_cast<int>(code);
 }

@@ -60,7 +60,7 @@ class ProgramRun:
                               os.path.join(self.folder, "journal.txt"), self.writable,
                               architecture.CHOSEN.pointer)
         if self.places is not None:
-            self.tool = os.path.join(BIN, "told_extents.exe")
+            self.tool = os.path.join(BIN, "scripted_extents.exe")
             self.tell_places(self.places)
         self.environment = wine_environment(prefix, DISPLAY=self.shown_on or self.display(),
                                             ROTATE_RIG_PORT=str(self.usb.port),
@@ -107,7 +107,7 @@ class ProgramRun:
         subprocess.run(["import", "-window", "root", path], env=self.environment, check=True,
                        capture_output=True)
 
-    def tell(self):
+    def report(self):
         """Prints the evidence of a failed story."""
         report = os.path.join(self.folder, "prefix", "drive_c", "rotate", "launcher.txt")
         if os.path.exists(report):
@@ -118,7 +118,7 @@ class ProgramRun:
 
     def __exit__(self, *failure):
         if failure and failure[0] is not None:
-            self.tell()
+            self.report()
         if getattr(self, "environment", None):
             subprocess.run([SERVER, "-k"], env=self.environment, capture_output=True)
             subprocess.run([SERVER, "-w"], env=self.environment, capture_output=True)

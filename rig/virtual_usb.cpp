@@ -1,7 +1,6 @@
 // The virtual stick inside the program's process. The launcher loads this library before the
-// program's first statement. It tells the supervisor (virtual_usb.py) of each operation on a disk
-// or a volume, and of each question where a file lies, before it happens, and does what the answer
-// says:
+// program's first statement. It reports to the supervisor (virtual_usb.py) each operation on a disk
+// or a volume, and each question where a file lies, before it happens, and does what the answer says:
 //   "pass"         let Wine do it
 //   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
@@ -317,11 +316,12 @@ NTSTATUS WINAPI Resume(HANDLE thread, ULONG* count) {
 }
 
 // Message boxes of every kind end in this call. Its icon cannot be read from another process, so it
-// is told here; the call has no stub to copy, so its own bytes come back for as long as it runs.
+// is reported here; the call has no stub to copy, so its own bytes come back for as long as it
+// runs.
 unsigned char* messageBox;
 unsigned char messageBoxBytes[kJump];
 
-int WINAPI MessageBoxTold(const MSGBOXPARAMSW* box) {
+int WINAPI ReportedMessageBox(const MSGBOXPARAMSW* box) {
   DWORD before;
   VirtualProtect(messageBox, kJump, PAGE_EXECUTE_READWRITE, &before);
   memcpy(messageBox, messageBoxBytes, kJump);
@@ -330,7 +330,7 @@ int WINAPI MessageBoxTold(const MSGBOXPARAMSW* box) {
                          const_cast<wchar_t*>(title.c_str())};
   Ask("box" + Number(box->dwStyle) + " " + Utf8(name));
   const int answer = MessageBoxIndirectW(box);
-  PutJump(messageBox, reinterpret_cast<void*>(MessageBoxTold));
+  PutJump(messageBox, reinterpret_cast<void*>(ReportedMessageBox));
   return answer;
 }
 
@@ -359,6 +359,6 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
   messageBox = reinterpret_cast<unsigned char*>(reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleA("user32.dll"), "MessageBoxIndirectW")));
   memcpy(messageBoxBytes, messageBox, kJump);
-  PutJump(messageBox, reinterpret_cast<void*>(MessageBoxTold));
+  PutJump(messageBox, reinterpret_cast<void*>(ReportedMessageBox));
   return TRUE;
 }

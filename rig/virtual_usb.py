@@ -19,7 +19,7 @@ NOT_FOUND, NO_PATH, GONE = "fail C0000034", "fail C000003A", "fail C000009D"
 END, NOT_RECOGNISED, NOT_ALIGNED = "fail C0000011", "fail C000014F", "fail C000000D"
 ICONS = {0: "none", 1: "stop", 2: "question", 3: "exclamation", 4: "information"}
 
-# An open handle. The stick that stands behind disk has changed when plugs isn't the disk's.
+# An open handle. The stick that disk stands for has changed when plugs isn't the disk's.
 Opened = namedtuple("Opened", "name disk plugs")
 NOWHERE = Opened("?", None, 0)
 # A control code's input, its first bytes, and the sizes of both buffers.
@@ -27,7 +27,7 @@ Request = namedtuple("Request", "data in_size out_size")
 
 
 class VirtualUsb:
-    """Serves until close(). The images stand behind PhysicalDrive1, 2 and so on. Volumes are
+    """Serves until close(). The images are PhysicalDrive1, 2 and so on. Volumes are
     mounted read only unless writable is set, so that a story can say of every changed sector that
     the program changed it. A story may set fault to a function of a journal line, called before the
     operation: what it returns, such as "fail C0000185", is answered instead, and what it does, such
@@ -92,7 +92,7 @@ class VirtualUsb:
             self.disk(number).pull_out()
 
     def put_in(self, number, image):
-        """In place of what stood behind that number."""
+        """In place of what had that number."""
         with self.mutex:
             self.disk(number).put_in(image)
 
@@ -248,7 +248,7 @@ class VirtualUsb:
         answer, so that two runs take two questions. A run's place is moved by shift."""
         volume = self.volumes.get(path[0].upper())
         if volume is None:
-            return INVALID  # as a file system answers that has no such places to tell
+            return INVALID  # as a file system answers that has no such places
         runs = volume.runs(path[3:].replace("\\", "/"))
         for at, (first, next_first, lcn) in enumerate(runs):
             if vcn < next_first:

@@ -50,7 +50,7 @@ void SwitchedAndSigned(VirtualPc& pc, demo::World& world) {
 
 constexpr std::uint64_t kImageAt = 1'000'000, kCompanionAt = 950'000, kFreeFrom = 1'000'100;
 
-// The companion lies in front of its image. What is copied comes to lie behind both.
+// The companion lies before its image. What is copied comes to lie after both.
 void WrongOrder(VirtualPc&, demo::World& world) {
   demo::AddImage(world.e, {"\\_ISO\\B.volPAK", kImageAt, 64}, demo::NtfsBootRecord());
   demo::AddImage(world.e, {"\\_ISO\\B", kCompanionAt, 64}, demo::Fat32BootRecord());

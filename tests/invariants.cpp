@@ -88,7 +88,7 @@ std::vector<VirtualSector> Stage::NewTables(const VirtualSector& old) {
   const std::size_t dot = image.rfind('.');
   const std::size_t x4 = image.find("X4", dot);
   std::vector<VirtualSector> tables;
-  const std::string base = image.substr(6, dot - 6);  // behind \_ISO\, where each image lies
+  const std::string base = image.substr(6, dot - 6);  // after \_ISO\, where each image lies
   const auto companions = Choices({"F:\\_ISO\\" + base, "F:\\" + base, "E:\\_ISO\\" + base});
   const std::string name = x4 == std::string::npos ? "" : image.substr(x4 + 2);
   const auto fourths =

@@ -11,7 +11,7 @@
 //      in \tsd\MBR.BIN where it stood before. (Not for a swap, which undoes itself.)
 //    4 Every file is there with its contents. Only where power was cut between the two renames of a
 //      repair, or failures went on, one may stand under a temporary name (its own with xxx, yyy or
-//      zzz behind it), which then a box has told unless power was cut.
+//      zzz after it), which then a box has said unless power was cut.
 //    5 No handle and no lock is left, but for the temp copy of the extents tool and, where the
 //      boot record could not be worked on, the disk handle that the next open closes.
 //    6 Nothing ran but the extents tool and the copy command.
@@ -72,7 +72,7 @@ class Stage {
   // Another program acts once, before the n-th operation of the act.
   void Interfere(Other what, std::size_t nth);
   // Refreshes, selects the stick and performs the act, or its way back where the act is done.
-  // Then sector 0 must have changed as it should: gives what is wrong.
+  // Then sector 0 must have changed as it should: returns what is wrong.
   std::string PerformAgain();
   // Gives files that stand under their temporary names only their names back, as a person would.
   void RenameByHand();

@@ -15,9 +15,9 @@ struct Cut {
 constexpr Cut kCuts[] = {
     {"before", FaultKind::CutBefore},
     {"in the middle", FaultKind::CutTorn},
-    {"behind", FaultKind::CutAfter},
+    {"after", FaultKind::CutAfter},
     {"before, writes held back", FaultKind::CutBefore, true},
-    {"behind, writes held back", FaultKind::CutAfter, true},
+    {"after, writes held back", FaultKind::CutAfter, true},
 };
 
 // Each of the things held back is kept, dropped or torn, in every combination of up to five.

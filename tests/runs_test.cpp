@@ -84,7 +84,7 @@ TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
       {"the other half", With(Fat32(), {{511, 1, 0}}), 0, 0, 0},
       {"sector size 0", With(Fat32(), {{11, 2, 0}}), 0, 0, 0},
       {"no FATs", With(Fat32(), {{16, 1, 0}}), 0, 0, 0},
-      {"first cluster behind the volume", With(Fat32(), {{32, 4, 100}}), 0, 0, 0},
+      {"first cluster beyond the volume", With(Fat32(), {{32, 4, 100}}), 0, 0, 0},
       {"NTFS, a length that wraps", With(Ntfs(), {{40, 8, UINT64_MAX}}), 0, 0, 0},
       {"exFAT, shifts out of range", With(ExFat(), {{109, 1, 0xFF}}), 0, 0, 0},
   };
@@ -117,7 +117,7 @@ TEST(Runs, AnswersThatDontAddUpAreRefused) {
   } cases[] = {
       {"one run", 1, {0, 10, 500}, 0, true},
       {"one that ends where it begins", 1, {1, 0, 0}, 0, false},
-      {"begins behind what was asked", 1, {5, 10, 500}, 0, false},
+      {"begins after what was asked", 1, {5, 10, 500}, 0, false},
       {"begins earlier, rounded down", 1, {0, 10, 500}, 4, true},
       {"ends before what was asked", 1, {0, 4, 500}, 4, false},
       {"runs that go back", 2, {0, 10, 500, 8, 700}, 0, false},
@@ -158,7 +158,7 @@ TEST(Runs, PlacesOnTheDisk) {
       {"the very first cluster", fat, {{0, 1, 0}}, 8192, "0:4080+16 "},
       {"neighbours are one", ntfs, {{0, 1, 100}, {1, 2, 101}}, 8192, "0:2848+16 "},
       {"two pieces", ntfs, {{0, 1, 100}, {1, 2, 200}}, 8192, "0:2848+8 4096:3648+8 "},
-      {"room behind the end", ntfs, {{0, 1, 100}, {1, 9, 200}}, 4096, "0:2848+8 "},
+      {"room after the end", ntfs, {{0, 1, 100}, {1, 9, 200}}, 4096, "0:2848+8 "},
       {"room in the last run", ntfs, {{0, 9, 100}}, 4097, "0:2848+16 "},
       {"a hole", ntfs, {{0, 1, 100}, {1, 2, -1}}, 8192, ""},
       {"a hole between two pieces", ntfs, {{0, 1, 100}, {1, 2, -1}, {2, 3, 101}}, 12'288, ""},

@@ -44,7 +44,7 @@ bool IsPickedDrive() {
 }
 
 bool ReadPickedDrive(std::int64_t sector) {
-  return ReadOrTell(MYDRIVE, sector) && IsPickedDrive();
+  return ReadOrReport(MYDRIVE, sector) && IsPickedDrive();
 }
 
 bool TableIsStill(const std::optional<Sector>& table) {

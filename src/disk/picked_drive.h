@@ -28,7 +28,7 @@ bool IsOnPickedDrive(const std::string& file);
 // True: Physical_Drive_no, just read from MYDRIVE, is the picked drive. Otherwise shows a box.
 bool IsPickedDrive();
 
-// ReadOrTell for MYDRIVE. Also false, with a box, if MYDRIVE is now on another drive than the
+// ReadOrReport for MYDRIVE. Also false, with a box, if MYDRIVE is now on another drive than the
 // picked one.
 bool ReadPickedDrive(std::int64_t sector);
 

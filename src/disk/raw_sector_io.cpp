@@ -221,7 +221,7 @@ bool IsUsbDrive(std::int32_t drv) {
   return descriptor[kBusTypeOffset] == kBusTypeUsb;
 }
 
-bool ReadOrTell(const std::string& volume, std::int64_t sector) {
+bool ReadOrReport(const std::string& volume, std::int64_t sector) {
   if (ReadandParseSector(volume, sector)) return true;
   MsgBox({.title = "SECTOR READ FAILED",
           .text = "READ SECTOR " + Decimal(sector) + " from DRIVE " + Decimal(Physical_Drive_no) +
@@ -230,7 +230,7 @@ bool ReadOrTell(const std::string& volume, std::int64_t sector) {
   return false;
 }
 
-bool WriteOrTell(std::int64_t sector) {
+bool WriteOrReport(std::int64_t sector) {
   if (WriteSector(Physical_Drive_no, sector)) return true;
   MsgBox({.title = "SECTOR WRITE FAILED",
           .text = "WRITE SECTOR " + Decimal(sector) + " to DRIVE " + Decimal(Physical_Drive_no) +

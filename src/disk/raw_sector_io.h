@@ -57,5 +57,5 @@ std::int32_t GetPhysDriveNo(const std::string& Sdrive);
 bool IsUsbDrive(std::int32_t drv);
 
 // ReadandParseSector, and WriteSector to Physical_Drive_no; a box reports a failure.
-bool ReadOrTell(const std::string& volume, std::int64_t sector);
-bool WriteOrTell(std::int64_t sector);
+bool ReadOrReport(const std::string& volume, std::int64_t sector);
+bool WriteOrReport(std::int64_t sector);

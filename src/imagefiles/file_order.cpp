@@ -40,7 +40,7 @@ void ReportMoveFault(const Fault& fault) {
 struct LoopPlan {
   int rounds;
   bool pauses;
-  int atStart, beforeCopy, behindCopy, behindPause, beforeRename, behindRename;
+  int atStart, beforeCopy, afterCopy, afterPause, beforeRename, afterRename;
 };
 constexpr LoopPlan kFirstLoop{kFirstLoopRounds, true, 1, 2, 3, 4, 7, 8};
 constexpr LoopPlan kSecondLoop{kSecondLoopRounds, false, 21, 22, 23, 24, 27, 28};
@@ -57,16 +57,16 @@ bool RunLoop(const LoopPlan& plan, const std::string& first, MovingFile& last) {
     StepNo = plan.beforeCopy;
     last.Copy(NextCopy());
     DoEvents();
-    StepNo = plan.behindCopy;
+    StepNo = plan.afterCopy;
     if (plan.pauses) Sys.clock->Sleep(kPause);
-    StepNo = plan.behindPause;
+    StepNo = plan.afterPause;
     if (!last.CopyIsThere() || !last.KeepWholeCopy()) continue;
     last.SetAside();
     StepNo = plan.beforeRename;
     last.GiveName();
-    StepNo = plan.behindPause;
+    StepNo = plan.afterPause;
     last.DeleteAside();
-    StepNo = plan.behindRename;
+    StepNo = plan.afterRename;
     if (last.IsNameless()) return false;
   }
   return false;

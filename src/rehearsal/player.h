@@ -1,7 +1,7 @@
 // Plays cases: a text file with commands, each followed by what it brings about.
 //
 //   # a comment
-//   each:                       commands before every case that follows, told only where they fail
+//   each:                       commands before every case that follows, shown only where they fail
 //   > start
 //   == LBA 30 is not read       a case: a fresh PC (demo_world.h) and a fresh program
 //   > unreadable 30

@@ -35,7 +35,7 @@ bool SWITCH() {
   const std::string volume = SelectedVolume();
   WriteLog("SWITCH started");
   DisMount_All_VolumesX(Physical_Drive_no);
-  if (!WriteOrTell(0)) return false;
+  if (!WriteOrReport(0)) return false;
   DoEvents();
   ReMount_Drive(Physical_Drive_no);
   DoEvents();

@@ -30,7 +30,7 @@ bool DiskQualifies() {
   if (!ShowAllDrives && !IsUsbDrive(Physical_Drive_no)) return false;
   const std::string volume = GetDriveLetter(Physical_Drive_no);
   if (volume.empty()) return false;
-  return ReadOrTell(volume, 0) && SectorFlags.HasGrub4dos;
+  return ReadOrReport(volume, 0) && SectorFlags.HasGrub4dos;
 }
 
 void AddRows() {
@@ -87,7 +87,7 @@ void Combo1_Click() {
   MYDRIVE = UpperCase(row.substr(0, 1)) + ":";
   Physical_Drive_no = GetPhysDriveNo(MYDRIVE);
   GetUSBDiskDriveInfo(Physical_Drive_no);
-  const bool read = ReadOrTell(MYDRIVE, 0);
+  const bool read = ReadOrReport(MYDRIVE, 0);
   Picked_Drive_no = Physical_Drive_no;
   if (!read) return;
   GetDriveLetter(Picked_Drive_no);  // sets vol1 to vol4 to this drive's
@@ -129,14 +129,14 @@ void chkShowAll_Click() {
 
 void rgbGetVolume(const std::string& Drive, std::string& label, std::string& serial) {
   WriteLog("rgbGetVolume " + Drive + " " + label + " " + serial);
-  std::string told, fileSystem;
+  std::string text, fileSystem;
   std::uint32_t number = 0;
-  const bool known = Sys.facts->GetVolumeInformation(Drive + "\\", told, kLabelSize, number,
+  const bool known = Sys.facts->GetVolumeInformation(Drive + "\\", text, kLabelSize, number,
                                                      fileSystem, kFileSystemSize);
   label.clear();
   serial.clear();
   if (!known) return;
-  label = told.substr(0, told.find('\0'));
+  label = text.substr(0, text.find('\0'));
   if (Trim(label).empty()) label = "(no label)";
   serial = HexWord(number >> 16) + "-" + HexWord(number);
 }

@@ -41,7 +41,7 @@ void BringToFront(WindowHandle frame, WindowHandle front) {
   std::ignore = Sys.desktop->SetForegroundWindow(front);
 }
 
-void TellThatItDoesNotAnswer() {
+void SayThatItDoesNotAnswer() {
   MsgBox({.title = "Rotate_TSD is already running!",
           .text =
               "Another Rotate_TSD is running and doesn't answer. It may be at work: wait until it "
@@ -63,7 +63,7 @@ bool IsOnlyInstance() {
       return false;
     }
     if (front != 0 || look == kMostLooks) {
-      TellThatItDoesNotAnswer();
+      SayThatItDoesNotAnswer();
       return false;
     }
     Sys.clock->Sleep(kPause);

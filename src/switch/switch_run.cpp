@@ -102,8 +102,8 @@ bool SaveTable(SwitchRun& run) {
     return false;
   }
   if (TableIsSwitched(run)) return KeepSavedTable(run);
-  if (run.Lba60Usable && !WriteOrTell(kBackupSector2)) return false;
-  return !run.Lba30Usable || WriteOrTell(kBackupSector1);
+  if (run.Lba60Usable && !WriteOrReport(kBackupSector2)) return false;
+  return !run.Lba30Usable || WriteOrReport(kBackupSector1);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ class SlowCopy:
         return "pass"
 
     def expect_title(self, run, share):
-        """Lets a share of the copy be written; gives the state in which the title bar says so."""
+        """Lets a share of the copy be written; returns the state in which the title bar says so."""
         self.allowed = self.size * share // 100
         name = os.path.basename(COMPANION)
 

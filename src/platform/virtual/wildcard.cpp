@@ -19,18 +19,18 @@ bool Takes(const char* pattern, const char*& name) {
 // Only the last star is ever tried with a longer run: it can take whatever an earlier one could. So
 // many stars cost no more than one.
 bool Matches(const char* pattern, const char* name) {
-  const char* behindStar = nullptr;
-  const char* behindRun = nullptr;
+  const char* afterStar = nullptr;
+  const char* afterRun = nullptr;
   while (*pattern != '\0' || *name != '\0') {
     if (*pattern == '*') {
-      behindStar = ++pattern;
-      behindRun = name;
+      afterStar = ++pattern;
+      afterRun = name;
     } else if (Takes(pattern, name)) {
       ++pattern;
     } else {
-      if (behindStar == nullptr || *behindRun == '\0') return false;
-      pattern = behindStar;
-      name = ++behindRun;
+      if (afterStar == nullptr || *afterRun == '\0') return false;
+      pattern = afterStar;
+      name = ++afterRun;
     }
   }
   return true;

@@ -52,7 +52,7 @@ void FormWindow::DrawRow(const DRAWITEMSTRUCT& item) {
   if (selected) {
     text = ::GetSysColor(COLOR_HIGHLIGHTTEXT);
   } else if (own != nullptr) {
-    text = RGB(0, 0, 0);  // a colour of ours behind it: a light system colour couldn't be read
+    text = RGB(0, 0, 0);  // on a colour of ours: a light system colour couldn't be read
   }
   const HBRUSH plain = own != nullptr ? own : ::GetSysColorBrush(COLOR_WINDOW);
   ::FillRect(item.hDC, &item.rcItem, selected ? ::GetSysColorBrush(COLOR_HIGHLIGHT) : plain);
