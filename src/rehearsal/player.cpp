@@ -228,7 +228,7 @@ std::string Player::End() {
 }
 
 std::string Play(const std::string& text) {
-  std::string played, failed;
+  std::string played;
   std::vector<std::string> each;
   std::optional<Player> player;
   const auto end = [&] {

@@ -29,7 +29,11 @@ void VirtualVolume::DropHolders(bool (*lets)(Holder&)) {
 
 void VirtualVolume::Tick() {
   if (isHeld_) {
-    DropHolders([](Holder& holder) { return holder.operations > 0 && --holder.operations == 0; });
+    DropHolders([](Holder& holder) {
+      if (holder.operations == 0) return false;
+      --holder.operations;
+      return holder.operations == 0;
+    });
   }
 }
 
