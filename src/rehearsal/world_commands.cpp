@@ -190,7 +190,11 @@ void PlanFault(const Arguments& a) {
 
 void PlaceCopies(const Arguments& a) {
   for (std::size_t i = 1; a.Has(i); ++i) {
-    a.world.demo.e.placements.push_back({.lba = a.Number(i)});
+    const std::size_t colon = a.At(i).find(':');
+    const unsigned long pieces =
+        colon == std::string::npos ? 1 : std::stoul(a.At(i).substr(colon + 1));
+    a.world.demo.e.placements.push_back(
+        {.lba = a.Number(i), .pieces = static_cast<unsigned>(pieces)});
   }
 }
 

@@ -6,7 +6,7 @@
 //   letters                            the letters follow the partition tables
 //   exchange                           both sticks change numbers and letters
 //   tool FILE|all "TEXT"               what the extents tool prints instead of the truth
-//   copies LBA [LBA...]                where the next copies come to lie
+//   copies LBA[:PIECES]...             where the next copies come to lie
 //   fault refused|thrown|lost OP [NTH [TIMES [NUMBER]]]     OP as the journal names it
 //
 // Disks. "second" or "system" in front means that disk; otherwise it is the stick.
