@@ -18,6 +18,7 @@ struct Arguments {
   const std::string& At(std::size_t index) const { return words.at(index); }
   std::uint64_t Number(std::size_t index) const { return std::stoull(words.at(index)); }
   std::uint32_t Short(std::size_t index) const { return static_cast<std::uint32_t>(Number(index)); }
+  int Int(std::size_t index) const { return static_cast<int>(Number(index)); }
   std::uint8_t Byte(std::size_t index) const {
     return static_cast<std::uint8_t>(std::stoul(words.at(index), nullptr, 16));
   }
@@ -79,8 +80,8 @@ void PutNumber(const Arguments& a) {
 
 void SetEntry(const Arguments& a) {
   ChangeSector(a, [&](VirtualSector& table) {
-    demo::SetEntry(table, static_cast<int>(a.Number(2)), a.Has(6) && a.At(6) == "active", a.Byte(3),
-                   a.Short(4), a.Short(5));
+    demo::SetEntry(table, a.Int(2), a.Has(6) && a.At(6) == "active", a.Byte(3), a.Short(4),
+                   a.Short(5));
   });
 }
 
@@ -94,7 +95,7 @@ void SetFact(const Arguments& a) {
   VirtualDisk& disk = a.disk;
   const std::string& value = a.At(2);
   if (a.At(1) == "number") {
-    disk.number = static_cast<int>(a.Number(2));
+    disk.number = a.Int(2);
   } else if (a.At(1) == "bytes") {
     disk.bytes = a.Number(2);
   } else if (a.At(1) == "bus") {
@@ -185,7 +186,7 @@ void PlanFault(const Arguments& a) {
   plan.mask = OpsNamed({a.At(2)});
   if (a.Has(3)) plan.nth = a.Number(3);
   if (a.Has(4)) plan.times = a.Number(4);
-  if (a.Has(5)) plan.faultNumber = static_cast<int>(a.Number(5));
+  if (a.Has(5)) plan.faultNumber = a.Int(5);
 }
 
 void PlaceCopies(const Arguments& a) {
@@ -213,6 +214,12 @@ const std::pair<const char*, Command> kCommands[] = {
      }},
     {"copies", PlaceCopies},
     {"fault", PlanFault},
+    {"more-letters", [](const Arguments& a) { a.world.pc.facts.furtherDrives = a.Int(1); }},
+    {"first-only",
+     [](const Arguments& a) {
+       a.world.pc.machine.onlyFirstOfRemovable = true;
+       a.world.pc.RenewTables();
+     }},
     {"unreadable", [](const Arguments& a) { a.disk.unreadable = Sectors(a); }},
     {"unwritable", [](const Arguments& a) { a.disk.unwritable = Sectors(a); }},
     {"forgetful", [](const Arguments& a) { a.disk.forgetful = Sectors(a); }},
