@@ -1,5 +1,5 @@
-// How far the list of images scrolls, which only a message says. tests/cases/drive_panel.txt has the
-// rest of the panel.
+// How far the list of images scrolls, which only a message says. tests/cases/drive_panel.txt has
+// the rest of the panel.
 #include "tests/support.h"
 
 namespace {

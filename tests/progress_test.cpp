@@ -43,49 +43,51 @@ Texts Captions(const ProgramOnPc& p) {
 }
 
 TEST(Progress, TitleBarSaysWhatGoesOn) {
-  const std::string copying = "Copying Rescue.volPAK",
-                    comparing = "Comparing \u00DCbung S\u00FCd.volPAK";
-  const std::string measuring = "Looking where \u00DCbung S\u00FCd.volPAK lies",
-                    which = ", copy 2 of at most 33";
+  const std::string copying = "Copying Rescue.volPAK", which = ", copy 2 of at most 33";
   const std::string searching = "Searching E:\\_ISO: ";
+  const Texts shares{copying + ": 40 %" + which, copying + ": 80 %" + which};
+  const FaultPlan waitFails{.kind = FaultKind::Refusal, .nth = 6, .mask = MaskOf(Op::Wait)};
+  const FaultPlan noLength{.kind = FaultKind::Refusal, .mask = MaskOf(Op::FileSize)};
   const struct {
     const char* name;
     void (*work)();
-    ChildScript child;
-    std::uint32_t cutAt;  // ms; power
-    FaultPlan plan;
-    Texts captions;  // before the window's own, which comes back
+    ChildScript child = {};
+    std::uint32_t cutAt = 0;  // ms; power
+    FaultPlan plan = {};
+    Texts captions = {};  // before the window's own, which comes back
   } rows[] = {
-      {"a copy", Copy, Slow(1000), 0, {}, {copying + ": 40 %" + which, copying + ": 80 %" + which}},
-      {"has its length from the start",
-       Copy,
-       Slow(1000, true),
-       0,
-       {},
-       {copying + ": 40 %" + which, copying + ": 80 %" + which}},
-      {"has just begun, and the wait fails",
-       Copy,
-       Slow(60'000),
-       0,
-       {.kind = FaultKind::Refusal, .nth = 6, .mask = MaskOf(Op::Wait)},
-       {copying + ": 0 %" + which}},
-      {"length can't be asked",
-       Copy,
-       Slow(600),
-       0,
-       {.kind = FaultKind::Refusal, .mask = MaskOf(Op::FileSize)},
-       {copying + which}},
-      {"power cut", Copy, Slow(1000), 500, {}, {copying + ": 40 %" + which}},
-      {"quick copy", Copy, Slow(300), 0, {}, {}},
-      {"a comparison", Compare, {}, 0, {}, {comparing + ": 66 %"}},
-      {"a search",
-       Search,
-       {},
-       0,
-       {},
-       {searching + "0 folders, 0 images", searching + "1 folder, 1 image",
-        searching + "1 folder, 3 images"}},
-      {"time limit", Measure, {.match = "/c", .neverEnds = true}, 0, {}, {measuring}},
+      {.name = "a copy", .work = Copy, .child = Slow(1000), .captions = shares},
+      {.name = "has its length from the start",
+       .work = Copy,
+       .child = Slow(1000, true),
+       .captions = shares},
+      {.name = "has just begun, and the wait fails",
+       .work = Copy,
+       .child = Slow(60'000),
+       .plan = waitFails,
+       .captions = {copying + ": 0 %" + which}},
+      {.name = "length can't be asked",
+       .work = Copy,
+       .child = Slow(600),
+       .plan = noLength,
+       .captions = {copying + which}},
+      {.name = "power cut",
+       .work = Copy,
+       .child = Slow(1000),
+       .cutAt = 500,
+       .captions = {shares[0]}},
+      {.name = "quick copy", .work = Copy, .child = Slow(300)},
+      {.name = "a comparison",
+       .work = Compare,
+       .captions = {"Comparing \u00DCbung S\u00FCd.volPAK: 66 %"}},
+      {.name = "a search",
+       .work = Search,
+       .captions = {searching + "0 folders, 0 images", searching + "1 folder, 1 image",
+                    searching + "1 folder, 3 images"}},
+      {.name = "time limit",
+       .work = Measure,
+       .child = {.match = "/c", .neverEnds = true},
+       .captions = {"Looking where \u00DCbung S\u00FCd.volPAK lies"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
