@@ -141,10 +141,6 @@ void ProgramOnPc::Plan(FaultKind kind, OpMask mask, std::size_t nth, std::uint32
       .kind = kind, .nth = nth, .mask = mask, .error = error, .faultNumber = faultNumber};
 }
 
-void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value) {
-  for (std::size_t i = 0; i < 4; ++i) sector[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
-}
-
 TableEntry EntryOf(const VirtualSector& table, int entry) {
   const std::size_t at = 446 + 16 * (static_cast<std::size_t>(entry) - 1);
   return {table[at] == 0x80, table[at + 4], Word32(table, at + 8), Word32(table, at + 12)};

@@ -73,7 +73,6 @@ class ProgramOnPc {
   std::vector<std::string> TakeLog();
 
   std::vector<std::string> Rows(Control list) { return pc.toolkit.At(list).rows; }
-  bool Enabled(Control control) { return pc.toolkit.At(control).enabled; }
 
   // Fails the n-th operation that the mask allows.
   void Plan(FaultKind kind, OpMask mask, std::size_t nth = 1, std::uint32_t error = 1117,
@@ -103,5 +102,4 @@ struct TableEntry {
   bool operator==(const TableEntry&) const = default;
 };
 TableEntry EntryOf(const VirtualSector& table, int entry);
-void Put32(VirtualSector& sector, std::size_t at, std::uint32_t value);
 VirtualSector FilledSector(std::uint8_t byte);
