@@ -1,6 +1,7 @@
 // The virtual stick inside the program's process. The launcher loads this library before the
 // program's first statement. It reports to the supervisor (virtual_usb.py) each operation on a disk
-// or a volume, and each question where a file lies, before it happens, and does what the answer says:
+// or a volume, and each question where a file lies, before it happens, and does what the answer
+// says:
 //   "pass"         let Wine do it
 //   "fail STATUS"  refuse with that NTSTATUS, in hexadecimal
 //   "done BYTES"   succeed with these bytes, in hexadecimal, as the output
