@@ -17,8 +17,9 @@ count() { # count PASSED FAILED
 quiet() {
   name=$1
   shift
+  begun=$(date +%s)
   if "$@" >"build/log/$name.log" 2>&1; then
-    echo "PASS $name"
+    echo "PASS $name ($(($(date +%s) - begun)) s)"
     count 1 0
   else
     tail -n 60 "build/log/$name.log"
