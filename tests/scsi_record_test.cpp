@@ -2,6 +2,7 @@
 // out.
 #include "platform/win32/scsi_record.h"
 
+#include <algorithm>
 #include <map>
 
 #include "disk/drive_discovery.h"

@@ -1,5 +1,6 @@
 #include "shell/window_design.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
