@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "imagefiles/file_extents.h"
+#include "imagefiles/file_order.h"
 #include "platform/platform.h"
 #include "rehearsal/transcript.h"
 #include "rehearsal/user_controls.h"
@@ -175,6 +176,8 @@ void Player::Show(const Words& words) {
 bool Player::DoAsUser(const Words& words) {
   if (words[0] == "start") {
     Act([&] { RunProgram(world_.pc.platform()); });
+  } else if (words[0] == "repair") {
+    Act([&] { MoveFiles(words.at(1), words.at(2), words.at(words.size() > 3 ? 3 : 1)); });
   } else if (words[0] == "answer") {
     for (std::size_t i = 1; i < words.size(); ++i) {
       const auto* known = std::find_if(std::begin(kAnswers), std::end(kAnswers),

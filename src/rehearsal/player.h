@@ -14,6 +14,7 @@
 //   start                       the program, up to its window
 //   pick LETTER, open ROW       a row of the drop-down; a double-click on an image: its beginning
 //   click NAME, tick NAME       a button or tick box that user_controls.h names
+//   repair FIRST LAST [IMAGE]   the order repair alone
 //   logging, close              a double-click on the red label; the window's close button
 //   answer NAME...              ok, cancel, yes, no: for the next questions, in order
 //   type TEXT                   for the next question with a field

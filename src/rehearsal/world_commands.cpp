@@ -180,6 +180,7 @@ void SaveTable(const Arguments& a) {
 
 void PlanFault(const Arguments& a) {
   FaultPlan& plan = a.world.pc.machine.plan = {};
+  if (a.At(1) == "none") return;
   plan.kind = Choose<FaultKind>(a.At(1), {{"refused", FaultKind::Refusal},
                                           {"thrown", FaultKind::FaultThrown},
                                           {"lost", FaultKind::LostWrite}});
@@ -197,6 +198,31 @@ void PlaceCopies(const Arguments& a) {
     a.world.demo.e.placements.push_back(
         {.lba = a.Number(i), .pieces = static_cast<unsigned>(pieces)});
   }
+}
+
+void SpoilNextCopy(const Arguments& a) {
+  Placement copy;
+  *Choose<std::optional<std::uint64_t>*>(
+      a.At(1), {{"cut", &copy.keepBytes}, {"dated", &copy.lastWriteTime}}) = a.Number(2);
+  a.world.demo.e.placements.push_back(copy);
+}
+
+// Another file with the same contents, length and time.
+void Duplicate(const Arguments& a) {
+  const VirtualFile original = a.File(1);
+  VirtualVolume& volume = a.Volume(2);
+  volume.AddFile(a.Path(2), original.size, a.Number(3)).lastWriteTime = original.lastWriteTime;
+  volume.disk->CopySectors(original.extents.at(0).lba, a.Number(3), original.extents[0].sectors);
+}
+
+void LayInPieces(const Arguments& a) {
+  std::vector<Extent> pieces;
+  for (std::size_t i = 2; a.Has(i); i += 2) {
+    const std::uint64_t offset =
+        pieces.empty() ? 0 : pieces.back().fileOffset + pieces.back().sectors * 512;
+    pieces.push_back({offset, a.Number(i), a.Number(i + 1)});
+  }
+  a.File(1).extents = pieces;
 }
 
 using Command = void (*)(const Arguments&);
@@ -249,6 +275,10 @@ const std::pair<const char*, Command> kCommands[] = {
      }},
     {"lock", [](const Arguments& a) { a.File(1).heldOpen = true; }},
     {"let-go", [](const Arguments& a) { a.world.demo.e.LetGo(); }},
+    {"next-copy", SpoilNextCopy},
+    {"duplicate", Duplicate},
+    {"pieces", LayInPieces},
+    {"pin", [](const Arguments& a) { a.Volume(1).Hold(a.Path(1), {kShareReadWriteOnly}); }},
 };
 
 }  // namespace

@@ -5,11 +5,13 @@
 //   switched 30|60|file|nowhere        E: is Rescue.volPAK, and where the old table is saved
 //   letters                            the letters follow the partition tables
 //   exchange                           both sticks change numbers and letters
+//   next-copy cut BYTES|dated TIME     the next copy isn't whole, or has another time
 //   tool FILE|all "TEXT"               what the extents tool prints instead of the truth
 //   copies LBA[:PIECES]...             where the next copies come to lie
 //   fault refused|thrown|lost OP [NTH [TIMES [NUMBER]]]     OP as the journal names it
 //   more-letters N                     drives with a letter and no volume
 //   first-only                         of a removable disk only the first partition has a letter
+//   fault none
 //
 // Disks. "second" or "system" in front means that disk; otherwise it is the stick.
 //
@@ -34,7 +36,10 @@
 //   attributes PATH [hidden] [system] [read-only] [folder]      these and no others
 //   save PATH BYTES LBA                a sector in a file of so many bytes
 //   size PATH BYTES                    what the file system says
+//   pieces PATH LBA SECTORS...         where a file lies, piece by piece
+//   duplicate FROM TO LBA              the same contents, length and time
 //   hold PATH [OPERATIONS]             another program has it open, and shares all
+//   pin PATH                           ... and shares reading and writing only
 //   lock PATH                          ... and shares nothing
 //   let-go
 //
