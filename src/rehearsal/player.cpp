@@ -159,9 +159,13 @@ void Player::Plan(const std::string& line) {
 
 void Player::Show(const Words& words) {
   if (words.at(1) == "journal") {
-    const OpMask mask = OpsNamed({words.begin() + 2, words.end()});
+    const OpMask mask = words.size() > 2 ? OpsNamed({words.begin() + 2, words.end()}) : kAnyOp;
     for (const std::string& line : world_.pc.machine.journal.Lines(mask))
       out_ += "  " + line + "\n";
+    return;
+  }
+  if (words[1] == "clock") {
+    out_ += "  " + std::to_string(world_.pc.machine.clock.Elapsed()) + " ms\n";
     return;
   }
   const VirtualFile* log = world_.demo.c.Find("\\Temp\\Rotate_TSD.log");

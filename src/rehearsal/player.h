@@ -20,7 +20,8 @@
 //   type TEXT                   for the next question with a field
 //   at box TITLE: COMMAND       while a box is open whose title begins so; once
 //   at tool N: COMMAND          while the extents tool or a copy runs, at the N-th from then on
-//   show journal OP...          lines of the last action; OP as the journal names it
+//   show journal [OP...]        lines of the last action; OP as the journal names it
+//   show clock                  how long the program has waited so far
 //   show log                    lines of the log file since the last "show log"
 #pragma once
 

@@ -168,7 +168,27 @@ std::vector<std::string> Snapshot::WindowOf(World& world) {
   return lines;
 }
 
-Snapshot::Snapshot(World& world) : window_(WindowOf(world)) {
+std::vector<std::string> Snapshot::DesktopOf(World& world) {
+  std::vector<std::string> lines;
+  const VirtualDesktop& desktop = world.pc.desktop;
+  for (const VirtualWindow& window : desktop.windows) {
+    lines.push_back("  window " + window.title + ":" + (window.minimised ? " minimised" : "") +
+                    (window.title == desktop.inFront ? " in front" : "") +
+                    (window.asked ? " asked to close" : "") + "\n");
+  }
+  return lines;
+}
+
+std::string Snapshot::NewIn(const std::vector<std::string>& now,
+                            const std::vector<std::string>& before) {
+  std::string text;
+  for (std::size_t i = 0; i < now.size(); ++i) {
+    if (i >= before.size() || before[i] != now[i]) text += now[i];
+  }
+  return text;
+}
+
+Snapshot::Snapshot(World& world) : window_(WindowOf(world)), desktop_(DesktopOf(world)) {
   for (const auto& disk : world.pc.machine.disks) disks_[disk.get()] = disk->Contents();
   for (const auto& volume : world.pc.machine.volumes) files_[volume.get()] = FilesOf(*volume);
 }
@@ -198,11 +218,7 @@ std::string Snapshot::Differences(World& world) const {
               std::to_string(file.size) + " bytes from sector " + std::to_string(file.lba) + "\n";
     }
   }
-  const std::vector<std::string> window = WindowOf(world);
-  for (std::size_t i = 0; i < window.size(); ++i) {
-    if (window_.empty() || window_[i] != window[i]) text += window[i];
-  }
-  return text;
+  return text + NewIn(WindowOf(world), window_) + NewIn(DesktopOf(world), desktop_);
 }
 
 }  // namespace rehearsal

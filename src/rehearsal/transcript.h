@@ -29,11 +29,14 @@ class Snapshot {
   using Files = std::map<std::string, File>;
   static Files FilesOf(VirtualVolume& volume);
   static std::vector<std::string> WindowOf(World& world);
+  static std::vector<std::string> DesktopOf(World& world);  // other programs' windows
+  static std::string NewIn(const std::vector<std::string>& now,
+                           const std::vector<std::string>& before);
   static void AddFiles(VirtualVolume& volume, const std::string& folder, Files& files);
 
   std::map<const VirtualDisk*, std::map<std::uint64_t, VirtualSector>> disks_;
   std::map<const VirtualVolume*, Files> files_;
-  std::vector<std::string> window_;
+  std::vector<std::string> window_, desktop_;
 };
 
 // "wrote to drive 1: 60 30 0!": the sectors that were written since the journal was cleared, in

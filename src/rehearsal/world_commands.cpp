@@ -225,6 +225,47 @@ void LayInPieces(const Arguments& a) {
   a.File(1).extents = pieces;
 }
 
+void SetPcFact(const Arguments& a) {
+  VirtualPc& pc = a.world.pc;
+  if (a.At(1) == "long-path") {
+    pc.facts.longPaths[a.At(2)] = a.At(3);
+  } else if (a.At(1) == "version") {
+    pc.facts.version = {2, a.Short(2), a.Short(3)};
+  } else {
+    *Choose<std::string*>(a.At(1), {{"temp-path", &pc.facts.tempPath},
+                                    {"system-folder", &pc.facts.systemFolder},
+                                    {"current-folder", &pc.machine.currentFolder}}) = a.At(2);
+  }
+}
+
+void AddFirstStart(const Arguments& a) {
+  a.world.pc.processes.othersMutexes["Rotate_TSD"] =
+      a.At(1) == "stays" ? ~std::uint64_t{0} : a.Number(1);
+}
+
+void AddWindow(const Arguments& a) {
+  std::vector<VirtualWindow>& all = a.world.pc.desktop.windows;
+  VirtualWindow window{.title = a.At(1)};
+  for (std::size_t i = 2; a.Has(i); ++i) {
+    const std::string& word = a.At(i);
+    if (word == "form" || word == "box" || word == "popup") {
+      window.process = 7;
+      if (word == "form") window.className = "Rotate_TSD_Form";
+      if (word == "popup") all.back().popup = all.size();
+    } else if (word == "from") {
+      window.visibleFrom = a.Number(++i);
+    } else {
+      const bool turnedOff = word == "hidden" || word == "stays";
+      *Choose<bool*>(word, {{"hidden", &window.visible},
+                            {"stays", &window.agrees},
+                            {"hangs", &window.hangs},
+                            {"owned", &window.owned},
+                            {"minimised", &window.minimised}}) = !turnedOff;
+    }
+  }
+  all.push_back(window);
+}
+
 using Command = void (*)(const Arguments&);
 
 const std::pair<const char*, Command> kCommands[] = {
@@ -278,6 +319,9 @@ const std::pair<const char*, Command> kCommands[] = {
     {"next-copy", SpoilNextCopy},
     {"duplicate", Duplicate},
     {"pieces", LayInPieces},
+    {"pc", SetPcFact},
+    {"first-start", AddFirstStart},
+    {"window", AddWindow},
     {"pin", [](const Arguments& a) { a.Volume(1).Hold(a.Path(1), {kShareReadWriteOnly}); }},
 };
 

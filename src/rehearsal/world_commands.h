@@ -5,6 +5,11 @@
 //   switched 30|60|file|nowhere        E: is Rescue.volPAK, and where the old table is saved
 //   letters                            the letters follow the partition tables
 //   exchange                           both sticks change numbers and letters
+//   pc temp-path|system-folder|current-folder PATH, pc long-path SHORT LONG
+//   pc version MAJOR MINOR             of Windows
+//   first-start stays|MS               the program runs already, and ends then
+//   window TITLE [form|box|popup] [hidden] [minimised] [hangs] [owned] [stays] [from MS]
+//                                      form, box: of the first start; popup: of the window before
 //   next-copy cut BYTES|dated TIME     the next copy isn't whole, or has another time
 //   tool FILE|all "TEXT"               what the extents tool prints instead of the truth
 //   copies LBA[:PIECES]...             where the next copies come to lie
