@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 
 #include "imagefiles/file_extents.h"
 #include "imagefiles/file_order.h"
@@ -106,6 +107,7 @@ Answer Player::AnswerBox(const Box& box) {
     if (!box.title.starts_with(hook->title)) continue;
     const std::string command = hook->command;
     atBox_.erase(hook);
+    if (command == "fail") throw std::runtime_error("no memory");
     Change(command);
     break;
   }
@@ -135,8 +137,10 @@ void Player::Change(const std::string& command) {
 void Player::Act(const std::function<void()>& body) {
   world_.pc.machine.journal.Clear();
   const Snapshot before(world_);
+  const bool wasOpen = !world_.pc.toolkit.unloaded;
   const RunEnd end = world_.pc.Run(body);
   out_ += WritesIn(world_.pc.machine.journal) + before.Differences(world_) + TextOf(end);
+  if (wasOpen && world_.pc.toolkit.unloaded) out_ += "  the window has closed\n";
 }
 
 void Player::Work(const UserAction& action) {
@@ -145,13 +149,17 @@ void Player::Work(const UserAction& action) {
   });
 }
 
-// "at box TITLE: COMMAND", "at tool N: COMMAND"
+// "at box TITLE: COMMAND", "at tool N: COMMAND", "at events N: ACTION"
 void Player::Plan(const std::string& line) {
   const std::string plan = After(line, 2);
   const std::size_t colon = std::min(plan.find(": "), plan.size());
   const std::string when = plan.substr(0, colon), command = After(plan.substr(colon), 1);
   if (SplitWords(line).at(1) == "box") {
     atBox_.push_back({when, command});
+  } else if (SplitWords(line).at(1) == "events") {
+    const auto action = ActionOf(SplitWords(command), After(command, 1));
+    VirtualToolkit& window = world_.pc.toolkit;
+    window.atDoEvents[window.doEventsCalls + std::stoul(when)] = action.value();
   } else {
     atTool_[toolRuns_ + std::stoi(when)] = command;
   }
