@@ -11,6 +11,7 @@
 #include "rehearsal/transcript.h"
 #include "rehearsal/user_controls.h"
 #include "shell/program.h"
+#include "text/text.h"
 
 namespace rehearsal {
 namespace {
@@ -181,6 +182,7 @@ void Player::Show(const Words& words) {
   const std::string text = world_.demo.c.Read(*log, logShown_, log->size - logShown_);
   logShown_ = log->size;
   for (const std::string& line : Lines(text)) {
+    if (words.size() > 2 && !Contains(line, words[2])) continue;
     out_ += "  " + line.substr(line.find('\t') + 1, line.size() - line.find('\t') - 2) + "\n";
   }
 }

@@ -24,7 +24,7 @@
 //   at tool N: COMMAND          while the extents tool or a copy runs, at the N-th from then on
 //   show journal [OP...]        lines of the last action; OP as the journal names it
 //   show clock                  how long the program has waited so far
-//   show log                    lines of the log file since the last "show log"
+//   show log ["TEXT"]           lines of the log file since the last "show log" (that hold TEXT)
 #pragma once
 
 #include <deque>
