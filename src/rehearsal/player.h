@@ -20,7 +20,7 @@
 //   type TEXT                   for the next question with a field
 //   at box TITLE: COMMAND       while a box is open whose title begins so; once
 //   at box TITLE: fail          something fails that nobody foresaw
-//   at events N: ACTION         a click or pick when pending events run, for the N-th time from then on
+//   at events N: ACTION         a click or pick when pending events run, the N-th time from then on
 //   at tool N: COMMAND          while the extents tool or a copy runs, at the N-th from then on
 //   show journal [OP...]        lines of the last action; OP as the journal names it
 //   show clock                  how long the program has waited so far
