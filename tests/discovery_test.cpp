@@ -3,6 +3,7 @@
 #include "disk/drive_discovery.h"
 #include "disk/sector_buffer.h"
 #include "disk/volume_lock.h"
+#include "disk/window_sweep.h"
 #include "shell/drive_inventory.h"
 #include "tests/support.h"
 #include "text/text.h"
@@ -32,6 +33,13 @@ TEST(Discovery, HoldsLocksUntilUnlock) {
   p.pc.machine.journal.Clear();
   for (int again = 0; again < 2; ++again) Lock_Unlock_All_Volumes(1, "any other text");
   EXPECT_EQ(p.Lines(kAnyOp), (Texts{"unlock E: ok", "close E: ok", "unlock F: ok", "close F: ok"}));
+}
+
+TEST(Discovery, NoWindowIsAskedToCloseForNoTitle) {
+  PreparedPc p;
+  p.pc.desktop.windows = {{.title = "E:\\"}};
+  Close_Windows_By_Title("");
+  EXPECT_EQ(p.Lines(MaskOf(Op::Post)), Texts());
 }
 
 TEST(Discovery, LargerOfTwoCapacitiesWins) {
