@@ -14,9 +14,9 @@
 //   tool FILE|all "TEXT"               what the extents tool prints instead of the truth
 //   copies LBA[:PIECES]...             where the next copies come to lie
 //   fault refused|thrown|lost OP [NTH [TIMES [NUMBER]]]     OP as the journal names it
+//   fault none
 //   more-letters N                     drives with a letter and no volume
 //   first-only                         of a removable disk only the first partition has a letter
-//   fault none
 //
 // Disks. "second" or "system" in front means that disk; otherwise it is the stick.
 //
