@@ -29,26 +29,12 @@ void PrintTo(const BoxRow& box, std::ostream* out) {
        << static_cast<int>(box.buttons) << " icon " << static_cast<int>(box.icon);
 }
 
-BoxRow Stop(const std::string& title, const std::string& text) {
-  return {title, text, Buttons::Ok, Icon::Stop};
-}
-
 BoxRow Warning(const std::string& title, const std::string& text) {
   return {title, text, Buttons::Ok, Icon::Exclamation};
 }
 
 BoxRow Note(const std::string& title, const std::string& text) {
   return {title, text, Buttons::Ok, Icon::Information};
-}
-
-BoxRow ReadFailed(int sector) {
-  return Stop("SECTOR READ FAILED",
-              "READ SECTOR " + std::to_string(sector) + " from DRIVE 1 FAILED!");
-}
-
-BoxRow WriteFailed(int sector) {
-  return Stop("SECTOR WRITE FAILED",
-              "WRITE SECTOR " + std::to_string(sector) + " to DRIVE 1 FAILED!");
 }
 
 ProgramOnPc::ProgramOnPc() : world(demo::Make(pc)) {
@@ -102,14 +88,6 @@ BoxRows ProgramOnPc::TakeBoxes() {
     rows.push_back({box.title, box.text, box.buttons, box.icon});
   }
   return rows;
-}
-
-std::string ProgramOnPc::Written() const {
-  std::string places;
-  for (const JournalEntry& entry : pc.machine.journal.Only(MaskOf(Op::Write))) {
-    places += (places.empty() ? "" : " ") + std::to_string(entry.lba) + (entry.ok ? "" : "!");
-  }
-  return places;
 }
 
 void ProgramOnPc::TurnLoggingOn() {

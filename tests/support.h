@@ -23,11 +23,8 @@ void PrintTo(const BoxRow& box, std::ostream* out);
 using BoxRows = std::vector<BoxRow>;
 
 // Boxes that only tell something.
-BoxRow Stop(const std::string& title, const std::string& text);
 BoxRow Warning(const std::string& title, const std::string& text);
 BoxRow Note(const std::string& title, const std::string& text);
-BoxRow ReadFailed(int sector);  // of drive 1
-BoxRow WriteFailed(int sector);
 
 using Texts = std::vector<std::string>;
 
@@ -46,7 +43,7 @@ class ProgramOnPc {
   // known and the buffer has its size, but there is no copy of the tool.
   void Prepare();
 
-  // Start-up, then the actions, one behind the other. What start-up showed and did is forgotten
+  // Start-up, then the actions, one after the other. What start-up showed and did is forgotten
   // before the first action, where there is one.
   RunEnd Start(const std::vector<UserAction>& actions = {});
 
@@ -64,10 +61,7 @@ class ProgramOnPc {
   BoxRows TakeBoxes();
   std::vector<std::string> Lines(OpMask mask) const { return pc.machine.journal.Lines(mask); }
 
-  // "60 30!": the LBAs written, in order, failed ones with a "!".
-  std::string Written() const;
-
-  // Turns logging on as the user does (after Start or Prepare); gives the log's messages, without
+  // Turns logging on as the user does (after Start or Prepare); returns the log's messages, without
   // the time stamps, since the last call.
   void TurnLoggingOn();
   std::vector<std::string> TakeLog();

@@ -1,50 +1,13 @@
-#include "rehearsal/world_commands.h"
-
+// Commands that change disks, volumes and files.
 #include <algorithm>
-#include <map>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
-#include "text/text.h"
+#include "rehearsal/command_arguments.h"
 
 namespace rehearsal {
 namespace {
-
-struct Arguments {
-  World& world;
-  VirtualDisk& disk;
-  const Words& words;  // the command first
-
-  const std::string& At(std::size_t index) const { return words.at(index); }
-  std::uint64_t Number(std::size_t index) const { return std::stoull(words.at(index)); }
-  std::uint32_t Short(std::size_t index) const { return static_cast<std::uint32_t>(Number(index)); }
-  int Int(std::size_t index) const { return static_cast<int>(Number(index)); }
-  std::uint8_t Byte(std::size_t index) const {
-    return static_cast<std::uint8_t>(std::stoul(words.at(index), nullptr, 16));
-  }
-  bool Has(std::size_t index) const { return index < words.size(); }
-  // The volume and the path on it, of a path with a letter.
-  VirtualVolume& Volume(std::size_t index) const { return VolumeOf(words.at(index).at(0)); }
-  std::string Path(std::size_t index) const { return words.at(index).substr(2); }
-  VirtualFile& File(std::size_t index) const {
-    VirtualFile* file = Volume(index).Find(Path(index));
-    if (file == nullptr) throw std::invalid_argument("no file " + words.at(index));
-    return *file;
-  }
-  VirtualVolume& VolumeOf(char letter) const {
-    VirtualVolume* volume = world.pc.machine.VolumeAt(letter);
-    if (volume == nullptr) throw std::invalid_argument(std::string("no volume ") + letter);
-    return *volume;
-  }
-};
-
-template <class T>
-T Choose(const std::string& name, const std::vector<std::pair<std::string, T>>& choices) {
-  for (const auto& [known, value] : choices) {
-    if (known == name) return value;
-  }
-  throw std::invalid_argument("not known: " + name);
-}
 
 bool YesOrNo(const std::string& word) {
   return Choose<bool>(word, {{"yes", true}, {"no", false}});
@@ -178,35 +141,6 @@ void SaveTable(const Arguments& a) {
   a.Volume(1).AddText(a.Path(1), content);
 }
 
-void PlanFault(const Arguments& a) {
-  FaultPlan& plan = a.world.pc.machine.plan = {};
-  if (a.At(1) == "none") return;
-  plan.kind = Choose<FaultKind>(a.At(1), {{"refused", FaultKind::Refusal},
-                                          {"thrown", FaultKind::FaultThrown},
-                                          {"lost", FaultKind::LostWrite}});
-  plan.mask = OpsNamed({a.At(2)});
-  if (a.Has(3)) plan.nth = a.Number(3);
-  if (a.Has(4)) plan.times = a.Number(4);
-  if (a.Has(5)) plan.faultNumber = a.Int(5);
-}
-
-void PlaceCopies(const Arguments& a) {
-  for (std::size_t i = 1; a.Has(i); ++i) {
-    const std::size_t colon = a.At(i).find(':');
-    const unsigned long pieces =
-        colon == std::string::npos ? 1 : std::stoul(a.At(i).substr(colon + 1));
-    a.world.demo.e.placements.push_back(
-        {.lba = a.Number(i), .pieces = static_cast<unsigned>(pieces)});
-  }
-}
-
-void SpoilNextCopy(const Arguments& a) {
-  Placement copy;
-  *Choose<std::optional<std::uint64_t>*>(
-      a.At(1), {{"cut", &copy.keepBytes}, {"dated", &copy.lastWriteTime}}) = a.Number(2);
-  a.world.demo.e.placements.push_back(copy);
-}
-
 // Another file with the same contents, length and time.
 void Duplicate(const Arguments& a) {
   const VirtualFile original = a.File(1);
@@ -225,68 +159,12 @@ void LayInPieces(const Arguments& a) {
   a.File(1).extents = pieces;
 }
 
-void SetPcFact(const Arguments& a) {
-  VirtualPc& pc = a.world.pc;
-  if (a.At(1) == "long-path") {
-    pc.facts.longPaths[a.At(2)] = a.At(3);
-  } else if (a.At(1) == "version") {
-    pc.facts.version = {2, a.Short(2), a.Short(3)};
-  } else {
-    *Choose<std::string*>(a.At(1), {{"temp-path", &pc.facts.tempPath},
-                                    {"system-folder", &pc.facts.systemFolder},
-                                    {"current-folder", &pc.machine.currentFolder}}) = a.At(2);
-  }
-}
-
-void AddFirstStart(const Arguments& a) {
-  a.world.pc.processes.othersMutexes["Rotate_TSD"] =
-      a.At(1) == "stays" ? ~std::uint64_t{0} : a.Number(1);
-}
-
-void AddWindow(const Arguments& a) {
-  std::vector<VirtualWindow>& all = a.world.pc.desktop.windows;
-  VirtualWindow window{.title = a.At(1)};
-  for (std::size_t i = 2; a.Has(i); ++i) {
-    const std::string& word = a.At(i);
-    if (word == "form" || word == "box" || word == "popup") {
-      window.process = 7;
-      if (word == "form") window.className = "Rotate_TSD_Form";
-      if (word == "popup") all.back().popup = all.size();
-    } else if (word == "from") {
-      window.visibleFrom = a.Number(++i);
-    } else {
-      const bool turnedOff = word == "hidden" || word == "stays";
-      *Choose<bool*>(word, {{"hidden", &window.visible},
-                            {"stays", &window.agrees},
-                            {"hangs", &window.hangs},
-                            {"owned", &window.owned},
-                            {"minimised", &window.minimised}}) = !turnedOff;
-    }
-  }
-  all.push_back(window);
-}
-
-using Command = void (*)(const Arguments&);
-
-const std::pair<const char*, Command> kCommands[] = {
+const NamedCommand kDiskCommands[] = {
     {"second-stick",
      [](const Arguments& a) { a.world.second.emplace(demo::AddSecondStick(a.world.pc)); }},
     {"switched", Switched},
     {"letters", [](const Arguments& a) { a.world.pc.RenewTables(); }},
     {"exchange", Exchange},
-    {"tool",
-     [](const Arguments& a) {
-       const std::string file = a.At(1) == "all" ? "" : UpperCase(a.At(1));
-       a.world.pc.processes.toolTexts[file] = a.At(2);
-     }},
-    {"copies", PlaceCopies},
-    {"fault", PlanFault},
-    {"more-letters", [](const Arguments& a) { a.world.pc.facts.furtherDrives = a.Int(1); }},
-    {"first-only",
-     [](const Arguments& a) {
-       a.world.pc.machine.onlyFirstOfRemovable = true;
-       a.world.pc.RenewTables();
-     }},
     {"unreadable", [](const Arguments& a) { a.disk.unreadable = Sectors(a); }},
     {"unwritable", [](const Arguments& a) { a.disk.unwritable = Sectors(a); }},
     {"forgetful", [](const Arguments& a) { a.disk.forgetful = Sectors(a); }},
@@ -316,12 +194,8 @@ const std::pair<const char*, Command> kCommands[] = {
      }},
     {"lock", [](const Arguments& a) { a.File(1).heldOpen = true; }},
     {"let-go", [](const Arguments& a) { a.world.demo.e.LetGo(); }},
-    {"next-copy", SpoilNextCopy},
     {"duplicate", Duplicate},
     {"pieces", LayInPieces},
-    {"pc", SetPcFact},
-    {"first-start", AddFirstStart},
-    {"window", AddWindow},
     {"pin", [](const Arguments& a) { a.Volume(1).Hold(a.Path(1), {kShareReadWriteOnly}); }},
 };
 
@@ -351,25 +225,14 @@ bool ChangeWorld(World& world, const Words& words) {
   if (!rest.empty() && rest[0] == "second" && world.second) disk = &world.second->disk;
   if (disk != &world.demo.stick) rest.erase(rest.begin());
   const std::string name = rest.empty() ? "" : rest[0];
-  for (const auto& [known, command] : kCommands) {
-    if (name != known) continue;
-    command({world, *disk, rest});
-    return true;
+  for (const auto& commands : {std::span<const NamedCommand>(kDiskCommands), PcCommands()}) {
+    for (const auto& [known, command] : commands) {
+      if (name != known) continue;
+      command({world, *disk, rest});
+      return true;
+    }
   }
   return false;
-}
-
-OpMask OpsNamed(const Words& names) {
-  OpMask mask = 0;
-  for (const std::string& name : names) {
-    OpMask found = 0;
-    for (unsigned op = 0; op < static_cast<unsigned>(Op::Count); ++op) {
-      if (name == NameOf(static_cast<Op>(op))) found = MaskOf(static_cast<Op>(op));
-    }
-    if (found == 0) throw std::invalid_argument("no operation " + name);
-    mask |= found;
-  }
-  return mask;
 }
 
 }  // namespace rehearsal
