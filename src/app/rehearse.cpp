@@ -290,6 +290,7 @@ int main(int count, char** arguments) {
     std::ifstream file(arguments[2], std::ios::binary);
     const std::string cases{std::istreambuf_iterator<char>(file), {}};
     std::printf("%s", rehearsal::Play(cases).c_str());
+    if (cases.empty()) std::fprintf(stderr, "There are no cases in %s.\n", arguments[2]);
     return cases.empty() ? 1 : 0;
   }
   Rehearsal rehearsal;
