@@ -16,14 +16,6 @@
 namespace rehearsal {
 namespace {
 
-constexpr std::pair<const char*, Answer> kAnswers[] = {
-    {"ok", Answer::Ok}, {"cancel", Answer::Cancel}, {"yes", Answer::Yes}, {"no", Answer::No}};
-
-bool IsOffered(Buttons buttons, Answer answer) {
-  if (buttons == Buttons::Ok) return answer == Answer::Ok;
-  return answer == Answer::Cancel || (answer == Answer::Ok) == (buttons == Buttons::OkCancel);
-}
-
 // What follows the first so many words.
 std::string After(const std::string& line, std::size_t words) {
   std::size_t at = line.find_first_not_of(' ');
@@ -115,7 +107,7 @@ Answer Player::AnswerBox(const Box& box) {
   Answer answer = Answer::Ok;
   if (box.buttons != Buttons::Ok) {
     answer = Answer::Cancel;
-    if (answers_.empty() || !IsOffered(box.buttons, answers_.front())) {
+    if (answers_.empty() || !Offers(box.buttons, answers_.front())) {
       out_ += "  ?? no answer for this question\n";
     } else {
       answer = answers_.front();
@@ -195,9 +187,9 @@ bool Player::DoAsUser(const Words& words) {
   } else if (words[0] == "answer") {
     for (std::size_t i = 1; i < words.size(); ++i) {
       const auto* known = std::find_if(std::begin(kAnswers), std::end(kAnswers),
-                                       [&](const auto& each) { return words[i] == each.first; });
+                                       [&](const auto& each) { return words[i] == each.name; });
       if (known == std::end(kAnswers)) return false;
-      answers_.push_back(known->second);
+      answers_.push_back(known->answer);
     }
   } else if (words[0] == "type") {
     typed_.push_back(words.at(1));

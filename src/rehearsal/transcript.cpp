@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "rehearsal/user_controls.h"
+
 namespace rehearsal {
 namespace {
 
@@ -19,15 +21,8 @@ std::string Quoted(const std::string& text) {
 }
 
 const char* NameOf(Answer answer) {
-  switch (answer) {
-    case Answer::Ok:
-      return "ok";
-    case Answer::Cancel:
-      return "cancel";
-    case Answer::Yes:
-      return "yes";
-    case Answer::No:
-      return "no";
+  for (const NamedAnswer& known : kAnswers) {
+    if (known.answer == answer) return known.name;
   }
   return "?";
 }

@@ -1,4 +1,4 @@
-// The names by which a rehearsal calls what the user clicks and ticks.
+// The names by which a rehearsal calls what the user clicks, ticks and answers.
 #pragma once
 
 #include "platform/toolkit.h"
@@ -20,5 +20,13 @@ constexpr NamedControl kButtons[] = {
     {"link", Control::Label2},
 };
 constexpr NamedControl kTickBoxes[] = {{"iso", Control::Chk_ISO}, {"all", Control::chkShowAll}};
+
+struct NamedAnswer {
+  const char* name;
+  Answer answer;
+};
+
+constexpr NamedAnswer kAnswers[] = {
+    {"ok", Answer::Ok}, {"cancel", Answer::Cancel}, {"yes", Answer::Yes}, {"no", Answer::No}};
 
 }  // namespace rehearsal

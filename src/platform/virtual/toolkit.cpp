@@ -15,6 +15,8 @@ Answer DefaultOf(Buttons buttons) {
   return buttons == Buttons::YesNoCancel ? Answer::Yes : Answer::Ok;
 }
 
+}  // namespace
+
 bool Offers(Buttons buttons, Answer answer) {
   switch (buttons) {
     case Buttons::Ok:
@@ -26,8 +28,6 @@ bool Offers(Buttons buttons, Answer answer) {
   }
   return false;
 }
-
-}  // namespace
 
 void VirtualToolkit::CreateForm(const FormDesign& formDesign, void (*handler)(UserEvent)) noexcept {
   design = &formDesign;

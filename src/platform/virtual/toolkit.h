@@ -34,6 +34,8 @@ UserAction Open(std::string row);                // double-click on a row of Lis
 UserAction Resize(float height, float width);
 UserAction CloseWindow();
 
+bool Offers(Buttons buttons, Answer answer);  // does a box with these buttons have that one?
+
 struct ShownBox {
   Box box;
   Answer answer;
