@@ -175,27 +175,30 @@ TEST(Extents, OutputFileWithoutAFolder) {
 TEST(Children, FailuresOfSyncShell) {
   const ChildScript well, refused{.match = "x", .refusedWith = 5},
       gone{.match = "x", .goneBeforeOpen = true}, hides{.match = "x", .hidesExitCode = true};
+  struct Failure {
+    std::uint32_t number;
+    const char* description;
+  };
   const struct {
     const char* command;
     ChildScript script;
     std::int32_t result;
-    std::uint32_t number;
-    const char* description;
+    Failure failure;
   } rows[] = {
-      {"cmd /c nothere", well, 9009, 0, ""},
-      {"\"cmd.exe\" /c nothere", well, 9009, 0, ""},
-      {"nothere", well, 0, 0x8004AA02, "Failed to Shell child process"},
-      {"cmd /c x", refused, 0, 0x8004AA02, "Failed to Shell child process"},
-      {"cmd /c x", gone, 0, 0x8004AA01, "Failed to open child process"},
-      {"cmd /c x", hides, 0, 0x8004AA00, "Failed to retrieve exit code, error 5"},
+      {"cmd /c nothere", well, 9009, {0, ""}},
+      {"\"cmd.exe\" /c nothere", well, 9009, {0, ""}},
+      {"nothere", well, 0, {0x8004AA02, "Failed to Shell child process"}},
+      {"cmd /c x", refused, 0, {0x8004AA02, "Failed to Shell child process"}},
+      {"cmd /c x", gone, 0, {0x8004AA01, "Failed to open child process"}},
+      {"cmd /c x", hides, 0, {0x8004AA00, "Failed to retrieve exit code, error 5"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.command);
     PreparedPc p;
     if (!row.script.match.empty()) p.pc.processes.scripts = {row.script};
     EXPECT_EQ(SyncShell(row.command, 0), row.result);
-    EXPECT_EQ(LastShellFailure.number, row.number);
-    EXPECT_EQ(LastShellFailure.description, row.description);
+    EXPECT_EQ(LastShellFailure.number, row.failure.number);
+    EXPECT_EQ(LastShellFailure.description, row.failure.description);
     EXPECT_EQ(p.TakeBoxes(), BoxRows());
   }
 }

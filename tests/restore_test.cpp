@@ -10,14 +10,18 @@ TEST(Restore, RefusesInSilence) {
   const struct {
     const char *name, *drive;
     int number;  // of the stick
-    bool showAll, goesOn, imagesListed = false;
-  } rows[] = {{"images are listed", "E:", 1, false, false, true},
-              {"no drive", "E", 1, false, false},
-              {"no such volume", "Q:", 1, true, false},
-              {"drive 0", "E:", 0, false, false},
-              {"drive 0 with all drives shown", "E:", 0, true, true},
-              {"drive 60", "E:", 60, false, true},
-              {"drive 61", "E:", 61, true, false}};
+    bool showAll = false, imagesListed = false, goesOn = false;
+  } rows[] = {{.name = "images are listed", .drive = "E:", .number = 1, .imagesListed = true},
+              {.name = "no drive", .drive = "E", .number = 1},
+              {.name = "no such volume", .drive = "Q:", .number = 1, .showAll = true},
+              {.name = "drive 0", .drive = "E:", .number = 0},
+              {.name = "drive 0 with all drives shown",
+               .drive = "E:",
+               .number = 0,
+               .showAll = true,
+               .goesOn = true},
+              {.name = "drive 60", .drive = "E:", .number = 60, .goesOn = true},
+              {.name = "drive 61", .drive = "E:", .number = 61, .showAll = true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     PreparedPc program;

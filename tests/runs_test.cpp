@@ -56,46 +56,55 @@ BootSector ExFat() {
 }
 
 TEST(Runs, BootSectorsGiveClusterSizeAndFirstCluster) {
+  struct Geometry {
+    std::uint64_t cluster, firstCluster, volume;  // bytes
+  };
+  constexpr Geometry kRefused{};
   const struct {
     const char* name;
     BootSector sector;
-    std::uint64_t cluster, firstCluster, volume;  // bytes; cluster 0: refused
+    Geometry geometry;
   } cases[] = {
-      {"NTFS", Ntfs(), 4096, 0, 512'000'000},
-      {"NTFS, clusters of 1 MB", Ntfs(0xF5), 2048 * 512, 0, 512'000'000},
-      {"NTFS, cluster of 3 sectors", Ntfs(3), 0, 0, 0},
-      {"NTFS, absurd shift", Ntfs(0xC0), 0, 0, 0},
-      {"FAT32", Fat32(), 8192, 2032 * 512, 1'024'000'000},
-      {"FAT16 has a root folder in front", Fat16(), 8192, (1 + 400 + 32) * 512, 1'024'000'000},
-      {"exFAT", ExFat(), 32768, 4096 * 512, 1'536'000'000},
-      {"FAT16, FATs of 256 sectors", With(Fat16(), {{22, 2, 256}}), 8192, (1 + 512 + 32) * 512,
-       1'024'000'000},
-      {"FAT16, a total of 16 bits", With(Fat16(), {{19, 2, 65'000}}), 8192, (1 + 400 + 32) * 512,
-       65'000 * 512},
-      {"a root folder that ends inside a sector", With(Fat16(), {{17, 2, 500}}), 8192,
-       (1 + 400 + 32) * 512, 1'024'000'000},
-      {"one sector a cluster", With(Fat32(), {{13, 1, 1}}), 512, 2032 * 512, 1'024'000'000},
-      {"exactly 128 sectors a cluster", Ntfs(128), 65'536, 0, 512'000'000},
-      {"sectors of 4096", With(Fat32(), {{11, 2, 4096}}), 65'536, 2032 * 4096, 8'192'000'000},
-      {"exFAT, sectors of 4096", With(ExFat(), {{108, 1, 12}, {109, 1, 3}}), 32'768, 4096 * 4096,
-       12'288'000'000},
-      {"no signature", With(Fat32(), {{510, 2, 0}}), 0, 0, 0},
-      {"half a signature", With(Fat32(), {{510, 1, 0}}), 0, 0, 0},
-      {"the other half", With(Fat32(), {{511, 1, 0}}), 0, 0, 0},
-      {"sector size 0", With(Fat32(), {{11, 2, 0}}), 0, 0, 0},
-      {"no FATs", With(Fat32(), {{16, 1, 0}}), 0, 0, 0},
-      {"first cluster beyond the volume", With(Fat32(), {{32, 4, 100}}), 0, 0, 0},
-      {"NTFS, a length that wraps", With(Ntfs(), {{40, 8, UINT64_MAX}}), 0, 0, 0},
-      {"exFAT, shifts out of range", With(ExFat(), {{109, 1, 0xFF}}), 0, 0, 0},
+      {"NTFS", Ntfs(), {4096, 0, 512'000'000}},
+      {"NTFS, clusters of 1 MB", Ntfs(0xF5), {2048 * 512, 0, 512'000'000}},
+      {"NTFS, cluster of 3 sectors", Ntfs(3), kRefused},
+      {"NTFS, absurd shift", Ntfs(0xC0), kRefused},
+      {"FAT32", Fat32(), {8192, 2032 * 512, 1'024'000'000}},
+      {"FAT16 has a root folder in front", Fat16(), {8192, (1 + 400 + 32) * 512, 1'024'000'000}},
+      {"exFAT", ExFat(), {32768, 4096 * 512, 1'536'000'000}},
+      {"FAT16, FATs of 256 sectors",
+       With(Fat16(), {{22, 2, 256}}),
+       {8192, (1 + 512 + 32) * 512, 1'024'000'000}},
+      {"FAT16, a total of 16 bits",
+       With(Fat16(), {{19, 2, 65'000}}),
+       {8192, (1 + 400 + 32) * 512, 65'000 * 512}},
+      {"a root folder that ends inside a sector",
+       With(Fat16(), {{17, 2, 500}}),
+       {8192, (1 + 400 + 32) * 512, 1'024'000'000}},
+      {"one sector a cluster", With(Fat32(), {{13, 1, 1}}), {512, 2032 * 512, 1'024'000'000}},
+      {"exactly 128 sectors a cluster", Ntfs(128), {65'536, 0, 512'000'000}},
+      {"sectors of 4096", With(Fat32(), {{11, 2, 4096}}), {65'536, 2032 * 4096, 8'192'000'000}},
+      {"exFAT, sectors of 4096",
+       With(ExFat(), {{108, 1, 12}, {109, 1, 3}}),
+       {32'768, 4096 * 4096, 12'288'000'000}},
+      {"no signature", With(Fat32(), {{510, 2, 0}}), kRefused},
+      {"half a signature", With(Fat32(), {{510, 1, 0}}), kRefused},
+      {"the other half", With(Fat32(), {{511, 1, 0}}), kRefused},
+      {"sector size 0", With(Fat32(), {{11, 2, 0}}), kRefused},
+      {"no FATs", With(Fat32(), {{16, 1, 0}}), kRefused},
+      {"first cluster beyond the volume", With(Fat32(), {{32, 4, 100}}), kRefused},
+      {"NTFS, a length that wraps", With(Ntfs(), {{40, 8, UINT64_MAX}}), kRefused},
+      {"exFAT, shifts out of range", With(ExFat(), {{109, 1, 0xFF}}), kRefused},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     VolumeLayout layout{};
-    ASSERT_EQ(ReadBootSector(c.sector.data(), layout), c.cluster != 0);
-    if (c.cluster == 0) continue;
-    EXPECT_EQ(layout.clusterBytes, c.cluster);
-    EXPECT_EQ(layout.firstClusterByte, c.firstCluster);
-    EXPECT_EQ(layout.volumeBytes, c.volume);
+    const Geometry& expected = c.geometry;
+    ASSERT_EQ(ReadBootSector(c.sector.data(), layout), expected.cluster != 0);
+    if (expected.cluster == 0) continue;
+    EXPECT_EQ(layout.clusterBytes, expected.cluster);
+    EXPECT_EQ(layout.firstClusterByte, expected.firstCluster);
+    EXPECT_EQ(layout.volumeBytes, expected.volume);
   }
 }
 
@@ -110,27 +119,25 @@ std::vector<std::uint8_t> Answer(std::uint32_t count, const std::vector<std::int
 TEST(Runs, AnswersThatDontAddUpAreRefused) {
   const struct {
     const char* name;
-    std::uint32_t count;
-    std::vector<std::int64_t> numbers;
+    std::vector<std::uint8_t> answer;
     std::int64_t startVcn;
     bool taken;
   } cases[] = {
-      {"one run", 1, {0, 10, 500}, 0, true},
-      {"one that ends where it begins", 1, {1, 0, 0}, 0, false},
-      {"begins after what was asked", 1, {5, 10, 500}, 0, false},
-      {"begins earlier, rounded down", 1, {0, 10, 500}, 4, true},
-      {"ends before what was asked", 1, {0, 4, 500}, 4, false},
-      {"runs that go back", 2, {0, 10, 500, 8, 700}, 0, false},
-      {"a count beyond the buffer", 3, {0, 10, 500}, 0, false},
-      {"no runs", 0, {0}, 0, false},
-      {"a place below a hole's", 1, {0, 10, -2}, 0, false},
-      {"negative start", 1, {-1, 10, 500}, 0, false},
+      {"one run", Answer(1, {0, 10, 500}), 0, true},
+      {"one that ends where it begins", Answer(1, {1, 0, 0}), 0, false},
+      {"begins after what was asked", Answer(1, {5, 10, 500}), 0, false},
+      {"begins earlier, rounded down", Answer(1, {0, 10, 500}), 4, true},
+      {"ends before what was asked", Answer(1, {0, 4, 500}), 4, false},
+      {"runs that go back", Answer(2, {0, 10, 500, 8, 700}), 0, false},
+      {"a count beyond the buffer", Answer(3, {0, 10, 500}), 0, false},
+      {"no runs", Answer(0, {0}), 0, false},
+      {"a place below a hole's", Answer(1, {0, 10, -2}), 0, false},
+      {"negative start", Answer(1, {-1, 10, 500}), 0, false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     RunList runs;
-    const auto buffer = Answer(c.count, c.numbers);
-    EXPECT_EQ(AppendRuns(buffer.data(), buffer.size(), c.startVcn, runs), c.taken);
+    EXPECT_EQ(AppendRuns(c.answer.data(), c.answer.size(), c.startVcn, runs), c.taken);
     EXPECT_EQ(runs.empty(), !c.taken) << "a refused answer leaves nothing";
   }
   RunList runs;
@@ -146,31 +153,35 @@ TEST(Runs, PlacesOnTheDisk) {
   VolumeLayout ntfs{}, fat{};
   ASSERT_TRUE(ReadBootSector(Ntfs().data(), ntfs));
   ASSERT_TRUE(ReadBootSector(Fat32().data(), fat));
+  struct File {
+    RunList runs;
+    std::uint64_t bytes;
+  };
   const struct {
     const char* name;
     const VolumeLayout& layout;
-    RunList runs;
-    std::uint64_t bytes;
+    File file;
     const char* extents;  // offset: sector + count; empty: refused
   } cases[] = {
-      {"NTFS counts from the volume's start", ntfs, {{0, 2, 100}}, 8192, "0:2848+16 "},
-      {"FAT32 counts from the data area", fat, {{0, 1, 100}}, 8192, "0:5680+16 "},
-      {"the very first cluster", fat, {{0, 1, 0}}, 8192, "0:4080+16 "},
-      {"neighbours are one", ntfs, {{0, 1, 100}, {1, 2, 101}}, 8192, "0:2848+16 "},
-      {"two pieces", ntfs, {{0, 1, 100}, {1, 2, 200}}, 8192, "0:2848+8 4096:3648+8 "},
-      {"room after the end", ntfs, {{0, 1, 100}, {1, 9, 200}}, 4096, "0:2848+8 "},
-      {"room in the last run", ntfs, {{0, 9, 100}}, 4097, "0:2848+16 "},
-      {"a hole", ntfs, {{0, 1, 100}, {1, 2, -1}}, 8192, ""},
-      {"a hole between two pieces", ntfs, {{0, 1, 100}, {1, 2, -1}, {2, 3, 101}}, 12'288, ""},
-      {"a gap between runs", ntfs, {{0, 1, 100}, {2, 3, 200}}, 8192, ""},
-      {"runs end before the file", ntfs, {{0, 1, 100}}, 4097, ""},
-      {"outside the volume", ntfs, {{0, 2, 124999}}, 8192, ""},
-      {"the last cluster is inside", ntfs, {{0, 1, 124999}}, 1, "0:1002040+8 "},
-      {"an empty file", ntfs, {}, 0, ""},
+      {"NTFS counts from the volume's start", ntfs, {{{0, 2, 100}}, 8192}, "0:2848+16 "},
+      {"FAT32 counts from the data area", fat, {{{0, 1, 100}}, 8192}, "0:5680+16 "},
+      {"the very first cluster", fat, {{{0, 1, 0}}, 8192}, "0:4080+16 "},
+      {"neighbours are one", ntfs, {{{0, 1, 100}, {1, 2, 101}}, 8192}, "0:2848+16 "},
+      {"two pieces", ntfs, {{{0, 1, 100}, {1, 2, 200}}, 8192}, "0:2848+8 4096:3648+8 "},
+      {"room after the end", ntfs, {{{0, 1, 100}, {1, 9, 200}}, 4096}, "0:2848+8 "},
+      {"room in the last run", ntfs, {{{0, 9, 100}}, 4097}, "0:2848+16 "},
+      {"a hole", ntfs, {{{0, 1, 100}, {1, 2, -1}}, 8192}, ""},
+      {"a hole between two pieces", ntfs, {{{0, 1, 100}, {1, 2, -1}, {2, 3, 101}}, 12'288}, ""},
+      {"a gap between runs", ntfs, {{{0, 1, 100}, {2, 3, 200}}, 8192}, ""},
+      {"runs end before the file", ntfs, {{{0, 1, 100}}, 4097}, ""},
+      {"outside the volume", ntfs, {{{0, 2, 124999}}, 8192}, ""},
+      {"the last cluster is inside", ntfs, {{{0, 1, 124999}}, 1}, "0:1002040+8 "},
+      {"an empty file", ntfs, {{}, 0}, ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const extents_tool::Placement placed = PlaceFile(c.runs, c.layout, kVolumeStart, c.bytes);
+    const extents_tool::Placement placed =
+        PlaceFile(c.file.runs, c.layout, kVolumeStart, c.file.bytes);
     std::string extents;
     for (const Extent& e : placed.extents) {
       extents += std::to_string(e.fileOffset) + ":" + std::to_string(e.lba) + "+" +

@@ -80,21 +80,24 @@ TEST(Table, HoldsWhatTheImagesNameAsksFor) {
 }
 
 TEST(PartitionType, IsReadFromTheImagesFirstSector) {
-  const struct {
-    const char* name;
+  struct Content {
     std::size_t at3, at82;  // lengths of "NTFS" and "FAT32" put there
     std::uint64_t bytes;
+  };
+  const struct {
+    const char* name;
+    Content file;
     int type;
-  } rows[] = {{"NTFS", 4, 0, 1024, 7},     {"FAT32", 0, 5, 1024, 12},
-              {"both", 4, 5, 1024, 12},    {"FAT3 only", 0, 4, 1024, 0},
-              {"NTF only", 3, 0, 1024, 0}, {"cut at 86", 0, 5, 86, 0},
-              {"short", 4, 0, 7, 7},       {"nothing in it", 0, 0, 0, 0}};
+  } rows[] = {{"NTFS", {4, 0, 1024}, 7},     {"FAT32", {0, 5, 1024}, 12},
+              {"both", {4, 5, 1024}, 12},    {"FAT3 only", {0, 4, 1024}, 0},
+              {"NTF only", {3, 0, 1024}, 0}, {"cut at 86", {0, 5, 86}, 0},
+              {"short", {4, 0, 7}, 7},       {"nothing in it", {0, 0, 0}, 0}};
   for (const auto& row : rows) {
     PreparedPc program;
-    std::string content(row.bytes, 'x');
-    if (row.at3 != 0) content.replace(3, row.at3, "NTFS", row.at3);
-    if (row.at82 != 0) content.replace(82, row.at82, "FAT32", row.at82);
-    program.world.e.AddText("\\i", content.substr(0, row.bytes));
+    std::string content(row.file.bytes, 'x');
+    if (row.file.at3 != 0) content.replace(3, row.file.at3, "NTFS", row.file.at3);
+    if (row.file.at82 != 0) content.replace(82, row.file.at82, "FAT32", row.file.at82);
+    program.world.e.AddText("\\i", content.substr(0, row.file.bytes));
     FirstBytes first;
     EXPECT_EQ(Get_Format_Type("E:\\i", first), row.type) << row.name;
   }

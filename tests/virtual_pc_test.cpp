@@ -92,7 +92,10 @@ TEST_F(VirtualPcTest, CopyFollowsTheInterpretersRules) {
               {"blank in a path", "E:\\a b.txt E:\\new", false},
               {"comma splits", "E:\\a,b.txt E:\\new", false},
               {"quoted blank", "\"E:\\a b.txt\" E:\\new", true},
-              {"overwriting asks", "E:\\a.txt E:\\old", false, "", kWindowNormal},
+              {.name = "overwriting asks",
+               .arguments = "E:\\a.txt E:\\old",
+               .made = false,
+               .window = kWindowNormal},
               {"plus joins", "E:\\a.txt+E:\\old E:\\new", true},
               {"ampersand runs", "E:\\a&b.txt E:\\new", false, "b.txt E:\\new"},
               {"redirection", "E:\\a>E:\\new", true, "> E:\\new"},
@@ -220,11 +223,19 @@ TEST_F(VirtualPcTest, PressesAheadAnswerABoxThatLetsThem) {
     bool drops, worksOn;  // worksOn: between the drop and the box
     std::string failure;
   } rows[] = {
-      {"no drop", &guard, false, false, unseen},
-      {"drop too early", &guard, true, true, unseen},
-      {"no deaf time", &all, true, false, unseen},
-      {"deaf for good", &none, true, false, "no key answers the box Change"},
-      {"guarded", &guard, true, false, ""},
+      {.name = "no drop", .filter = &guard, .drops = false, .worksOn = false, .failure = unseen},
+      {.name = "drop too early",
+       .filter = &guard,
+       .drops = true,
+       .worksOn = true,
+       .failure = unseen},
+      {.name = "no deaf time", .filter = &all, .drops = true, .worksOn = false, .failure = unseen},
+      {.name = "deaf for good",
+       .filter = &none,
+       .drops = true,
+       .worksOn = false,
+       .failure = "no key answers the box Change"},
+      {.name = "guarded", .filter = &guard, .drops = true, .worksOn = false, .failure = ""},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
