@@ -53,7 +53,7 @@ class Disk:
         self.image = None
 
     def renumber(self, number):
-        """Gives the same stick, with its letters, another number."""
+        """Renumbers the same stick, with its letters."""
         self.plugs += 1
         os.remove(self.link())
         self.number = number

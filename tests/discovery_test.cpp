@@ -75,8 +75,8 @@ TEST(Discovery, LargerOfTwoCapacitiesWins) {
 TEST(Discovery, TextsOfTheInquiry) {
   PreparedPc p;
   VirtualDisk& stick = p.world.stick;
-  const auto told = [&](const std::string& vendor, const std::string& product,
-                        const std::string& vendorField) {
+  const auto texts = [&](const std::string& vendor, const std::string& product,
+                         const std::string& vendorField) {
     stick.vendor = vendor;
     stick.product = product;
     stick.vendorField = vendorField;
@@ -86,13 +86,13 @@ TEST(Discovery, TextsOfTheInquiry) {
     return Texts{ScsiProductText, ScsiVendorField, MediaKind};
   };
   const std::string removable = "REMOVABLE MEDIA", nul(1, '\0');
-  EXPECT_EQ(told("Tessel", "USB Stick", "abc"), (Texts{"Tessel USB Stick", "abc", removable}));
-  EXPECT_EQ(told(nul + "xyz", "Stick", ""), (Texts{"Stick", "", removable}));
-  EXPECT_EQ(told("Te" + nul + "ssel", "S", "q" + nul + "r"), (Texts{"Te S", "q", removable}));
+  EXPECT_EQ(texts("Tessel", "USB Stick", "abc"), (Texts{"Tessel USB Stick", "abc", removable}));
+  EXPECT_EQ(texts(nul + "xyz", "Stick", ""), (Texts{"Stick", "", removable}));
+  EXPECT_EQ(texts("Te" + nul + "ssel", "S", "q" + nul + "r"), (Texts{"Te S", "q", removable}));
   stick.removable = false;
-  EXPECT_EQ(told("VBOX HAR", "DDISK", ""), (Texts{"VBOX HARDDISK", "", "FIXED MEDIA"}));
+  EXPECT_EQ(texts("VBOX HAR", "DDISK", ""), (Texts{"VBOX HARDDISK", "", "FIXED MEDIA"}));
   stick.answersInquiry = false;
-  EXPECT_EQ(told("Tessel", "USB Stick", "abc"), Texts(3, "before"));
+  EXPECT_EQ(texts("Tessel", "USB Stick", "abc"), Texts(3, "before"));
 }
 
 TEST(Discovery, TextOfBytes) {

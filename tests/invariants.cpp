@@ -103,7 +103,7 @@ std::vector<VirtualSector> Stage::NewTables(const VirtualSector& old) {
   return tables;
 }
 
-bool Stage::Told(const std::string& text) const {
+bool Stage::Said(const std::string& text) const {
   const auto& boxes = pc.toolkit.boxes;
   return std::any_of(boxes.begin(), boxes.end(), [&](const ShownBox& shown) {
     return Contains(shown.box.title, text) || Contains(shown.box.text, text);
@@ -200,7 +200,7 @@ void Stage::CheckBootRecord(Breaches& breaches) {
   const VirtualSector now = world.stick.Sector(0);
   if (act_.kind != Act::Kind::Switch || Holds(olds_, now) || !IsPatched(now[450])) return;
   const std::uint32_t start = Word32(now, 454);
-  if (Word32(world.stick.Sector(start), 28) != start && !Told("Adjusting Hidden Sectors")) {
+  if (Word32(world.stick.Sector(start), 28) != start && !Said("Adjusting Hidden Sectors")) {
     breaches.push_back("8: the image does not know its place");
   }
 }
@@ -236,11 +236,11 @@ void Stage::CheckNames(Breaches& breaches) {
       if (volume->Find(path) != nullptr) continue;
       const auto all = StandIns(*volume, path, kept);
       if (all.empty() || std::any_of(all.begin(), all.end(), [&](const VirtualFile* file) {
-            return Told(NameOf(file->path));
+            return Said(NameOf(file->path));
           })) {
         continue;
       }
-      breaches.push_back("4: nobody is told that " + path + " is now " + all[0]->path);
+      breaches.push_back("4: no box says that " + path + " is now " + all[0]->path);
     }
   }
 }
@@ -248,7 +248,7 @@ void Stage::CheckNames(Breaches& breaches) {
 void Stage::CheckProgram(Breaches& breaches, RunEnd end) {
   const bool ended = end == RunEnd::ProcessEnded && act_.kind == Act::Kind::StartUp;
   if (end != RunEnd::Returned && !ended) breaches.push_back("the act came to no end");
-  const bool mayHoldDisk = Told("Error in Adjusting Hidden Sectors in PBR");
+  const bool mayHoldDisk = Said("Error in Adjusting Hidden Sectors in PBR");
   for (const std::string& name : pc.OpenHandles()) {
     if (name != GFE_Path && !(mayHoldDisk && name == "PhysicalDrive1") && !ended) {
       breaches.push_back("5: open " + name);
@@ -269,10 +269,10 @@ void Stage::CheckProgram(Breaches& breaches, RunEnd end) {
   }
   if (HasActed() || !Agreed() || IsDone()) return;
   const auto& boxes = pc.toolkit.boxes;
-  const bool tells = std::any_of(boxes.begin(), boxes.end(), [](const ShownBox& shown) {
+  const bool says = std::any_of(boxes.begin(), boxes.end(), [](const ShownBox& shown) {
     return shown.box.buttons == Buttons::Ok && !Contains(shown.box.text, "UNKNOWN PARTITION TYPE");
   });
-  if (!tells) breaches.push_back("10: nobody is told that sector 0 is the old one");
+  if (!says) breaches.push_back("10: no box says that sector 0 is the old one");
 }
 
 Breaches Stage::OnDisk(bool nameless) {

@@ -20,7 +20,7 @@
 //      they hold it where sector 0 is a new table and no box says otherwise.
 //    9 The table that a switch replaces was saved, or is itself a switched one. What a restore or a
 //      swap replaces is what was read before the question.
-//   10 Where the last question was answered with OK and no box tells a failure, sector 0 is new.
+//   10 Where the last question was answered with OK and no box reports a failure, sector 0 is new.
 //
 // Between the program's last look at sector 0 and its write another program can't be seen: what it
 // does there is excused (see Stage::Interfere).
@@ -79,7 +79,7 @@ class Stage {
 
   // nameless: a file may stand under a temporary name.
   [[nodiscard]] Breaches OnDisk(bool nameless);  // all but 5, 6 and 10
-  // lasting: failures went on, so a file may, if told.
+  // lasting: failures went on, so a file may, if a box says so.
   [[nodiscard]] Breaches Everything(RunEnd end, bool lasting = false);
   [[nodiscard]] bool SectorIs(std::uint64_t lba, const VirtualSector& data) const;
   [[nodiscard]] bool Agreed() const;  // to the last question
@@ -119,7 +119,7 @@ class Stage {
   [[nodiscard]] bool Excused(const Write& write) const { return actedAt_ > write.known; }
   [[nodiscard]] bool IsAnothersStickByNow() const;  // the act began after the exchange
   [[nodiscard]] bool IsSaved(const VirtualDisk& disk, const VirtualSector& table);
-  [[nodiscard]] bool Told(const std::string& text) const;
+  [[nodiscard]] bool Said(const std::string& text) const;
   std::vector<std::optional<Role>> Choices(const std::vector<std::string>& paths);
   void CheckWrites(Breaches& breaches);
   void CheckTables(Breaches& breaches);

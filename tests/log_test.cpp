@@ -1,5 +1,5 @@
 // The log file, its rotation, its switch, and the wording of a report in each layout.
-// tests/cases/log.txt has what it tells of each step.
+// tests/cases/log.txt has its lines for each step.
 #include <algorithm>
 #include <functional>
 
@@ -148,10 +148,10 @@ TEST(Reports, Layouts) {
       {ReportLayout::Module, " Label"},
       {ReportLayout::ModuleSilent, " Label"},
       {ReportLayout::ModuleNoBlank, "Label"}};
-  for (const auto& [layout, behind] : rows) {
-    SCOPED_TRACE(behind);
+  for (const auto& [layout, after] : rows) {
+    SCOPED_TRACE(after);
     const std::string text =
-        std::string("Err.Number=53 Err.Description=File not found") + behind + " Erl=30";
+        std::string("Err.Number=53 Err.Description=File not found") + after + " Erl=30";
     const BoxRows shown(layout == ReportLayout::ModuleSilent ? 0 : 1, {kTitle, text});
     Logging l;
     l.TurnLoggingOn();

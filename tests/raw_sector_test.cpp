@@ -61,7 +61,7 @@ TEST_F(RawSectors, ReadIsTriedTwice) {
     EXPECT_EQ(q.Lines(MaskOf(Op::Read)).size(), row.reads);
     EXPECT_EQ(q.pc.machine.clock.Elapsed(), 50U);
     EXPECT_EQ(q.TakeBoxes(), BoxRows());
-    EXPECT_EQ(SectorBuffer[17], row.read ? 0x5A : 1) << "the fill pattern tells a failed read";
+    EXPECT_EQ(SectorBuffer[17], row.read ? 0x5A : 1) << "the fill pattern shows a failed read";
     EXPECT_EQ(SectorFlags.IsUniform, row.read);
   }
 }

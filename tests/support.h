@@ -12,7 +12,7 @@
 #include "platform/virtual/virtual_pc.h"
 #include "tests/oracle.h"
 
-// A box as a test's table tells it.
+// A box as a row of a test describes it.
 struct BoxRow {
   std::string title, text;
   Buttons buttons = Buttons::Ok;
@@ -22,7 +22,7 @@ struct BoxRow {
 void PrintTo(const BoxRow& box, std::ostream* out);
 using BoxRows = std::vector<BoxRow>;
 
-// Boxes that only tell something.
+// Boxes that ask nothing.
 BoxRow Warning(const std::string& title, const std::string& text);
 BoxRow Note(const std::string& title, const std::string& text);
 

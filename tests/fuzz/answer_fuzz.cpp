@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string shown = "PTN1: Type=";
   const std::string& report = stage.pc.toolkit.boxes.front().box.text;
   Require(report.rfind(shown, 0) == 0, "the type is not shown");
-  const unsigned long told = std::strtoul(report.substr(shown.size(), 2).c_str(), nullptr, 16);
-  Require(type == told || type == 0, "another type than the one shown");
+  const unsigned long stated = std::strtoul(report.substr(shown.size(), 2).c_str(), nullptr, 16);
+  Require(type == stated || type == 0, "another type than the one shown");
   return 0;
 }

@@ -13,8 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(AsText(data, size).rfind("File offset 0 LBA: ", 0) == 0, "switched on another text");
   Require(stage.SectorIs(30, stage.before) && stage.SectorIs(60, stage.before), "no way back");
   const std::uint64_t start = Word32(table, 454);
-  const std::uint64_t told = std::strtoull(AsText(data, size).substr(19).c_str(), nullptr, 16);
-  Require(told == start && start >= 32, "another start than the one told");
+  const std::uint64_t stated = std::strtoull(AsText(data, size).substr(19).c_str(), nullptr, 16);
+  Require(stated == start && start >= 32, "another start than the one stated");
   for (const JournalEntry& write : stage.pc.machine.journal.Only(MaskOf(Op::Write))) {
     const bool place = write.lba == 0 || write.lba == 30 || write.lba == 60 || write.lba == start;
     Require(write.subject == "PhysicalDrive1" && place, write.Text());

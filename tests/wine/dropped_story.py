@@ -10,7 +10,7 @@ from robot_user import box_text
 WRITE_FAILED, PATCH_FAILED = "SECTOR WRITE FAILED", "Error Adjusting Hidden Sectors in PBR"
 
 
-def told(run, title, text):
+def reported(run, title, text):
     check("the box", box_text(run.robot.box(title, "OK")), text)
     run.robot.wait_ready()
     check("its icon", f"box stop {title}" in run.usb.journal, True)
@@ -21,7 +21,7 @@ def dropped_copy(run, lba, writes):
     run.usb.disk(1).dropped = {lba}
     run.usb.journal.clear()
     run.robot.doubleclick(make_stick.RESCUE.replace("/", "\\"))
-    told(run, WRITE_FAILED, f"WRITE SECTOR {lba} to DRIVE 1 FAILED!")
+    reported(run, WRITE_FAILED, f"WRITE SECTOR {lba} to DRIVE 1 FAILED!")
     check_writes(run, writes)
     check(f"LBA {lba}", stick.read(run.image, lba), bytes(512))
 
@@ -29,7 +29,7 @@ def dropped_copy(run, lba, writes):
 def dropped_table(run, start, table):
     run.usb.disk(1).dropped = {0}
     doubleclick(run, make_stick.RESCUE)
-    told(run, WRITE_FAILED, "WRITE SECTOR 0 to DRIVE 1 FAILED!")
+    reported(run, WRITE_FAILED, "WRITE SECTOR 0 to DRIVE 1 FAILED!")
     check_writes(run, (60, 30, start, 0))
     check("renewals", [line for line in run.usb.journal if line.startswith("renew")], [])
     check("sector 0", stick.read(run.image, 0), table)
@@ -40,7 +40,7 @@ def dropped_boot_record(run, start):
     record = stick.read(run.image, start)
     run.usb.disk(1).dropped = {start}
     doubleclick(run, make_stick.UEBUNG)
-    told(run, PATCH_FAILED, f"WRITE ERROR TO SECTOR {start}")
+    reported(run, PATCH_FAILED, f"WRITE ERROR TO SECTOR {start}")
     check_writes(run, (60, 30, start, 0))
     check("the boot record", stick.read(run.image, start), record)
 

@@ -76,7 +76,7 @@ def order_question(run, answer):
     run.robot.answer(answer)
 
 
-def told_entries(run):
+def shown_entries(run):
     """The lines of the last question about used entries."""
     return [line for line in texts(run, COMMIT) if "Start=" in line]
 
@@ -94,7 +94,7 @@ def refuse(image, places):
         run.robot.wait_ready()
         check_writes(run, (60, 30))
         order_question(run, "No")
-        check("the entries", told_entries(run), entries(places))
+        check("the entries", shown_entries(run), entries(places))
         run.robot.answer("Cancel")
         run.robot.wait_ready()
         check_writes(run, (60, 30))
@@ -109,13 +109,13 @@ def repair(image):
         check("the outcome", texts(run, MOVED), ["OK - Files are now in correct order."])
         run.picture(os.path.join(RUNS, "order_repair.png"))
         run.robot.answer("OK")
-        told = told_entries(run)
+        shown = shown_entries(run)
         run.robot.answer("OK")
         run.robot.wait_ready()
         check_not_planted(run)
         check("the boxes", [line for line in run.usb.journal if line.startswith("box ")],
               [f"box none {title}" for title in (QUESTION, MOVED, COMMIT)])
-    return told, run
+    return shown, run
 
 
 def order_repair(_):
@@ -125,7 +125,7 @@ def order_repair(_):
     stick.copy(image, before)
     refuse(image, places)
     check("the sectors changed by the refusals", changed_sectors(image, before), [30, 60])
-    told, run = repair(image)
+    shown, run = repair(image)
     check("the sectors changed outside the volume",
           [lba for lba in changed_sectors(image, before) if lba not in MAIN], [0, 30, 60])
     check_sector_0(image, stick.read(before, 0))
@@ -136,7 +136,7 @@ def order_repair(_):
     check("the image lies in front now", places[IMAGE] < places[COMPANION], True)
     check("the table", table,
           {1: (7, *places[IMAGE], True), 3: (7, *places[COMPANION], False)})
-    check("the entries in the question", told, entries(places))
+    check("the entries in the question", shown, entries(places))
     check_writes(run, (60, 30, places[IMAGE][0], 0))
     files[IMAGE] = hidden(files[IMAGE], places[IMAGE][0])
     check_files("on the volume", now, files)

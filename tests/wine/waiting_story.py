@@ -54,7 +54,7 @@ def at_rest(state):
 
 
 def slow_copy(_):
-    """Clicks and keys during a slow copy: the title bar tells of it, nothing is answered."""
+    """Clicks and keys during a slow copy: the title bar shows it, nothing is answered."""
     image = fresh_stick("slow_copy")
     files, _ = lay_files(image)
     slow = SlowCopy(len(files[COMPANION]))

@@ -9,7 +9,7 @@ from prepare import FAR_OFF, PROGRAMS, SERVER, WINE, copy_prefix, wine_environme
 from program_run import start_display, windows_path
 
 PROGRAM = os.path.join(PROGRAMS, "windows_check.exe")
-# Wine's own drive tells neither its length nor where its files lie.
+# Wine's own drive reports neither its length nor where its files lie.
 SILENT = "facts, disk 0: it doesn't say its length, error 50"
 NO_PLACE = ["extents, " + name
             for name in ("one page and a byte.bin", "Übung (1) & more.bin", "three megabytes.bin")]
@@ -32,7 +32,7 @@ def check_rows(folder, command, environment, not_possible):
 
 
 def windows_check(_):
-    """The Windows check alone: all passes but what Wine's one disk can't tell."""
+    """The Windows check alone: all passes but what Wine's one disk can't report."""
     home = os.path.join(RUNS, "windows_check")
     prefix = os.path.join(home, "prefix")
     folder = os.path.join(prefix, "drive_c", "check")
