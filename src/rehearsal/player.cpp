@@ -151,8 +151,9 @@ void Player::Plan(const std::string& line) {
     atBox_.push_back({when, command});
   } else if (SplitWords(line).at(1) == "events") {
     const auto action = ActionOf(SplitWords(command), After(command, 1));
+    if (!action) throw std::invalid_argument("no such action: " + command);
     VirtualToolkit& window = world_.pc.toolkit;
-    window.atDoEvents[window.doEventsCalls + std::stoul(when)] = action.value();
+    window.atDoEvents[window.doEventsCalls + std::stoul(when)] = *action;
   } else {
     atTool_[toolRuns_ + std::stoi(when)] = command;
   }

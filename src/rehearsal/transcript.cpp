@@ -166,6 +166,7 @@ std::vector<std::string> Snapshot::WindowOf(World& world) {
 std::vector<std::string> Snapshot::DesktopOf(World& world) {
   std::vector<std::string> lines;
   const VirtualDesktop& desktop = world.pc.desktop;
+  lines.reserve(desktop.windows.size());
   for (const VirtualWindow& window : desktop.windows) {
     lines.push_back("  window " + window.title + ":" + (window.minimised ? " minimised" : "") +
                     (window.title == desktop.inFront ? " in front" : "") +

@@ -143,7 +143,7 @@ void SaveTable(const Arguments& a) {
 
 // Another file with the same contents, length and time.
 void Duplicate(const Arguments& a) {
-  const VirtualFile original = a.File(1);
+  const VirtualFile& original = a.File(1);
   VirtualVolume& volume = a.Volume(2);
   volume.AddFile(a.Path(2), original.size, a.Number(3)).lastWriteTime = original.lastWriteTime;
   volume.disk->CopySectors(original.extents.at(0).lba, a.Number(3), original.extents[0].sectors);
