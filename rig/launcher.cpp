@@ -67,6 +67,6 @@ int main() {
   WaitForSingleObject(child.hProcess, INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(child.hProcess, &code);
-  if (code > 1) Report("the program ended with", code);
+  if (code > (tool ? 0 : 1)) Report(tool ? "the tool ended with" : "the program ended with", code);
   return static_cast<int>(code);
 }
