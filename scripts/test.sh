@@ -62,12 +62,16 @@ unit() {
   count $(($2 - $1)) "$1"
 }
 
-# The same sources make the same bytes, whichever folder they are built in.
+# The same sources make the same bytes of what ships, whichever folder they are built in.
 same_bytes() {
   for preset in win64 win32; do
-    rm -rf "build/again-$preset"
-    cmake --preset "$preset" -B "build/again-$preset" && cmake --build "build/again-$preset" &&
-      scripts/check-executables --same "build/$preset" "build/again-$preset" || return 1
+    again="build/again-$preset"
+    rm -rf "$again"
+    cmake --preset "$preset" -B "$again" &&
+      cmake --build "$again" --target Rotate_TSD getFileExtents || return 1
+    for name in Rotate_TSD getFileExtents; do
+      cmp "build/$preset/$name.exe" "$again/$name.exe" || return 1
+    done
   done
 }
 
