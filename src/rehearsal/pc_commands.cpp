@@ -1,4 +1,6 @@
 // Commands that change what the system, its programs and its windows do.
+#include <stdexcept>
+
 #include "rehearsal/command_arguments.h"
 #include "text/text.h"
 
@@ -6,7 +8,10 @@ namespace rehearsal {
 namespace {
 
 void PlanFault(const Arguments& a) {
-  FaultPlan& plan = a.world.pc.machine.plan = {};
+  FaultPlan& plan = a.world.pc.machine.plan;
+  const bool missed = plan.IsStillToStrike();
+  plan = {};
+  if (missed) throw std::logic_error("the fault planned before never struck");
   if (a.At(1) == "none") return;
   plan.kind = Choose<FaultKind>(a.At(1), {{"refused", FaultKind::Refusal},
                                           {"thrown", FaultKind::FaultThrown},

@@ -234,6 +234,11 @@ std::string Player::End() {
   for (const auto& [run, command] : atTool_) {
     if (run > toolRuns_) left += "  ?? never run: " + command + "\n";
   }
+  const VirtualToolkit& window = world_.pc.toolkit;
+  if (!window.atDoEvents.empty() && window.atDoEvents.rbegin()->first > window.doEventsCalls) {
+    left += "  ?? the events never ran\n";
+  }
+  if (world_.pc.machine.plan.IsStillToStrike()) left += "  ?? the fault never struck\n";
   return left;
 }
 

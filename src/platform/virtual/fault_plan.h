@@ -30,6 +30,7 @@ struct FaultPlan {
   std::size_t seen = 0;        // operations counted so far
   std::size_t hits = 0;        // how often it has struck
 
+  bool IsStillToStrike() const { return kind != FaultKind::None && hits == 0; }
   // What strikes the operation that begins now.
   FaultKind Next(Op op);
 };
