@@ -3,6 +3,7 @@
 program it makes the parts that need compilers, for a run in a Debian root without them."""
 
 import contextlib
+import ctypes
 import fcntl
 import os
 import shutil
@@ -23,6 +24,7 @@ MODULES = os.path.join(ROOT, "build", "wine10", "modules")  # Wine's x86 side; s
 WINE = next((path for path in ("/usr/lib/wine/wine64", "/usr/bin/wine64")
              if os.path.exists(path)), "wine64")
 SERVER = os.path.join(os.path.dirname(WINE), "wineserver64")
+ADDR_NO_RANDOMIZE = 0x40000  # sys/personality.h
 FAR_OFF = 300  # seconds; even on a busy machine a wait lasts that long only after a fault
 _held = []
 
@@ -47,9 +49,18 @@ def make_rig():
             stick.run(os.path.join(HERE, "make_stick.py"), STICK)
 
 
+def keep_addresses():
+    """Makes the processes started from now on lie at fixed addresses. At random ones, one in ten
+    thousand has its heap where Wine maps the page that all Windows processes share (0x7FFE0000), and
+    doesn't start. A container that refuses this keeps the risk."""
+    system = ctypes.CDLL(None)
+    system.personality(system.personality(0xFFFFFFFF) | ADDR_NO_RANDOMIZE)
+
+
 def prepare():
     """Makes whatever is missing. One run per architecture at a time: the folder is locked until the
     process ends."""
+    keep_addresses()
     make_rig()
     _held.append(hold(os.path.join(RIG, "lock")))
     stick.release_leftovers(RIG)
