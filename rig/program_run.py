@@ -114,7 +114,8 @@ class ProgramRun:
         if os.path.exists(report):
             with open(report, encoding="utf-8") as file:
                 print(f"The launcher says: {file.read().rstrip()}")
-        temp = glob.glob(os.path.join(self.folder, "prefix", "drive_c", "users", "*", "Temp", "*"))
+        temp = glob.glob(os.path.join(self.folder, "prefix", "drive_c", "users", "**", "Temp", "*"),
+                         recursive=True)
         print("Its temp folder:", {os.path.basename(each): os.path.getsize(each) for each in temp})
         print("The program " + ("is running." if self.launched.poll() is None else "has ended."))
         print("\n".join(["The end of the journal:", *self.usb.journal[-12:]]))

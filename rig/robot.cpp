@@ -53,12 +53,12 @@ std::string Json(const std::string& text) {
   return json + "\"";
 }
 
-std::string Rows(HWND list, UINT count, UINT length, UINT get) {
+// The program may fill the list anew meanwhile, so a row's length, asked for, proves nothing.
+std::string Rows(HWND list, UINT count, UINT get) {
   std::string json = "[";
   const LRESULT rows = Send(list, count);
   for (LRESULT row = 0; row < rows; ++row) {
-    const LRESULT characters = Send(list, length, static_cast<WPARAM>(row));
-    std::vector<wchar_t> text(static_cast<std::size_t>(characters > 0 ? characters : 0) + 2, L'\0');
+    std::vector<wchar_t> text(kLongestText, L'\0');
     Send(list, get, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
     json += (row == 0 ? "" : ",") + Json(NarrowText(text.data()));
   }
@@ -107,9 +107,9 @@ std::string State() {
     HWND combo = Child(found.main, "ComboBox");
     HWND list = Child(found.main, "ListBox");
     json += Window(found.main);
-    json += ",\"drives\":" + Rows(combo, CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT);
+    json += ",\"drives\":" + Rows(combo, CB_GETCOUNT, CB_GETLBTEXT);
     json += ",\"drive\":" + std::to_string(static_cast<int>(Send(combo, CB_GETCURSEL)));
-    json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT);
+    json += ",\"images\":" + Rows(list, LB_GETCOUNT, LB_GETTEXT);
     json += ",\"image\":" + std::to_string(static_cast<int>(Send(list, LB_GETCURSEL)));
     json += ",\"extent\":" + std::to_string(static_cast<int>(Send(list, LB_GETHORIZONTALEXTENT)));
     json += ",\"focus\":" + Json(FocusText(found.main));

@@ -23,7 +23,7 @@ class Robot:
         self.process.stdin.flush()
         answer = self.process.stdout.readline()
         if not answer:
-            raise AssertionError(f"the robot ended at {command!r}")
+            raise AssertionError(f"the robot ended at {command!r} with {self.process.wait():#x}")
         return json.loads(answer)
 
     def do(self, command):

@@ -28,7 +28,7 @@ LRESULT Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 std::string Text(HWND window) {
-  std::vector<wchar_t> text(8192, L'\0');
+  std::vector<wchar_t> text(kLongestText, L'\0');
   Send(window, WM_GETTEXT, text.size() - 1, reinterpret_cast<LPARAM>(text.data()));
   return NarrowText(text.data());
 }

@@ -10,7 +10,8 @@
 
 namespace robot {
 
-constexpr DWORD kFarOff = 300000;  // ms, for a wait that only a fault lets come to its end
+constexpr DWORD kFarOff = 300000;           // ms, for a wait that only a fault lets come to its end
+constexpr std::size_t kLongestText = 8192;  // of a control or a row, in characters
 
 // Sends a message that a hung program can't hold the robot with. Returns -1 where no answer comes.
 LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
