@@ -69,7 +69,8 @@ class ProgramRun:
                                             ROTATE_RIG_CHILDREN="1" * self.asks_children,
                                             ROTATE_RIG_TOOL=windows_path(self.tool),
                                             ROTATE_RIG_ANSWERS=windows_path(self.answers()))
-        self.robot = Robot(self.environment, self.usb.journal, self.ended)
+        with open(self.robot_errors(), "w", encoding="utf-8") as errors:
+            self.robot = Robot(self.environment, self.usb.journal, self.ended, errors)
         self.children.append(self.robot.process)
         self.command = [WINE, os.path.join(BIN, "launcher.exe"), library,
                         "C:\\rotate\\Rotate_TSD.exe"]
@@ -108,12 +109,16 @@ class ProgramRun:
         subprocess.run(["import", "-window", "root", path], env=self.environment, check=True,
                        capture_output=True)
 
+    def robot_errors(self):
+        return os.path.join(self.folder, "robot.txt")
+
     def report(self):
         """Prints the evidence of a failed story."""
         report = os.path.join(self.folder, "prefix", "drive_c", "rotate", "launcher.txt")
-        if os.path.exists(report):
-            with open(report, encoding="utf-8") as file:
-                print(f"The launcher says: {file.read().rstrip()}")
+        for who, said in (("launcher", report), ("robot", self.robot_errors())):
+            if os.path.exists(said) and os.path.getsize(said):
+                with open(said, encoding="utf-8", errors="replace") as file:
+                    print(f"The {who} says: {file.read().rstrip()}")
         temp = glob.glob(os.path.join(self.folder, "prefix", "drive_c", "users", "**", "Temp", "*"),
                          recursive=True)
         print("Its temp folder:", {os.path.basename(each): os.path.getsize(each) for each in temp})

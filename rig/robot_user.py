@@ -10,13 +10,14 @@ from prepare import BIN, FAR_OFF, WINE
 
 class Robot:
     """The robot user. A wait polls for the expected state and fails with the state found instead.
-    The journal is the stick's: it shows whether the program is working."""
+    The journal is the stick's: it shows whether the program is working. What Wine prints when the
+    robot crashes goes into the file errors."""
 
-    def __init__(self, environment, journal, ended):
+    def __init__(self, environment, journal, ended, errors):
         self.journal, self.ended = journal, ended
         self.process = subprocess.Popen(
             [WINE, os.path.join(BIN, "robot.exe")], env=environment, text=True, encoding="utf-8",
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors)
 
     def ask(self, command):
         self.process.stdin.write(command + "\n")
