@@ -69,8 +69,8 @@ same_bytes() {
     rm -rf "$again"
     cmake --preset "$preset" -B "$again" &&
       cmake --build "$again" --target Rotate_TSD getFileExtents || return 1
-    for name in Rotate_TSD getFileExtents; do
-      cmp "build/$preset/$name.exe" "$again/$name.exe" || return 1
+    for program in Rotate_TSD getFileExtents; do
+      cmp "build/$preset/$program.exe" "$again/$program.exe" || return 1
     done
   done
 }
