@@ -14,14 +14,16 @@ import stick
 FORK = multiprocessing.get_context("fork")
 
 
-def play(story, place, log):
-    """Runs in the story's process: its output goes to a file, its exit code is the verdict."""
+def play(story, place, log, clear):
+    """Runs in the story's process: its output goes to a file, its exit code is the verdict. What a
+    failed story leaves is not cleared."""
     with open(log, "w", encoding="utf-8") as out:
         os.dup2(out.fileno(), 1)
         os.dup2(out.fileno(), 2)
     code = 1
     try:
         story(place)
+        clear()
         code = 0
     except Exception:  # printed for the analysis of the failed story
         traceback.print_exc()
@@ -34,8 +36,9 @@ def play(story, place, log):
 class Stories:
     """Starts each story when a slot is free and the story that it follows has ended."""
 
-    def __init__(self, stories, follows, place, logs):
+    def __init__(self, stories, follows, place, logs, clear):
         self.waiting, self.follows, self.place, self.logs = list(stories), follows, place, logs
+        self.clear = clear
         self.running = {}  # process to (story, start time)
         self.passed = self.failed = 0
 
@@ -59,7 +62,7 @@ class Stories:
         if story is None:
             return False
         self.waiting.remove(story)
-        process = FORK.Process(target=play, args=(story, self.place, self.log(story)))
+        process = FORK.Process(target=play, args=(story, self.place, self.log(story), self.clear))
         process.start()
         self.running[process] = story, time.monotonic()
         return True

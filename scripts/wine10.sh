@@ -96,6 +96,7 @@ setup_root() {
     mv "$debian.new" "$debian"
   fi
   inside "$debian" scripts/setup.sh stories
+  inside "$debian" apt-get clean
 }
 
 # Fetches the package of the version below from the mirror's pool, checked by its sum alone.

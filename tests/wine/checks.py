@@ -17,6 +17,7 @@ RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition tab
 SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
                        "Make 2nd partition accessible on Removable drive?")
 ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
+_fresh = []
 
 
 def check(what, got, expected):
@@ -24,11 +25,21 @@ def check(what, got, expected):
         raise AssertionError(f"{what}:\n  expected {expected!r}\n  got      {got!r}")
 
 
-def fresh_stick(name, source=STICK):
+def fresh_stick(name, source=STICK, kept=False):
+    """A copy of a stick, in runs/NAME.img. It goes when its story has passed, unless it is kept for
+    the boot tests or for another story."""
     os.makedirs(RUNS, exist_ok=True)
     image = os.path.join(RUNS, name + ".img")
+    if not kept:
+        _fresh.append(image)
     stick.copy(source, image)
     return image
+
+
+def drop_sticks():
+    """Deletes what fresh_stick() made in this process; all of them together are several GB."""
+    while _fresh:
+        os.remove(_fresh.pop())
 
 
 def started(name, image, writable=False, **more):
@@ -59,7 +70,7 @@ def places():
             path = os.path.join(folder, name)
             found[name] = (stick.file_runs(path, make_stick.MAIN_START)[0][1],
                            os.path.getsize(path) // stick.SECTOR)
-    os.remove(probe)
+    drop_sticks()
     return found
 
 

@@ -69,7 +69,7 @@ def play(name, place, make, label, images):
     """Switches a stick to the first of its images and back. Leaves NAME.img as after the restore and
     NAME_switched.img as after the switch. images: name to the demo stick's name of the same bytes."""
     data = {new: stick.read(STICK, *place[old]) for new, old in images.items()}
-    image = fresh_stick(name)
+    image = fresh_stick(name, kept=True)
     make(image, data)
     source = fresh_stick(name + "_before", image)
     chosen = next(iter(data))
@@ -80,7 +80,7 @@ def play(name, place, make, label, images):
         start = check_places(run, data)[chosen]
         check_pieces_refused(run)
         check_switch(run, source, chosen, data[chosen], start)
-        fresh_stick(name + "_switched", image)
+        fresh_stick(name + "_switched", image, kept=True)
         check_restore(run, source, start)
 
 

@@ -2,8 +2,8 @@
 """Whole stories with the shipped executable in a real window: stories.py [STORY...], started by
 scripts/stories.sh. ROTATE_STORIES_AT_ONCE says how many run side by side.
 
-Each story plays on its own copy of the demo stick and leaves it in build/rig/ARCHITECTURE/runs with
-the journal and a picture. The boot tests use those sticks.
+Each story plays on its own copies of the demo stick in build/rig/ARCHITECTURE/runs and leaves the
+journal and a picture there. The sticks of a failed story stay too, and those that the boot tests use.
 """
 
 import os
@@ -29,7 +29,7 @@ import waiting_story
 import windows_check_story
 from checks import (COMMIT, RESTORE, RESTORE_QUESTION, RUNS, SWAP, SWAP_QUESTION, TYPE, backups,
                     boot_record, check, check_changed, check_image, check_sector_0, check_writes,
-                    doubleclick, fresh_stick, new_table, ordered, places, started)
+                    doubleclick, drop_sticks, fresh_stick, new_table, ordered, places, started)
 from prepare import STICK, prepare
 from robot_user import box_text, control
 from side_by_side import Stories
@@ -47,7 +47,7 @@ def story(function):
 @story
 def switch(place):
     """A double-click on an NTFS image with blanks in its name."""
-    image = fresh_stick("switch")
+    image = fresh_stick("switch", kept=True)
     before = stick.read(image, 0)
     start, sectors = place[make_stick.RESCUE]
     with started("switch", image) as run:
@@ -81,7 +81,7 @@ def switch(place):
 @story
 def way_back(_):
     """Restore on the switched stick, then swap partitions 1 and 2, and swap again."""
-    image = fresh_stick("way_back", os.path.join(RUNS, "switch.img"))
+    image = fresh_stick("way_back", os.path.join(RUNS, "switch.img"), kept=True)
     old = stick.read(STICK, 0)
     main = (7, make_stick.MAIN_START, make_stick.MAIN_SECTORS, True)
     second = (0x0E, make_stick.SECOND_START, make_stick.SECOND_SECTORS, False)
@@ -113,7 +113,7 @@ def way_back(_):
 @story
 def pack(place):
     """An image with a companion and a fourth file, for whose type the program asks."""
-    image = fresh_stick("pack")
+    image = fresh_stick("pack", kept=True)
     before = stick.read(image, 0)
     start, sectors = place[make_stick.PACK]
     with started("pack", image) as run:
@@ -173,7 +173,7 @@ def press(run, key, what):
 @story
 def keyboard(place):
     """Keys only: the tab order, an accelerator, Enter on a row with umlauts."""
-    image = fresh_stick("keyboard")
+    image = fresh_stick("keyboard", kept=True)
     start, sectors = place[make_stick.UEBUNG]
     with started("keyboard", image) as run:
         state = run.robot.wait_ready()
@@ -265,7 +265,7 @@ def main(names):
     prepare()
     os.makedirs(RUNS, exist_ok=True)
     chosen = [each for each in LONG + STORIES if not names or each.__name__ in names]
-    stories = Stories(chosen, FOLLOWS, places(), RUNS)
+    stories = Stories(chosen, FOLLOWS, places(), RUNS, drop_sticks)
     stories.run(int(os.environ.get("ROTATE_STORIES_AT_ONCE", "2")))
     print(f"{stories.passed} passed, {stories.failed} failed")
     return 1 if stories.failed or not chosen else 0
