@@ -12,11 +12,24 @@
 namespace {
 
 // For the analysis of failed runs: the program swallows the tool's other output.
-void Report(const char* what, unsigned long number) {
+void Report(const char* what, unsigned long number, const std::string& more = "") {
   FILE* file = fopen("C:\\rotate\\launcher.txt", "a");
   if (file == nullptr) return;
-  fprintf(file, "%s %lu\n", what, number);
+  fprintf(file, "%s %lu\n%s", what, number, more.c_str());
   fclose(file);
+}
+
+// What has been printed to standard output so far, if that is a file.
+std::string Printed() {
+  wchar_t path[MAX_PATH] = L"";
+  GetFinalPathNameByHandleW(GetStdHandle(STD_OUTPUT_HANDLE), path, MAX_PATH, 0);
+  const HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+  char text[1024];
+  DWORD count = 0;
+  if (!ReadFile(file, text, sizeof text, &count, nullptr)) count = 0;
+  CloseHandle(file);
+  return {text, count};
 }
 
 int Fail(const char* what) {
@@ -67,6 +80,7 @@ int main() {
   WaitForSingleObject(child.hProcess, INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(child.hProcess, &code);
-  if (code > (tool ? 0 : 1)) Report(tool ? "the tool ended with" : "the program ended with", code);
+  if (tool && code > 0) Report("the tool ended with", code, Printed());
+  if (!tool && code > 1) Report("the program ended with", code);
   return static_cast<int>(code);
 }
