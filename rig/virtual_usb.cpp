@@ -265,12 +265,12 @@ NTSTATUS WINAPI SetInformation(HANDLE handle, IO_STATUS_BLOCK* io, void* data, U
   return setInformation(handle, io, data, size, kind);
 }
 
-// "volume ID KIND" for a device, "sizes KIND PATH" for a file.
+// "volume ID KIND" for a device, "volume_of KIND PATH" for a file.
 std::string AskVolume(HANDLE handle, unsigned kind) {
   const Device* device = Find(handle);
   if (device != nullptr) return Ask("volume" + Number(device->id) + Number(kind));
   const std::string path = PathOf(handle);
-  return path.empty() ? "pass" : Ask("sizes" + Number(kind) + " " + path);
+  return path.empty() ? "pass" : Ask("volume_of" + Number(kind) + " " + path);
 }
 
 NTSTATUS WINAPI QueryVolume(HANDLE handle, IO_STATUS_BLOCK* io, void* data, ULONG size, int kind) {

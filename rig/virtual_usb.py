@@ -7,6 +7,7 @@ the next access, so that raw writes and the file system's cache never go apart. 
 a table only when it is read anew.
 """
 
+import os
 import socketserver
 import struct
 import threading
@@ -116,7 +117,7 @@ class VirtualUsb:
             return GONE
         return getattr(self, "do_" + verb)(*words)
 
-    WORDS = {"open": 1, "runs": 1, "sizes": 1, "read": 3, "write": 3, "control": 4, "seek": 1,
+    WORDS = {"open": 1, "runs": 1, "volume_of": 1, "read": 3, "write": 3, "control": 4, "seek": 1,
              "volume": 1, "box": 1, "fill": 1}
 
     def logged(self, line, otherwise="pass"):
@@ -171,21 +172,29 @@ class VirtualUsb:
         volume = self.volumes.get(self.named(number)[0])
         if volume is None:
             return "pass"
-        label, serial, system = volume.facts()
         if kind == "1":
-            text = label.encode("utf-16-le")
-            return OK + (struct.pack("<Q4sIB", 0, serial, len(text), 0) + b"\0" + text).hex()
+            return OK + volume.information()
         if kind == "5":
-            text = system.encode("utf-16-le")
+            text = volume.facts()[2].encode("utf-16-le")
             return OK + (struct.pack("<III", 6, 255, len(text)) + text).hex()
         return "pass"
 
-    def do_sizes(self, kind, path):
-        """FileFsSizeInformation (3), asked of a file. The drivers of FAT and exFAT count in
-        blocks of their own, so the volume's boot record answers."""
+    def do_volume_of(self, kind, path):
+        """FileFsVolumeInformation (1) and FileFsSizeInformation (3), asked of a file. Wine finds no
+        serial number for up to a second after a mount. The drivers of FAT and exFAT count in blocks of
+        their own, so the volume's boot record answers."""
         volume = self.volumes.get(path[0].upper())
+        if volume and kind == "1":
+            holder = self.holder(os.path.join(volume.folder, path[3:].replace("\\", "/")))
+            return OK + holder.information() if holder else "pass"
         clusters = volume.clusters() if volume and kind == "3" else None
         return OK + struct.pack("<QQII", *clusters, stick.SECTOR).hex() if clusters else "pass"
+
+    def holder(self, path):
+        """The volume that a file lies on when links are followed; None for one of another disk."""
+        end = os.path.realpath(path)
+        return next((volume for volume in self.volumes.values()
+                     if os.path.commonpath([end, volume.folder]) == volume.folder), None)
 
     def do_seek(self, number, offset):
         return self.logged(f"seek {self.named(number)} {int(offset) // stick.SECTOR}")

@@ -1,6 +1,7 @@
 """A volume of the virtual stick with a letter: its loop device, its links, its mount."""
 
 import os
+import struct
 
 import fat
 import stick
@@ -50,6 +51,12 @@ class Volume:
         system = self.system()
         at = {stick.NTFS: 72, stick.EXFAT: 100, stick.FAT32: 67}.get(system, 39)
         return label, self.boot_record()[at:at + 4], system or "RAW"
+
+    def information(self):
+        """FILE_FS_VOLUME_INFORMATION in hexadecimal."""
+        label, serial, _ = self.facts()
+        text = label.encode("utf-16-le")
+        return (struct.pack("<Q4sIB", 0, serial, len(text), 0) + b"\0" + text).hex()
 
     def boot_record(self):
         return stick.read(self.disk.image, self.start)
