@@ -183,16 +183,18 @@ class VirtualUsb:
         """FileFsVolumeInformation (1) and FileFsSizeInformation (3), asked of a file. Wine finds no
         serial number for up to a second after a mount. The drivers of FAT and exFAT count in blocks of
         their own, so the volume's boot record answers."""
-        volume = self.volumes.get(path[0].upper())
+        volume = self.holder(path)
         if volume and kind == "1":
-            holder = self.holder(os.path.join(volume.folder, path[3:].replace("\\", "/")))
-            return OK + holder.information() if holder else "pass"
+            return OK + volume.information()
         clusters = volume.clusters() if volume and kind == "3" else None
         return OK + struct.pack("<QQII", *clusters, stick.SECTOR).hex() if clusters else "pass"
 
     def holder(self, path):
         """The volume that a file lies on when links are followed; None for one of another disk."""
-        end = os.path.realpath(path)
+        volume = self.volumes.get(path[0].upper())
+        if volume is None:
+            return None
+        end = os.path.realpath(os.path.join(volume.folder, path[3:].replace("\\", "/")))
         return next((volume for volume in self.volumes.values()
                      if os.path.commonpath([end, volume.folder]) == volume.folder), None)
 

@@ -17,7 +17,7 @@ RESTORE, RESTORE_QUESTION = "Restore TSD partitions", "Restore TSD partition tab
 SWAP, SWAP_QUESTION = ("Access Partition 2 on a Removable drive",
                        "Make 2nd partition accessible on Removable drive?")
 ORDERED = ("write", "flush", "lock", "unlock", "dismount", "renew", "box")
-_fresh = []
+_fresh = set()
 
 
 def check(what, got, expected):
@@ -31,7 +31,7 @@ def fresh_stick(name, source=STICK, kept=False):
     os.makedirs(RUNS, exist_ok=True)
     image = os.path.join(RUNS, name + ".img")
     if not kept:
-        _fresh.append(image)
+        _fresh.add(image)
     stick.copy(source, image)
     return image
 
